@@ -1,0 +1,91 @@
+# The library: one core of everything but the file primitives, and one file
+# port per library that is made of it.
+
+add_library(qnstack_core OBJECT
+  qnstack/Mac_porting/src/qn_stack_porting.cpp
+  qnstack/common/src/qn_scan.cpp
+  qnstack/common/src/qn_stack_http.cpp
+  qnstack/common/src/qn_stack_http_answer.cpp
+  qnstack/common/src/qn_stack_http_cache.cpp
+  qnstack/common/src/qn_stack_http_cookie.cpp
+  qnstack/common/src/qn_stack_http_head.cpp
+  qnstack/common/src/qn_stack_http_open.cpp
+  qnstack/common/src/qn_stack_http_request.cpp
+  qnstack/common/src/qn_stack_http_transfer.cpp
+  qnstack/common/src/qn_stack_mem.cpp
+  qnstack/common/src/qn_stack_membuffer.cpp
+  qnstack/common/src/qn_stack_strings.cpp
+  qnstack/common/src/qn_stack_tools.cpp
+  qnstack/common/src/qn_stack_trace.cpp
+  qnstack/common/src/qn_stack_wap.cpp
+  qnstack/common/src/qn_text_search.cpp
+  qnstack/qnshare/Mac_porting/src/qn_share_mem.cpp
+  qnstack/qnshare/Mac_porting/src/qn_share_string.cpp
+  qnstack/qnshare/common/src/qn_itoa.cpp
+  qnstack/qnshare/common/src/qn_list.cpp
+  qnstack/qnshare/common/src/qn_list_sort.cpp
+  qnstack/qnshare/common/src/qn_snprintf.cpp
+  qnstack/qnshare/common/src/qn_stricmp.cpp)
+
+add_library(qnstack_port_inert OBJECT
+  qnstack/qnfs/Mac_porting/src/qn_fs_file.cpp)
+
+foreach(part qnstack_core qnstack_port_inert)
+  target_include_directories(${part} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+  target_link_libraries(${part}
+    PUBLIC $<BUILD_INTERFACE:qnstack_instrumentation>
+    PRIVATE qnstack_library_options)
+  set_target_properties(${part} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+endforeach()
+target_include_directories(qnstack_core PRIVATE
+  ${PROJECT_SOURCE_DIR}/qnstack/Mac_porting/src
+  ${PROJECT_SOURCE_DIR}/qnstack/common/src
+  ${PROJECT_SOURCE_DIR}/qnstack/qnshare/common/src)
+target_link_libraries(qnstack_core PUBLIC PkgConfig::APR)
+
+# Only the names in exports.txt leave a shared library; templates of the C++
+# library that were instantiated on the way do not.
+set(exports_map ${CMAKE_CURRENT_BINARY_DIR}/exports.map)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
+  ${PROJECT_SOURCE_DIR}/cmake/exports.txt)
+file(STRINGS cmake/exports.txt exported_names)
+list(JOIN exported_names "; " exported_names)
+file(CONFIGURE OUTPUT ${exports_map}
+  CONTENT "{ global: @exported_names@; local: *; };\n" @ONLY)
+
+# A shared and a static library NAME out of the core and one file port.
+function(qnstack_add_library name port)
+  add_library(${name} SHARED
+    $<TARGET_OBJECTS:qnstack_core> $<TARGET_OBJECTS:${port}>)
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    LINKER_LANGUAGE C)
+  target_link_options(${name} PRIVATE -Wl,--as-needed -Wl,--version-script=${exports_map})
+  set_target_properties(${name} PROPERTIES LINK_DEPENDS ${exports_map})
+  # A sanitizer's runtime is found when the program is linked, not before.
+  if(NOT QNSTACK_SANITIZE)
+    target_link_options(${name} PRIVATE -Wl,-z,defs)
+  endif()
+  target_link_libraries(${name} PRIVATE PkgConfig::APR m)
+
+  add_library(${name}_static STATIC
+    $<TARGET_OBJECTS:qnstack_core> $<TARGET_OBJECTS:${port}>)
+  set_target_properties(${name}_static PROPERTIES
+    OUTPUT_NAME ${name}
+    LINKER_LANGUAGE C)
+  target_link_libraries(${name}_static PUBLIC PkgConfig::APR m)
+
+  foreach(library ${name} ${name}_static)
+    target_include_directories(${library} PUBLIC
+      $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+      $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    target_link_libraries(${library} PUBLIC $<BUILD_INTERFACE:qnstack_instrumentation>)
+  endforeach()
+endfunction()
+
+qnstack_add_library(qnstack qnstack_port_inert)

@@ -1,0 +1,27 @@
+# Compiler settings: what every target of the project is built with, and what
+# the library adds to that.
+
+add_library(qnstack_warnings INTERFACE)
+target_compile_options(qnstack_warnings INTERFACE
+  -Wall -Wextra -Wconversion -Wshadow -Wformat=2 -Werror)
+
+add_library(qnstack_instrumentation INTERFACE)
+if(QNSTACK_SANITIZE)
+  target_compile_options(qnstack_instrumentation INTERFACE
+    -fsanitize=${QNSTACK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(qnstack_instrumentation INTERFACE -fsanitize=${QNSTACK_SANITIZE})
+endif()
+if(QNSTACK_COVERAGE)
+  target_compile_options(qnstack_instrumentation INTERFACE --coverage -fprofile-abs-path)
+  target_link_options(qnstack_instrumentation INTERFACE --coverage)
+endif()
+
+# No exceptions, no RTTI and no guards around statics, so that nothing of the
+# C++ runtime is needed. Products are rounded before they are used: the
+# fraction digits depend on it.
+add_library(qnstack_library_options INTERFACE)
+target_compile_options(qnstack_library_options INTERFACE
+  -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off
+  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+target_link_libraries(qnstack_library_options INTERFACE
+  qnstack_warnings qnstack_instrumentation)

@@ -1,0 +1,273 @@
+/**
+ * @file qn_fs_file.h
+ * @brief The file primitives: the only place where the library touches files.
+ *
+ * This text is the contract for any port: what each function says under
+ * "Contract" is what the rest of the library relies on. The port that comes
+ * with `libqnstack` is inert: the stream operations work, the root directory
+ * and the synchronisation callback are kept, and every whole-file operation
+ * reports the fixed result given under "Inert port" without touching a file,
+ * so that everything above it takes its failure path.
+ *
+ * Names are strings such as "/wap/ca/x", taken below the root directory.
+ * Set the root and the callback once at start, before any file service is
+ * used. One thread only.
+ */
+#ifndef QNSTACK_QN_FS_FILE_H
+#define QNSTACK_QN_FS_FILE_H
+
+#include <stdint.h>
+#include <stdio.h>
+
+#include "qnstack/qn_export.h"
+
+QN_BEGIN_DECLS
+
+/** Bytes for the root directory with its terminator. */
+#define QNFS_PATH_BYTES 1024
+
+/** The operation code that the synchronisation callback gets: content was written. */
+#define QNFS_CARD_SYN_WRITE 2
+
+/** Seek origins of fnQNFS_File_Seek(); they differ from the order of `SEEK_SET` and its kin. */
+enum {
+  QNFS_SEEK_BEGIN = 0,  /**< from the beginning */
+  QNFS_SEEK_END = 1,    /**< from the end */
+  QNFS_SEEK_CURRENT = 2 /**< from the current position; so is any other value */
+};
+
+/**
+ * Tells the application that a file was written, so that it can synchronise
+ * its medium.
+ *
+ * @param name the file's name as the writer gave it; may be NULL if the writer
+ *        gave NULL.
+ * @param operation #QNFS_CARD_SYN_WRITE.
+ * @return ignored.
+ */
+typedef int32_t (*QNFSCardSynFile)(const char *name, int32_t operation);
+
+/**
+ * A file handle: a heap cell (from `malloc`) that holds a stdio stream. The
+ * caller owns it until fnQNFS_File_Close(), which closes the stream and frees
+ * the cell.
+ */
+typedef FILE **QNFSFile;
+
+/**
+ * Sets the root directory under which all names are taken.
+ *
+ * @param path the directory, below 1024 bytes; it is copied. NULL or a longer
+ *        one leaves the root empty.
+ * @return the library's copy, which is always 1024 bytes with zeros behind the
+ *         text; not to be freed or written.
+ */
+QN_API char *fnQNFS_SetFullPath(const char *path);
+
+/**
+ * Installs the synchronisation callback.
+ *
+ * @param callback called as each write operation says; NULL for none.
+ */
+QN_API void fnQNFS_SetCardSynFileFunc(QNFSCardSynFile callback);
+
+/**
+ * Tells whether a file exists.
+ *
+ * @param name file name.
+ * @return Contract: above 0 if it exists. Inert port: 0.
+ */
+QN_API int32_t fnQNFS_isFileExisted(const char *name);
+
+/**
+ * Creates a directory.
+ *
+ * @param path directory name; the HTTP cache passes "/wap/ca/".
+ * @return Contract: 1 when it is there, 0 on failure. Inert port: 0.
+ */
+QN_API int32_t fnQNFS_MkDir(const char *path);
+
+/**
+ * Opens a file as a stream.
+ *
+ * @param name file name; not read by the inert port.
+ * @param mode as for `fopen`; not read by the inert port.
+ * @return Contract: a new handle, NULL on failure. Inert port: NULL.
+ */
+QN_API QNFSFile fnQNFS_File_Open(const char *name, const char *mode);
+
+/**
+ * Writes to a stream: @p count elements of @p size × @p count bytes each.
+ *
+ * Mind the element size: the call writes size × count × count bytes, so
+ * @p data must hold that many; pass a @p count of 1 to write @p size bytes.
+ * Callers rely on this call shape, so it stays. The product is taken in 32
+ * bits.
+ *
+ * @param data the bytes.
+ * @param size first factor of the element size.
+ * @param count second factor of the element size, and number of elements.
+ * @param handle an open handle.
+ * @return the number of elements written; 0 when size × count is 0; -1 if
+ *         nothing was written or a pointer is NULL.
+ */
+QN_API int32_t fnQNFS_File_Write(const void *data, uint32_t size, uint32_t count, QNFSFile handle);
+
+/**
+ * Reads up to @p size × @p count bytes from a stream.
+ *
+ * @param buffer room for that many bytes.
+ * @param size first factor of the byte count.
+ * @param count second factor of the byte count.
+ * @param handle an open handle.
+ * @return the number of bytes read; 0 if none was and @p size is 0; -1 if none
+ *         was read otherwise (the end of the file and a @p count of 0
+ *         included), or a pointer is NULL.
+ */
+QN_API int32_t fnQNFS_File_Read(void *buffer, uint32_t size, uint32_t count, QNFSFile handle);
+
+/**
+ * Moves a stream's position.
+ *
+ * @param handle an open handle.
+ * @param origin #QNFS_SEEK_BEGIN, #QNFS_SEEK_END or #QNFS_SEEK_CURRENT; any
+ *        other value counts from the current position.
+ * @param offset bytes from there.
+ * @return what `fseek` gives: 0, or -1 on failure; -1 for NULL.
+ */
+QN_API int32_t fnQNFS_File_Seek(QNFSFile handle, int32_t origin, int32_t offset);
+
+/**
+ * Closes a stream and frees its handle.
+ *
+ * @param handle the handle, not to be used again; NULL does nothing, and one
+ *        whose stream is NULL is only freed.
+ */
+QN_API void fnQNFS_File_Close(QNFSFile handle);
+
+/**
+ * Size of a file.
+ *
+ * @param name file name.
+ * @return Contract: the size in bytes, -1 when unknown. Inert port: 0.
+ */
+QN_API int32_t fnQNFS_getFileSize(const char *name);
+
+/**
+ * Copies a file. The destination comes first.
+ *
+ * @param destination name of the copy.
+ * @param source name of the file.
+ * @return Contract: 1, or 0 on failure. Inert port: 0.
+ */
+QN_API int32_t fnQNFS_CopyFile(const char *destination, const char *source);
+
+/**
+ * Moves a file over another. The destination comes first.
+ *
+ * @param destination the new name.
+ * @param source the old name.
+ * @return Contract: 1, or 0 on failure. Inert port: 0.
+ */
+QN_API int32_t fnQNFS_MoveFile(const char *destination, const char *source);
+
+/**
+ * Deletes a file.
+ *
+ * @param name file name.
+ * @return Contract: 1, or 0 on failure. Inert port: 1.
+ */
+QN_API int32_t fnQNFS_DeleteFile(const char *name);
+
+/**
+ * Deletes every file in a directory, but no directory.
+ *
+ * @param path directory name; the HTTP cache passes "/wap/ca/".
+ * @return Contract: 1, or 0 on failure. Inert port: 1.
+ */
+QN_API int32_t fnQNFS_DelAllFiles(const char *path);
+
+/**
+ * Removes a directory.
+ *
+ * @param path directory name.
+ * @return Contract: 1, or 0 on failure. Inert port: 1.
+ */
+QN_API int32_t fnQNFS_RmDir(const char *path);
+
+/**
+ * Creates every directory along a path: at each '/', the one before it.
+ *
+ * @param path the path, below 1024 bytes; or NULL.
+ * @return the length of the path in bytes, 0 for NULL. Inert port: the same,
+ *         with nothing created.
+ */
+QN_API uint32_t fnQNFS_File_CreateDir(const char *path);
+
+/**
+ * Reads a whole file.
+ *
+ * @param name file name.
+ * @param maximum the most bytes to read.
+ * @param destination room for @p maximum bytes.
+ * @param count Contract: receives the number of bytes read. Inert port: not
+ *        written.
+ * @return Contract: 0; anything else is failure. Inert port: -1.
+ */
+QN_API int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination,
+                                   int32_t *count);
+
+/**
+ * Replaces a file's content.
+ *
+ * @param data the bytes; stay the caller's.
+ * @param length number of bytes.
+ * @param name file name.
+ * @return Contract: the number of bytes written; -1 on failure; the callback
+ *         is called with (name, 2) after success. Inert port: -1, after calling
+ *         the callback, if one is installed, with (name, 2) whatever the
+ *         arguments.
+ */
+QN_API int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name);
+
+/**
+ * Appends to a file.
+ *
+ * @param data the bytes; stay the caller's.
+ * @param length number of bytes.
+ * @param name file name.
+ * @return Contract: the number of bytes written; -1 on failure; the callback
+ *         is called with (name, 2) after success. Inert port: -1; the
+ *         callback, if one is installed, is called only when @p data or
+ *         @p name is NULL, the reverse of what one would expect, and stays so.
+ */
+QN_API int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name);
+
+/**
+ * Writes bytes at a position of a file.
+ *
+ * @param data the bytes; not read by the inert port.
+ * @param length number of bytes; not read by the inert port.
+ * @param position byte offset in the file; not read by the inert port.
+ * @param name file name; not read by the inert port.
+ * @return Contract: the number of bytes written, -1 on failure. Inert port:
+ *         -1.
+ */
+QN_API int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t position,
+                                       const char *name);
+
+/**
+ * Reads bytes at a position of a file.
+ *
+ * @param name file name; not read by the inert port.
+ * @param position byte offset in the file; not read by the inert port.
+ * @param length the most bytes to read; not read by the inert port.
+ * @param destination room for @p length bytes; not written by the inert port.
+ * @return Contract: the number of bytes read, -1 on failure. Inert port: -1.
+ */
+QN_API int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t length,
+                                        void *destination);
+
+QN_END_DECLS
+
+#endif

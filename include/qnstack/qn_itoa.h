@@ -1,0 +1,47 @@
+/**
+ * @file qn_itoa.h
+ * @brief Numbers to text in any radix.
+ */
+#ifndef QNSTACK_QN_ITOA_H
+#define QNSTACK_QN_ITOA_H
+
+#include <stdint.h>
+
+#include "qnstack/qn_export.h"
+
+QN_BEGIN_DECLS
+
+/**
+ * Writes an integer as text.
+ *
+ * Only radix 10 knows negative numbers: in every other radix the 32 bits are
+ * read as unsigned, so -1 in radix 16 is "ffffffff". Digits from ten up are
+ * lower-case letters.
+ *
+ * @param value the number.
+ * @param buf destination; radix 2 needs up to 33 bytes, radix 10 up to 12.
+ * @param radix 2 to 36; a radix below 2 writes an empty string.
+ * @return @p buf.
+ */
+QN_API char *fnQNRTL_itoa(int32_t value, char *buf, int32_t radix);
+
+/**
+ * Writes a number with at most four fractional digits, cut and not rounded.
+ *
+ * The integer part is taken to 32 bits (larger values saturate, not-a-number
+ * gives the least integer) and written as fnQNRTL_itoa() does. The text has at
+ * most 12 characters unless the integer part alone is longer. Two things
+ * callers know about and that stay: a value between -1 and 0 gives "0.", and
+ * in a radix other than 10 the fraction is still scaled by ten from digit to
+ * digit (0.5 in radix 8 gives "0.48gw").
+ *
+ * @param value the number.
+ * @param buf destination; 13 bytes do for radix 10, 38 for any.
+ * @param radix as for fnQNRTL_itoa().
+ * @return @p buf.
+ */
+QN_API char *fnQNRTL_ftoa(double value, char *buf, int32_t radix);
+
+QN_END_DECLS
+
+#endif

@@ -1,0 +1,181 @@
+// The socket layer on BSD sockets: the only place where the library touches
+// the network. Owns the table of socket slots; the transfer engine is its
+// caller.
+#include "qnstack/qn_stack_porting.h"
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+
+#include "qn_stack_porting_internal.h"
+
+namespace {
+
+constexpr int32_t kFirstSlot = 1;
+constexpr int32_t kLastSlot = QN_SOCKET_SLOTS - 1;
+constexpr int32_t kNullBytes = -3;
+
+// Values of a slot's connState.
+constexpr int32_t kNotConnected = 0;
+constexpr int32_t kConnected = 1;
+constexpr int32_t kConnectFailed = -1;
+constexpr int32_t kConnecting = -2;
+
+bool IsSlot(int32_t slot) { return slot >= kFirstSlot && slot <= kLastSlot; }
+
+// In a slot, descriptor 0 means free, so a socket that got it is moved.
+int MoveOffZero(int fd) {
+  if (fd != 0) return fd;
+  const int moved = fcntl(fd, F_DUPFD, 1);
+  close(fd);
+  return moved;
+}
+
+void CloseDescriptor(int fd) {
+  if (fd > 0) close(fd);
+}
+
+// Keeps SIGPIPE from reaching the application while it is in scope. A signal
+// that was pending before stays pending, and the thread's mask is restored.
+class SigpipeGuard {
+ public:
+  SigpipeGuard() {
+    sigemptyset(&sigpipe_);
+    sigaddset(&sigpipe_, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &sigpipe_, &old_mask_);
+    was_blocked_ = sigismember(&old_mask_, SIGPIPE) == 1;
+    was_pending_ = was_blocked_ && IsPending();
+  }
+  ~SigpipeGuard() {
+    if (!was_blocked_) pthread_sigmask(SIG_SETMASK, &old_mask_, nullptr);
+  }
+  SigpipeGuard(const SigpipeGuard &) = delete;
+  SigpipeGuard &operator=(const SigpipeGuard &) = delete;
+
+  // Takes back the signal that a failed send has raised; errno is kept.
+  void Consume() const {
+    const int error = errno;
+    const timespec no_wait = {};
+    if (!was_pending_ && IsPending()) sigtimedwait(&sigpipe_, nullptr, &no_wait);
+    errno = error;
+  }
+
+ private:
+  static bool IsPending() {
+    sigset_t pending;
+    return sigpending(&pending) == 0 && sigismember(&pending, SIGPIPE) == 1;
+  }
+
+  sigset_t sigpipe_;
+  sigset_t old_mask_;
+  bool was_blocked_;
+  bool was_pending_;
+};
+
+// What stands before every transfer on a slot: 0, or the result that refuses
+// it.
+int32_t RefuseTransfer(int32_t slot, const void *bytes, int32_t count) {
+  if (!IsSlot(slot)) return -1;
+  if (bytes == nullptr) return kNullBytes;
+  return socket_list[slot].connState == kConnected && count >= 0 ? 0 : -1;
+}
+
+}  // namespace
+
+QNSocketSlot socket_list[QN_SOCKET_SLOTS];
+
+int32_t qn::socket_init = 0;
+
+void qn::HurryLastChunk(int32_t slot) {
+  if (!IsSlot(slot)) return;
+  const int on = 1;
+  setsockopt(socket_list[slot].fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+}
+
+int32_t fnQN_Stack_SocketInit(void) {
+  qn::socket_init = 1;
+  return 1;
+}
+
+void fnQN_Stack_SocketUNInit(void) { qn::socket_init = 0; }
+
+int32_t fnQN_Stack_GetHostByName(int32_t slot, const char *name, int32_t port) {
+  if (!IsSlot(slot) || name == nullptr) return -1;
+  QNSocketSlot &entry = socket_list[slot];
+  entry.port = static_cast<uint16_t>(port);
+  const hostent *host = gethostbyname(name);
+  if (host == nullptr || host->h_addrtype != AF_INET || host->h_addr_list[0] == nullptr) return -1;
+  std::memcpy(&entry.addr, host->h_addr_list[0], sizeof entry.addr);
+  return entry.addr == INADDR_NONE ? -1 : 1;
+}
+
+int32_t fnQN_Stack_CreateSocket(void) {
+  const int fd = MoveOffZero(socket(AF_INET, SOCK_STREAM, 0));
+  for (int32_t slot = kFirstSlot; slot <= kLastSlot; ++slot) {
+    if (socket_list[slot].fd != 0) continue;
+    socket_list[slot] = QNSocketSlot{fd, 0, 0, kNotConnected};
+    return slot;
+  }
+  CloseDescriptor(fd);
+  return 0;
+}
+
+int32_t fnQN_Stack_Connect(int32_t slot) {
+  if (slot < 0 || slot > kLastSlot) return 0;
+  QNSocketSlot &entry = socket_list[slot];
+  switch (entry.connState) {
+    case kConnected:
+      return 1;
+    case kConnectFailed:
+      return 0;
+    case kConnecting:
+      return -2;
+    default:
+      break;
+  }
+  sockaddr_in peer = {};
+  peer.sin_family = AF_INET;
+  peer.sin_port = htons(entry.port);
+  peer.sin_addr.s_addr = entry.addr;
+  // A free slot has no socket: descriptor 0 is somebody else's.
+  const int fd = entry.fd == 0 ? -1 : entry.fd;
+  const bool connected = connect(fd, reinterpret_cast<const sockaddr *>(&peer), sizeof peer) == 0;
+  entry.connState = connected ? kConnected : kConnectFailed;
+  return connected ? 1 : -1;
+}
+
+int32_t fnQN_Stack_SendData(int32_t slot, const void *bytes, int32_t count) {
+  const int32_t refusal = RefuseTransfer(slot, bytes, count);
+  if (refusal != 0) return refusal;
+  const SigpipeGuard guard;
+  const ssize_t sent = send(socket_list[slot].fd, bytes, static_cast<size_t>(count), 0);
+  if (sent < 0 && errno == EPIPE) guard.Consume();
+  return sent < 0 ? -1 : static_cast<int32_t>(sent);
+}
+
+int32_t fnQN_Stack_RecvData(int32_t slot, void *destination, int32_t capacity) {
+  const int32_t refusal = RefuseTransfer(slot, destination, capacity);
+  if (refusal != 0) return refusal;
+  const ssize_t received =
+      recv(socket_list[slot].fd, destination, static_cast<size_t>(capacity), 0);
+  return received < 0 ? -1 : static_cast<int32_t>(received);
+}
+
+void fnQN_Stack_CloseSocket(int32_t slot) {
+  if (!IsSlot(slot)) return;
+  CloseDescriptor(socket_list[slot].fd);
+  socket_list[slot] = QNSocketSlot{};
+}
+
+int32_t fnQN_Stack_SetNoBlock(void) { return 1; }
+
+int32_t fnQN_Stack_SocketError(void) { return errno; }

@@ -1,0 +1,40 @@
+// Numbers and words out of received text. Owns nothing; the URL splitter and
+// the answer parser call it.
+#include "qn_scan.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+namespace {
+
+constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+
+void SkipWhiteSpace(std::string_view *text) {
+  text->remove_prefix(std::min(text->find_first_not_of(kWhiteSpace), text->size()));
+}
+
+}  // namespace
+
+std::optional<int32_t> qn::ScanNumber(std::string_view text) {
+  using Limits = std::numeric_limits<int32_t>;
+  SkipWhiteSpace(&text);
+  const bool negative = text.starts_with('-');
+  if (text.starts_with('+') || text.starts_with('-')) text.remove_prefix(1);
+  // A second sign is no digit, though the converter would take a minus.
+  if (text.empty() || text.front() < '0' || text.front() > '9') return std::nullopt;
+
+  int64_t number = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (result.ec != std::errc()) return negative ? Limits::min() : Limits::max();
+  if (negative) number = -number;
+  return static_cast<int32_t>(std::clamp<int64_t>(number, Limits::min(), Limits::max()));
+}
+
+std::string_view qn::ScanWord(std::string_view *text) {
+  SkipWhiteSpace(text);
+  const std::string_view word(text->data(),
+                              std::min(text->find_first_of(kWhiteSpace), text->size()));
+  text->remove_prefix(word.size());
+  return word;
+}

@@ -1,0 +1,23 @@
+// Reading numbers and words out of received text the way a formatted scan
+// reads them, without its bounds and its undefined corners.
+#ifndef QNSTACK_QN_SCAN_H
+#define QNSTACK_QN_SCAN_H
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace qn {
+
+// The decimal number at the start of `text`: leading white space, a sign and
+// trailing text are taken as "%d" takes them; beyond 32 bits it is the nearest
+// limit. Nothing if there are no digits.
+std::optional<int32_t> ScanNumber(std::string_view text);
+
+// Takes the next word off the front of `text` as "%s" takes it: white space is
+// skipped, the word runs to the next white space. Empty if there is none.
+std::string_view ScanWord(std::string_view *text);
+
+}  // namespace qn
+
+#endif

@@ -1,0 +1,222 @@
+// The transfer engine: it moves one context forward through resolving,
+// connecting, composing, sending and receiving, as far as each call gets.
+// Owns the receive area that all contexts share within one call.
+#include <algorithm>
+#include <cstdint>
+
+#include "qn_stack_http_internal.h"
+#include "qn_stack_membuffer_internal.h"
+#include "qn_stack_porting_internal.h"
+#include "qn_stack_trace.h"
+#include "qnstack/qn_stack_http.h"
+#include "qnstack/qn_stack_porting.h"
+
+namespace {
+
+constexpr int32_t kChunk = 2048;              // most bytes of one send or receive
+constexpr uint32_t kUnreadHighWater = 20480;  // receiving pauses above this
+constexpr int32_t kMostTries = 3000;          // calls without progress before giving up
+constexpr int32_t kGoOn = 1;                  // of a step: the next one follows in the same call
+constexpr int32_t kWouldBlock = -2;           // of the socket layer, as is the next
+constexpr int32_t kNullDestination = -3;
+
+char buffer[kChunk];
+
+// In a tunnel without an end to it the count wraps.
+void CountTry(QNHttpCtx *ctx) {
+  ctx->tryCount = static_cast<int32_t>(static_cast<uint32_t>(ctx->tryCount) + 1);
+}
+
+int32_t Advance(QNHttpCtx *ctx) {
+  ++ctx->state;
+  return kGoOn;
+}
+
+int32_t FailAndCount(QNHttpCtx *ctx, int32_t state) {
+  ctx->state = state;
+  CountTry(ctx);
+  return -1;
+}
+
+// Takes a slot unless the context has one; false when all are taken.
+bool EnsureSocket(QNHttpCtx *ctx) {
+  if (ctx->socket > 0) return true;
+  ctx->socket = fnQN_Stack_CreateSocket();
+  qn::Trace("create socket ", ctx->socket);
+  if (ctx->socket <= 0) return false;
+  fnQN_Stack_SetNoBlock();
+  return true;
+}
+
+int32_t Resolve(QNHttpCtx *ctx) {
+  if (!EnsureSocket(ctx)) return FailAndCount(ctx, QN_HTTP_RESOLVE_FAILED);
+  const bool proxy = qn::http_proxy != nullptr;
+  const int32_t result = fnQN_Stack_GetHostByName(
+      ctx->socket, proxy ? qn::http_proxy : ctx->hostname, proxy ? qn::http_proxyPort : ctx->port);
+  qn::Trace("host:", ctx->hostname);
+  qn::Trace(",", ctx->port);
+  if (result == -1) return FailAndCount(ctx, QN_HTTP_RESOLVE_FAILED);
+  ctx->tryCount = 0;
+  return Advance(ctx);
+}
+
+int32_t Connect(QNHttpCtx *ctx) {
+  if (!EnsureSocket(ctx)) return FailAndCount(ctx, QN_HTTP_CONNECT_FAILED);
+  const int32_t result = fnQN_Stack_Connect(ctx->socket);
+  qn::Trace("connet socket:", ctx->socket);
+  qn::Trace(" result:", result);
+  if (result == 0) {
+    fnQN_Stack_CloseSocket(ctx->socket);
+    ctx->socket = 0;
+    return FailAndCount(ctx, QN_HTTP_CONNECT_FAILED);
+  }
+  if (result == kWouldBlock) {
+    CountTry(ctx);
+    return -2;
+  }
+  // A refused connection is not caught here: the first send fails on it.
+  ctx->tryCount = 0;
+  return Advance(ctx);
+}
+
+int32_t Compose(QNHttpCtx *ctx) {
+  if (qn::IsConnect(*ctx)) {
+    fnQNStack_Http_PrepareQuest_Connect(ctx);
+  } else {
+    fnQNStack_Http_PrepareQuest(ctx);
+  }
+  return Advance(ctx);
+}
+
+int32_t Send(QNHttpCtx *ctx) {
+  const int32_t result = fnQNStack_Http_SendQuest(ctx);
+  if (result >= 0) return Advance(ctx);
+  if (result == -1) ctx->state = QN_HTTP_SEND_FAILED;
+  return result;
+}
+
+// What a receive that brought nothing means for the context.
+int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
+  CountTry(ctx);
+  if (result == kWouldBlock || result == kNullDestination) {
+    CountTry(ctx);
+    return -2;
+  }
+  if (result == 0) {
+    // The context keeps the slot's number, though the slot is free from now on.
+    fnQN_Stack_CloseSocket(ctx->socket);
+  } else if (ctx->recvBuf->total == 0) {
+    ctx->state = QN_HTTP_RECEIVE_FAILED;
+    return -1;
+  } else {
+    fnQN_Stack_CloseSocket(ctx->socket);
+    ctx->socket = -1;
+  }
+  ctx->state = QN_HTTP_COMPLETE;
+  return 0;
+}
+
+int32_t ReceiveAnswer(QNHttpCtx *ctx) {
+  while (qn::Unread(ctx->recvBuf) <= kUnreadHighWater) {
+    const int32_t received = fnQN_Stack_RecvData(ctx->socket, buffer, kChunk);
+    if (received <= 0) return EndReceiving(ctx, received);
+    qn::Trace("socket ", ctx->socket);
+    qn::Trace(" recv len:", received);
+    fnQN_MemBuffer_Write(ctx->recvBuf, buffer, received);
+    ctx->tryCount = 0;
+  }
+  CountTry(ctx);
+  return -2;
+}
+
+int32_t Receive(QNHttpCtx *ctx) {
+  if (!qn::IsConnect(*ctx)) return ReceiveAnswer(ctx);
+  const int32_t result = fnQNStack_Http_RecvConnectData(ctx);
+  CountTry(ctx);
+  return result;
+}
+
+// One step per state, in the order of the states from QN_HTTP_NEW on.
+using Step = int32_t (*)(QNHttpCtx *);
+constexpr Step kSteps[] = {Resolve, Connect, Compose, Send, Receive};
+
+bool IsUnderWay(const QNHttpCtx &ctx) {
+  return ctx.state >= QN_HTTP_NEW && ctx.state <= QN_HTTP_RECEIVING;
+}
+
+}  // namespace
+
+int32_t fnQNStack_Http_Run(QNHttpCtx *ctx) {
+  if (ctx == nullptr) return -1;
+  if (!IsUnderWay(*ctx)) return 0;
+  if (ctx->tryCount > kMostTries) {
+    ctx->state = QN_HTTP_GIVEN_UP;
+    return -1;
+  }
+  gCtx = ctx;
+  int32_t result = kGoOn;
+  while (result == kGoOn) result = kSteps[ctx->state](ctx);
+  return result;
+}
+
+int32_t fnQNStack_Http_Call_Run(QNHttpCtx *ctx) {
+  if (ctx == nullptr) return 0;
+  qn::Trace("Socket callback working write or read...... ");
+  return fnQNStack_Http_Run(ctx);
+}
+
+int32_t fnQNStack_Http_ReadRecvData(QNHttpCtx *ctx, void *destination, int32_t capacity) {
+  if (ctx == nullptr || ctx->state < 0) return -1;
+  if (ctx->state != QN_HTTP_COMPLETE) fnQNStack_Http_Run(ctx);
+  if (ctx->state < QN_HTTP_RECEIVING) return -2;
+  const int32_t taken = fnQN_MemBuffer_Read(ctx->recvBuf, destination, capacity);
+  switch (ctx->state) {
+    case QN_HTTP_RECEIVING:
+      return taken > 0 ? taken : -2;
+    case QN_HTTP_COMPLETE:
+      return taken;
+    default:
+      return -1;
+  }
+}
+
+int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx) {
+  if (ctx == nullptr) return -1;
+  QNMemBuffer *request = ctx->sendBuf;
+  const uint32_t unsent = qn::Unread(request);
+  if (unsent == 0) return 0;
+  // Sent from where it stands: what does not go out simply stays unread.
+  const auto chunk = static_cast<int32_t>(std::min(unsent, static_cast<uint32_t>(kChunk)));
+  if (unsent <= kChunk && request->cursor > 0) qn::HurryLastChunk(ctx->socket);
+  const int32_t sent = fnQN_Stack_SendData(ctx->socket, request->data + request->cursor, chunk);
+  if (sent < 0) {
+    CountTry(ctx);
+    return sent == kWouldBlock ? -2 : -1;
+  }
+  request->cursor += static_cast<uint32_t>(sent);
+  ctx->tryCount = 0;
+  return -2;
+}
+
+int32_t fnQNStack_Http_RecvConnectData(QNHttpCtx *ctx) {
+  if (ctx == nullptr) return -1;
+  while (qn::Unread(ctx->recvBuf) <= kUnreadHighWater) {
+    const int32_t received = fnQN_Stack_RecvData(ctx->socket, buffer, kChunk);
+    if (received <= 0) {
+      CountTry(ctx);
+      continue;
+    }
+    fnQN_MemBuffer_Write(ctx->recvBuf, buffer, received);
+    ctx->tryCount = 0;
+    return -2;
+  }
+  return -2;
+}
+
+int32_t fnQNStack_Http_Socket_SendData(QNHttpCtx *ctx, const void *bytes, int32_t count) {
+  return ctx == nullptr ? -1 : fnQN_Stack_SendData(ctx->socket, bytes, count);
+}
+
+int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, int32_t capacity) {
+  return ctx == nullptr ? -1 : fnQN_Stack_RecvData(ctx->socket, destination, capacity);
+}

@@ -1,0 +1,6 @@
+// String copies for the HTTP stack. Owns nothing.
+#include "qnstack/qn_stack_strings.h"
+
+#include "qn_owned.h"
+
+char *fnQN_StrDup(const char *string) { return string == nullptr ? nullptr : qn::CopyText(string); }

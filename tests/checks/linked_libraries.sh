@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# The shared library needs the C library and APR alone, and has its SONAME.
+# usage: linked_libraries.sh LIBRARY SONAME
+set -euo pipefail
+export LC_ALL=C
+
+needed=$(readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | sort | tr '\n' ' ')
+soname=$(readelf -d "$1" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
+echo "needs: $needed"
+echo "soname: $soname"
+[[ $needed == "libapr-1.so.0 libc.so.6 libm.so.6 " && $soname == "$2" ]]
