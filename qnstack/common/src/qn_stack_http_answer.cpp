@@ -91,6 +91,7 @@ void TakeCookie(QNHttpCtx *ctx, std::string_view line) {
   const qn::Owned<char> owned_name(qn::CopyText(name));
   const qn::Owned<char> owned_value(qn::CopyText(value));
   const qn::Owned<char> owned_path(qn::CopyText(CookiePath(rest)));
+  if (owned_name == nullptr || owned_value == nullptr || owned_path == nullptr) return;
   fnQNStack_Http_Cookie_Set(owned_name.get(), owned_value.get(), ctx->hostname, owned_path.get());
 }
 

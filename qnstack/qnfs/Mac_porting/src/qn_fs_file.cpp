@@ -48,7 +48,8 @@ int32_t fnQNFS_File_Write(const void *data, uint32_t size, uint32_t count, QNFSF
 
 int32_t fnQNFS_File_Read(void *buffer, uint32_t size, uint32_t count, QNFSFile handle) {
   if (buffer == nullptr || !HasStream(handle)) return -1;
-  const size_t read = std::fread(buffer, 1, size * count, *handle);
+  const uint32_t bytes = size * count;
+  const size_t read = std::fread(buffer, 1, bytes, *handle);
   if (read != 0) return static_cast<int32_t>(read);
   return size == 0 ? 0 : -1;
 }

@@ -12,9 +12,9 @@
 namespace {
 
 // The narrow folding of fnQN_STRNICMP: 'B' to 'Y' alone, bytes signed.
-constexpr int FoldInner(char byte) {
-  const int value = static_cast<signed char>(byte);
-  return value >= 'B' && value <= 'Y' ? value + ('a' - 'A') : value;
+constexpr signed char FoldInner(char byte) {
+  const auto value = static_cast<signed char>(byte);
+  return value >= 'B' && value <= 'Y' ? static_cast<signed char>(value + ('a' - 'A')) : value;
 }
 
 }  // namespace
@@ -97,8 +97,8 @@ int32_t fnQN_STRNICMP(const char *a, const char *b, uint32_t n) {
   if (strnlen(a, n) < n) return -1;
   if (strnlen(b, n) < n) return 1;
   for (uint32_t i = 0; i < n; ++i) {
-    const int left = FoldInner(a[i]);
-    const int right = FoldInner(b[i]);
+    const signed char left = FoldInner(a[i]);
+    const signed char right = FoldInner(b[i]);
     if (left != right) return left < right ? -1 : 1;
   }
   return 0;

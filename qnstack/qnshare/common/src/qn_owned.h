@@ -9,7 +9,6 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <source_location>
 #include <string_view>
 
 #include "qnstack/qn_share_mem.h"
@@ -18,17 +17,16 @@ namespace qn {
 
 // Zero-filled memory, or null when the heap refuses or `size` needs more than
 // the 32 bits that the allocator takes.
-inline void *AllocateZeroed(std::size_t size,
-                            std::source_location where = std::source_location::current()) {
+inline void *AllocateZeroed(std::size_t size, const char *file = __builtin_FILE(),
+                            int32_t line = __builtin_LINE()) {
   if (size > std::numeric_limits<uint32_t>::max()) return nullptr;
-  return fnQN_Malloc_Local(static_cast<uint32_t>(size), where.file_name(),
-                           static_cast<int32_t>(where.line()));
+  return fnQN_Malloc_Local(static_cast<uint32_t>(size), file, line);
 }
 
 // A zero-filled record of type T, or null.
 template <typename T>
-T *NewRecord(std::source_location where = std::source_location::current()) {
-  return static_cast<T *>(AllocateZeroed(sizeof(T), where));
+T *NewRecord(const char *file = __builtin_FILE(), int32_t line = __builtin_LINE()) {
+  return static_cast<T *>(AllocateZeroed(sizeof(T), file, line));
 }
 
 // The pointer that a variable of some pointer type at `address` holds: what a
@@ -49,9 +47,9 @@ template <typename T>
 using Owned = std::unique_ptr<T, FreeBlock>;
 
 // A new terminated copy of `text`, or null when the heap refuses.
-inline char *CopyText(std::string_view text,
-                      std::source_location where = std::source_location::current()) {
-  auto *copy = static_cast<char *>(AllocateZeroed(text.size() + 1, where));
+inline char *CopyText(std::string_view text, const char *file = __builtin_FILE(),
+                      int32_t line = __builtin_LINE()) {
+  auto *copy = static_cast<char *>(AllocateZeroed(text.size() + 1, file, line));
   if (copy != nullptr) std::memcpy(copy, text.data(), text.size());
   return copy;
 }
