@@ -45,7 +45,7 @@ target_include_directories(qnstack_core PRIVATE
   ${PROJECT_SOURCE_DIR}/qnstack/Mac_porting/src
   ${PROJECT_SOURCE_DIR}/qnstack/common/src
   ${PROJECT_SOURCE_DIR}/qnstack/qnshare/common/src)
-target_link_libraries(qnstack_core PUBLIC PkgConfig::APR)
+target_link_libraries(qnstack_core PRIVATE PkgConfig::APR)
 
 # Only the names in exports.txt leave a shared library; templates of the C++
 # library that were instantiated on the way do not.
@@ -71,14 +71,14 @@ function(qnstack_add_library name port)
   if(NOT QNSTACK_SANITIZE)
     target_link_options(${name} PRIVATE -Wl,-z,defs)
   endif()
-  target_link_libraries(${name} PRIVATE PkgConfig::APR m)
+  target_link_libraries(${name} PRIVATE ${APR_LINK_LIBRARIES} m)
 
   add_library(${name}_static STATIC
     $<TARGET_OBJECTS:qnstack_core> $<TARGET_OBJECTS:${port}>)
   set_target_properties(${name}_static PROPERTIES
     OUTPUT_NAME ${name}
     LINKER_LANGUAGE C)
-  target_link_libraries(${name}_static PUBLIC PkgConfig::APR m)
+  target_link_libraries(${name}_static PUBLIC ${APR_LINK_LIBRARIES} m)
 
   foreach(library ${name} ${name}_static)
     target_include_directories(${library} PUBLIC

@@ -338,8 +338,9 @@ QN_API int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, 
  * Consumes as much of an answer's header as has been received and fills the
  * answer fields. Called by fnQNStack_Http_ReadRecvContext().
  *
- * Lines end at CR LF alone. Of a value only the first word counts, and a
- * header written without a blank behind its colon has an empty one. A second
+ * Lines end at CR LF alone. A value is the second word of its line: of more
+ * words only the first of the value counts, and a header written without a
+ * blank behind its colon has an empty value unless more words follow. A second
  * "Content-Type:" line does not free the first value, which stays valid for
  * those that kept it. "Location:" and "Content-Location:" replace `url`
  * whatever the status; the last one wins.
@@ -355,8 +356,8 @@ QN_API int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx);
  * an answer.
  *
  * Any status from 300 to 399 is followed as a GET, up to ten times; without a
- * location the same URL is asked again. Header lines, one of them at least
- * partly longer than 20480 bytes, stall an answer until it is given up.
+ * location the same URL is asked again. A header line of more than 20480 bytes
+ * stalls its answer until the context gives up.
  *
  * @param ctx the context.
  * @param destination room for @p capacity bytes.

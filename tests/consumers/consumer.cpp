@@ -6,8 +6,8 @@
 #include "qnstack/qnstack.h"
 
 int main() {
-  const std::unique_ptr<QNMemBuffer, decltype(&fnQN_MemBuffer_Free)> buffer(
-      fnQN_MemBuffer_New(16), fnQN_MemBuffer_Free);
+  const std::unique_ptr<QNMemBuffer, decltype(&fnQN_MemBuffer_Free)> buffer(fnQN_MemBuffer_New(16),
+                                                                            fnQN_MemBuffer_Free);
   if (buffer == nullptr) return 1;
   fnQN_MemBuffer_Printf(buffer.get(), "%s %d", "status", 200);
   fnQN_MemBuffer_WriteItem(buffer.get(), "; ", "ok");

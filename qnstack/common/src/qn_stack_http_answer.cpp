@@ -38,7 +38,8 @@ std::string_view AfterColon(std::string_view line) {
 }
 
 // A header's value is the second word of its line. A name without a blank
-// behind its colon is one word with its value, so the value is then empty.
+// behind its colon is one word with its value, so what follows counts, if
+// anything does.
 std::string_view SecondWord(std::string_view line) {
   qn::ScanWord(&line);
   return qn::ScanWord(&line);

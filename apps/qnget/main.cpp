@@ -1,0 +1,75 @@
+// qnget: fetches or sends one message and ends with a code that says how it
+// went. Here is the order of things and the retrying.
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "failure.h"
+#include "input.h"
+#include "options.h"
+#include "output.h"
+#include "progress.h"
+#include "signals.h"
+#include "transfer.h"
+
+namespace qnget {
+namespace {
+
+constexpr int kFirstErrorStatus = 400;
+
+void Say(const std::string &text) { fprintf(stderr, "qnget: %s\n", text.c_str()); }
+
+void SayRetry(const Failure &failure, int retry, const Options &options, double pause) {
+  char when[64];
+  snprintf(when, sizeof when, "; retry %d of %d in %g s", retry, options.retries, pause);
+  Say(failure.what() + std::string(when));
+}
+
+// Each try has a context of its own, freed before the next is opened.
+int Fetch(const Options &options, const std::string &body, Output &output) {
+  const Stack stack(options);
+  Progress progress(isatty(STDERR_FILENO) == 1 && !output.IsTerminal());
+  double pause = options.retry_delay;
+  for (int retry = 1;; ++retry, pause *= 2) {
+    try {
+      return Transfer(options, body).Run(output, progress);
+    } catch (const Failure &failure) {
+      if (!failure.retryable() || retry > options.retries) throw;
+      SayRetry(failure, retry, options, pause);
+    }
+    PauseFor(pause, "waiting to try again");
+  }
+}
+
+void Run(const Options &options) {
+  const int standard_output = KeepStandardOutput();
+  InstallSignalHandlers();
+  if (options.timeout > 0) StartDeadline(options.timeout);
+  const std::string body = options.data ? ReadRequestBody(*options.data) : "";
+  Output output(options.output, standard_output);
+  RedirectStandardOutput(options.trace);
+  const int status = Fetch(options, body, output);
+  StopDeadline();
+  output.Commit();
+  if (status >= kFirstErrorStatus) {
+    throw Failure(kErrorStatus, "the answer has status " + std::to_string(status));
+  }
+}
+
+}  // namespace
+}  // namespace qnget
+
+int main(int argc, char **argv) {
+  try {
+    if (const auto options = qnget::ParseOptions(argc, argv)) qnget::Run(*options);
+    return qnget::kSuccess;
+  } catch (const qnget::Failure &failure) {
+    qnget::Say(failure.what());
+    return failure.code();
+  } catch (const std::exception &problem) {
+    qnget::Say(problem.what());
+    return qnget::kNotReceived;
+  }
+}

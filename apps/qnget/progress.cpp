@@ -1,0 +1,76 @@
+// The line is overwritten in place with a carriage return and padded with
+// blanks, so that any terminal shows it.
+#include "progress.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace qnget {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenUpdates{100};
+constexpr double kShortestTime = 0.001;  // no rate is told from less
+
+std::string SizeText(double bytes) {
+  constexpr std::array<const char *, 4> kUnits{"B", "kB", "MB", "GB"};
+  size_t unit = 0;
+  while (bytes >= 999.95 && unit + 1 < kUnits.size()) {
+    bytes /= 1000;
+    ++unit;
+  }
+  char text[32];
+  snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", bytes, kUnits[unit]);
+  return text;
+}
+
+}  // namespace
+
+std::string ProgressText(int64_t received, int64_t expected, double seconds) {
+  const auto count = static_cast<double>(received);
+  std::string text = SizeText(count);
+  if (expected > 0) {
+    const auto whole = static_cast<double>(expected);
+    const double percent = std::min(100.0, 100.0 * count / whole);
+    text += " of " + SizeText(whole) + ", " + std::to_string(static_cast<int>(percent)) + " %";
+  }
+  return text + ", " + SizeText(count / std::max(seconds, kShortestTime)) + "/s";
+}
+
+Progress::~Progress() {
+  if (line_open_) fputc('\n', stderr);
+}
+
+void Progress::Start(int64_t expected) {
+  expected_ = expected;
+  received_ = 0;
+  begin_ = Clock::now();
+}
+
+void Progress::Update(int64_t received) {
+  received_ = received;
+  current_ = false;
+  if (shown_ && (!line_open_ || Clock::now() - written_ >= kBetweenUpdates)) Write();
+}
+
+void Progress::Finish() {
+  if (!line_open_) return;
+  if (!current_) Write();
+  fputc('\n', stderr);
+  line_open_ = false;
+}
+
+void Progress::Write() {
+  const std::chrono::duration<double> elapsed = Clock::now() - begin_;
+  std::string text = ProgressText(received_, expected_, elapsed.count());
+  const size_t width = text.size();
+  if (width < width_) text.append(width_ - width, ' ');
+  width_ = width;
+  fprintf(stderr, "\r%s", text.c_str());
+  fflush(stderr);
+  line_open_ = true;
+  current_ = true;
+  written_ = Clock::now();
+}
+
+}  // namespace qnget

@@ -1,0 +1,196 @@
+// The library keeps the last answer's length and status over a redirect and
+// takes any end of a connection for the end of the answer, so both fields are
+// reset here at each hop, and what has come is compared with what was said.
+#include "transfer.h"
+
+#include <cstdio>
+#include <string_view>
+
+#include "signals.h"
+
+namespace qnget {
+namespace {
+
+constexpr size_t kChunk = 32768;
+constexpr int32_t kMostRedirects = 10;
+constexpr int32_t kNoContent = 204;
+constexpr int32_t kUnknown = -1;
+constexpr const char *kBadPort = "the port is not from 1 to 65535";
+
+QNHttpCtx *OpenContext(const Options &options, const std::string &body) {
+  const char *url = options.url.c_str();
+  const char *type = options.content_type ? options.content_type->c_str() : nullptr;
+  const auto length = static_cast<int32_t>(body.size());
+  if (options.method == "HEAD") return fnQNStack_Http_Open_Head(url);
+  if (options.method == "POST") return fnQNStack_Http_Open_Post(url, body.data(), length, type);
+  if (options.method == "PUT") return fnQNStack_Http_Open_Put(url, body.data(), length, type);
+  return fnQNStack_Http_Open_Get(url);
+}
+
+bool IsPort(int32_t port) { return port >= 1 && port <= 65535; }
+
+// True if the last line taken off the answer was empty: the header came to its end.
+bool TookEmptyLine(const QNMemBuffer &buffer) {
+  const std::string_view taken(buffer.data, buffer.cursor);
+  return taken == "\r\n" || taken.ends_with("\r\n\r\n");
+}
+
+std::string TypeText(const QNHttpCtx &ctx) {
+  std::string type = ctx.retCtxType == nullptr ? "" : ctx.retCtxType;
+  if (type.ends_with(';')) type.pop_back();
+  return type.empty() ? "unknown" : type;
+}
+
+const char *EncodingText(const QNHttpCtx &ctx) {
+  if (ctx.retEncoding == 0) return "none";
+  return ctx.retEncoding < 0 ? "gzip" : "other";
+}
+
+}  // namespace
+
+Stack::Stack(const Options &options) {
+  if (fnQNStack_Http_InitStack() != 0) throw Failure(kNotConnected, "no sockets to be had");
+  if (options.proxy) fnQNStack_Http_SetProxy(options.proxy->host.c_str(), options.proxy->port);
+  for (const auto &[name, value] : options.headers) {
+    fnQNStack_Http_Head_Write(name.c_str(), value.c_str());
+  }
+}
+
+Stack::~Stack() {
+  fnQNStack_Http_CloseStack();
+  fnQNStack_Http_SetProxy(nullptr, 0);
+}
+
+Transfer::Transfer(const Options &options, const std::string &body)
+    : options_(options),
+      hop_(options.proxy),
+      ctx_(OpenContext(options, body)),
+      url_(options.url),
+      chunk_(kChunk) {
+  if (ctx_ == nullptr) throw Failure(kNotConnected, "out of memory");
+  if (!IsPort(ctx_->port)) throw Failure(kUsage, std::string("URL: ") + kBadPort);
+  ctx_->retCtxLen = kUnknown;
+  SetLastWords(hop_.Doing(*ctx_));
+}
+
+int Transfer::Run(Output &output, Progress &progress) {
+  if (options_.raw) {
+    ReadRaw(output, progress);
+    return 0;
+  }
+  ReadHead();
+  if (options_.info) PrintInfo();
+  if (options_.method != "HEAD") ReadBody(output, progress);
+  return ctx_->retValue;
+}
+
+// Asks for no body bytes yet, so that nothing of a header can get lost among them.
+void Transfer::ReadHead() {
+  do {
+    while (ctx_->headParsed == 0) {
+      StepTo(fnQNStack_Http_ReadRecvContext(ctx_.get(), chunk_.data(), 0));
+    }
+  } while (StepOverInterimAnswer());
+  CheckHead();
+}
+
+void Transfer::StepTo(int32_t result) {
+  CheckTime();
+  if (ctx_->retValue != 0) status_came_ = true;
+  if (ctx_->redirectCount != redirects_) {
+    NoteRedirect();
+  } else if (result == -1) {
+    Fail();
+  }
+}
+
+void Transfer::NoteRedirect() {
+  redirects_ = ctx_->redirectCount;
+  url_ = ctx_->url == nullptr ? "" : ctx_->url;
+  if (redirects_ > kMostRedirects) {
+    throw Failure(kTooManyRedirects, "more than 10 redirects, the last to " + url_);
+  }
+  RefuseUnusableRedirect();
+  ctx_->retCtxLen = kUnknown;
+  ctx_->retValue = 0;
+  SetLastWords(hop_.Doing(*ctx_));
+}
+
+void Transfer::RefuseUnusableRedirect() const {
+  const std::string problem = IsPort(ctx_->port) ? ProblemOfUrl(url_) : kBadPort;
+  if (problem.empty()) return;
+  const bool nameless = ctx_->hostname == nullptr || *ctx_->hostname == '\0';
+  throw Failure(nameless ? kNotResolved : kNotConnected,
+                "redirected to a URL that cannot be followed: " + problem);
+}
+
+// "100 Continue" and its kin come before the answer that counts.
+bool Transfer::StepOverInterimAnswer() {
+  if (ctx_->retValue < 100 || ctx_->retValue >= 200) return false;
+  ctx_->headParsed = 0;
+  ctx_->retCtxLen = kUnknown;
+  ctx_->retValue = 0;
+  return true;
+}
+
+void Transfer::CheckHead() const {
+  if (ctx_->recvBuf->total == 0) FailReceiving("no answer from " + hop_.Address(*ctx_));
+  if (ctx_->retValue == 0) {
+    FailReceiving("no status line in the answer from " + hop_.Address(*ctx_));
+  }
+  if (ctx_->state == QN_HTTP_COMPLETE && !TookEmptyLine(*ctx_->recvBuf)) {
+    FailReceiving("the answer from " + hop_.Address(*ctx_) + " ends within its header");
+  }
+}
+
+void Transfer::PrintInfo() const {
+  const bool known = !options_.raw;
+  const std::string length = known && ctx_->retCtxLen >= 0 ? std::to_string(ctx_->retCtxLen) : "";
+  fprintf(stderr, "status: %s\n", known ? std::to_string(ctx_->retValue).c_str() : "unknown");
+  fprintf(stderr, "type: %s\n", known ? TypeText(*ctx_).c_str() : "unknown");
+  fprintf(stderr, "length: %s\n", length.empty() ? "unknown" : length.c_str());
+  fprintf(stderr, "encoding: %s\n", known ? EncodingText(*ctx_) : "unknown");
+  fprintf(stderr, "url: %s\n", url_.c_str());
+}
+
+void Transfer::ReadBody(Output &output, Progress &progress) {
+  const int64_t expected = ctx_->retValue == kNoContent ? kUnknown : ctx_->retCtxLen;
+  progress.Start(expected);
+  Deliver(fnQNStack_Http_ReadRecvContext, output, progress);
+  if (received_ < expected) {
+    FailReceiving("the answer from " + hop_.Address(*ctx_) + " ends after " +
+                  std::to_string(received_) + " of " + std::to_string(expected) + " bytes");
+  }
+}
+
+void Transfer::ReadRaw(Output &output, Progress &progress) {
+  progress.Start(kUnknown);
+  Deliver(fnQNStack_Http_ReadRecvData, output, progress);
+  if (received_ == 0) FailReceiving("no answer from " + hop_.Address(*ctx_));
+  if (options_.info) PrintInfo();
+}
+
+void Transfer::Deliver(ReadFunction read, Output &output, Progress &progress) {
+  const auto room = static_cast<int32_t>(chunk_.size());
+  for (;;) {
+    const int32_t count = read(ctx_.get(), chunk_.data(), room);
+    CheckTime();
+    if (count == 0) break;
+    if (count == -1) Fail();
+    if (count < 0) continue;
+    output.Write({chunk_.data(), static_cast<size_t>(count)});
+    received_ += count;
+    progress.Update(received_);
+  }
+  progress.Finish();
+}
+
+void Transfer::CheckTime() const { CheckDeadline(hop_.Doing(*ctx_)); }
+
+void Transfer::Fail() const { throw hop_.FailureOf(*ctx_, !status_came_ && received_ == 0); }
+
+void Transfer::FailReceiving(const std::string &message) const {
+  throw Failure(kNotReceived, message, !status_came_ && received_ == 0);
+}
+
+}  // namespace qnget

@@ -1,0 +1,146 @@
+// The command line of qnget: what it refuses, and what it says about itself.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "qnget_program.h"
+#include "support/process.h"
+#include "support/scratch_folder.h"
+
+namespace qntest {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct Refusal {
+  const char *name;
+  std::vector<std::string> arguments;
+  const char *message;
+};
+
+void PrintTo(const Refusal &refusal, std::ostream *out) { *out << refusal.name; }
+
+class QngetRefuses : public testing::TestWithParam<Refusal> {};
+
+// Nothing listens on the discard port, so a refusal that did not happen would
+// show as another exit code.
+const char *const kUrl = "http://127.0.0.1:9/";
+
+TEST_P(QngetRefuses, WithExitCode1AndAReason) {
+  const ProcessResult result = RunQnget(GetParam().arguments);
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.output, "");
+  EXPECT_THAT(result.error, StartsWith("qnget: "));
+  EXPECT_THAT(result.error, HasSubstr(GetParam().message));
+}
+
+const Refusal kRefusals[] = {
+    {"NoUrl", {}, "URL is required"},
+    {"TwoUrls", {kUrl, kUrl}, "not expected: http://127.0.0.1:9/"},
+    {"UnknownOption", {"--bogus", kUrl}, "--bogus"},
+    {"SecureUrl", {"https://127.0.0.1/"}, "qnget speaks plain HTTP"},
+    {"SecureUrlInCapitals", {"HTTPS://127.0.0.1/"}, "qnget speaks plain HTTP"},
+    {"UrlWithoutHost", {"http:///path"}, "names no server"},
+    {"EmptyUrl", {""}, "names no server"},
+    {"UrlWithLineEnd", {"http://127.0.0.1/\r\nX: y"}, "control characters"},
+    {"UrlThatWouldBeCut", {kUrl + std::string(2000, 'x')}, "longer than 2000 bytes"},
+    {"UrlWithPort0", {"http://127.0.0.1:0/"}, "port is not from 1 to 65535"},
+    {"UrlWithPort65536", {"http://127.0.0.1:65536/"}, "port is not from 1 to 65535"},
+    {"TunnelMethod", {"-X", "CONNECT", kUrl}, "CONNECT not in {GET,HEAD,POST,PUT}"},
+    {"MethodInSmallLetters", {"-X", "get", kUrl}, "get not in {GET,HEAD,POST,PUT}"},
+    {"ProxyWithoutPort", {"-p", "gateway", kUrl}, "not HOST:PORT"},
+    {"ProxyWithoutHost", {"-p", ":80", kUrl}, "not HOST:PORT"},
+    {"ProxyWithPort0", {"-p", "gateway:0", kUrl}, "not HOST:PORT"},
+    {"ProxyWithPort65536", {"-p", "gateway:65536", kUrl}, "not HOST:PORT"},
+    {"ProxyWithJunkBehindPort", {"-p", "gateway:80x", kUrl}, "not HOST:PORT"},
+    {"ProxyWithScheme", {"-p", "http://gateway:80", kUrl}, "not HOST:PORT"},
+    {"AgentWithLineFeed", {"--user-agent", "a\nX: y", kUrl}, "no line ends"},
+    {"AgentWithCarriageReturn", {"--user-agent", "a\rb", kUrl}, "no line ends"},
+    {"ProfileWithLineEnd", {"--profile", "a\r\nb", kUrl}, "no line ends"},
+    {"AcceptWithLineEnd", {"--accept", "a\r\nb", kUrl}, "no line ends"},
+    {"LanguageWithLineEnd", {"--accept-language", "a\r\nb", kUrl}, "no line ends"},
+    {"TypeWithLineEnd", {"--data", "/dev/null", "--content-type", "a\r\nb", kUrl}, "no line ends"},
+    {"TypeThatWouldBeCut",
+     {"--data", "/dev/null", "--content-type", std::string(2001, 'x'), kUrl},
+     "longer than 2000 bytes"},
+    {"TypeWithoutData", {"--content-type", "text/plain", kUrl}, "--content-type requires --data"},
+    {"DataWithGet", {"-X", "GET", "--data", "/dev/null", kUrl}, "--data goes with POST or PUT"},
+    {"DataWithHead", {"-X", "HEAD", "--data", "/dev/null", kUrl}, "--data goes with POST or PUT"},
+    {"DataThatIsMissing", {"--data", "/no/such/file", kUrl}, "could not read /no/such/file"},
+    {"DataThatIsAFolder", {"--data", "/", kUrl}, "could not read /: "},
+    {"NoTime", {"--timeout", "0", kUrl}, "--timeout"},
+    {"NegativeTime", {"--timeout", "-1", kUrl}, "--timeout"},
+    {"TimeThatIsNoNumber", {"--timeout", "nan", kUrl}, "--timeout"},
+    {"TimeWithUnit", {"--timeout", "2s", kUrl}, "--timeout"},
+    {"NegativeRetries", {"--retry", "-1", kUrl}, "--retry"},
+    {"TooManyRetries", {"--retry", "21", kUrl}, "--retry"},
+    {"HalfARetry", {"--retry", "1.5", kUrl}, "--retry"},
+    {"NegativeDelay", {"--retry-delay", "-1", kUrl}, "--retry-delay"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Qnget, QngetRefuses, testing::ValuesIn(kRefusals),
+                         [](const auto &test) { return std::string(test.param.name); });
+
+TEST(QngetUsage, RefusesABodyAbove2GB) {
+  const ScratchFolder folder;
+  const std::string file = folder.write("big", "");
+  ASSERT_EQ(truncate(file.c_str(), 2000000001), 0);
+
+  const ProcessResult result = RunQnget({"--data", file, kUrl});
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.error, Message("could not read " + file + ": above 2 GB"));
+}
+
+TEST(QngetUsage, LeavesTheOutputFileAloneWhenItRefuses) {
+  const ScratchFolder folder;
+  const std::string file = folder.write("kept", "old");
+
+  EXPECT_EQ(RunQnget({"--data", "/no/such/file", "-o", file, kUrl}).exit_code, 1);
+
+  EXPECT_EQ(folder.read("kept"), "old");
+}
+
+TEST(QngetVersion, IsTheLibrarysOnStandardOutput) {
+  const ProcessResult result = RunQnget({"--version"});
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.output, "qnget " QNGET_EXPECTED_VERSION "\n");
+  EXPECT_EQ(result.error, "");
+}
+
+TEST(QngetHelp, NamesEveryOption) {
+  const ProcessResult result = RunQnget({"--help"});
+
+  EXPECT_EQ(result.exit_code, 0);
+  for (const char *option :
+       {"-p,--proxy", "--user-agent", "--profile", "--accept ", "--accept-language", "-X,",
+        "--data", "--content-type", "-o,", "-i,", "--raw", "--trace", "--timeout", "--retry ",
+        "--retry-delay", "--version", "-h,--help"}) {
+    EXPECT_THAT(result.output, HasSubstr(option));
+  }
+}
+
+TEST(QngetHelp, NamesEveryExitCode) {
+  const std::string help = RunQnget({"--help"}).output;
+
+  for (const char *code :
+       {"\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ", "\n  5 ", "\n  6 ", "\n  22 "}) {
+    EXPECT_THAT(help, HasSubstr(code));
+  }
+}
+
+TEST(QngetHelp, SaysWhenItCannotBeWritten) {
+  const ProcessResult result =
+      RunQnget({"--help"}, {.output = Sink::kFile, .output_file = "/dev/full"});
+
+  EXPECT_EQ(result.exit_code, 6);
+  EXPECT_EQ(result.error, Message("could not write standard output"));
+}
+
+}  // namespace
+}  // namespace qntest

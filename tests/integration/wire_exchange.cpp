@@ -1,0 +1,114 @@
+#include "wire_exchange.h"
+
+#include <algorithm>
+#include <ostream>
+#include <utility>
+
+namespace qntest {
+namespace {
+
+// Addresses that no machine has; connecting to them is routed to a local port.
+constexpr char kNetwork[] = "192.0.2.";
+
+const char *OrNull(const std::string &text) { return text.empty() ? nullptr : text.c_str(); }
+
+}  // namespace
+
+std::ostream &operator<<(std::ostream &out, const CallRow &row) {
+  return out << "{result " << row.result << ", state " << row.state << ", tries " << row.tries
+             << ", redirects " << row.redirects << ", socket " << row.socket << '}';
+}
+
+std::ostream &operator<<(std::ostream &out, const ExchangeRow &row) { return out << row.topic; }
+
+std::string TopicOf(const testing::TestParamInfo<ExchangeRow> &info) { return info.param.topic; }
+
+std::string RequestText(const std::string &start, const std::string &host,
+                        const std::string &more) {
+  return start + " HTTP/1.0\r\nHost: " + host + "\r\n" + kHandsetHeaders + more + "\r\n";
+}
+
+std::string BodyHeaders(const std::string &type, std::size_t length) {
+  return "Content-Type: " + type + "\r\nContent-Length: " + std::to_string(length) + "\r\n";
+}
+
+std::string CookieHeaders(const std::string &cookie) {
+  return "Cookie: " + cookie + "\r\nCookie2: \"1\"\r\n";
+}
+
+Context Open(const Asked &asked) {
+  const auto length = static_cast<std::int32_t>(asked.body.size());
+  const char *type = OrNull(asked.type);
+  if (asked.method == "HEAD") return Context(fnQNStack_Http_Open_Head(asked.url.c_str()));
+  if (asked.method == "POST") {
+    return Context(fnQNStack_Http_Open_Post(asked.url.c_str(), asked.body.data(), length, type));
+  }
+  if (asked.method == "PUT") {
+    return Context(fnQNStack_Http_Open_Put(asked.url.c_str(), asked.body.data(), length, type));
+  }
+  return Context(fnQNStack_Http_Open_Get(asked.url.c_str()));
+}
+
+CallRow ReadOnce(const Context &ctx, std::string &delivered, std::int32_t capacity) {
+  std::string room(static_cast<std::size_t>(capacity), '\0');
+  const Outcome outcome = OutcomeOf(
+      ctx.get(), [&] { return fnQNStack_Http_ReadRecvContext(ctx.get(), room.data(), capacity); });
+  if (outcome.result > 0) delivered.append(room, 0, static_cast<std::size_t>(outcome.result));
+  return {outcome.result, outcome.state, outcome.tries, ctx->redirectCount, outcome.socket};
+}
+
+WireTest::WireTest() {
+  network_.AfterReceive([this] {
+    for (const auto &server : servers_) server->Signal();
+  });
+}
+
+ScriptedServer &WireTest::Serve(const std::string &host, std::uint16_t port,
+                                std::vector<ConnectionScript> scripts) {
+  AddHost(host);
+  servers_.push_back(std::make_unique<ScriptedServer>(std::move(scripts)));
+  network_.Route(AddressOf(host), port, servers_.back()->port());
+  return *servers_.back();
+}
+
+void WireTest::AddHost(const std::string &host) { network_.AddHost(host, {AddressOf(host)}); }
+
+void WireTest::Refuse(const std::string &host, std::uint16_t port) {
+  AddHost(host);
+  refusing_.push_back(std::make_unique<RefusingPort>());
+  network_.Route(AddressOf(host), port, refusing_.back()->port());
+}
+
+void WireTest::UseGateway() { fnQNStack_Http_SetProxy(kGateway, kGatewayPort); }
+
+std::string WireTest::AddressOf(const std::string &host) {
+  auto known = std::find(hosts_.begin(), hosts_.end(), host);
+  if (known == hosts_.end()) known = hosts_.insert(hosts_.end(), host);
+  return kNetwork + std::to_string(known - hosts_.begin() + 1);
+}
+
+void WireExchange::RunRow() {
+  const ExchangeRow &row = GetParam();
+  std::vector<ScriptedServer *> servers;
+  for (const Peer &peer : row.peers) servers.push_back(&Serve(peer.host, peer.port, peer.scripts));
+  if (row.asked.through_gateway) UseGateway();
+
+  Context ctx = Open(row.asked);
+  std::string delivered;
+  for (std::size_t i = 0; i < row.calls.size(); ++i) {
+    ASSERT_EQ(ReadOnce(ctx, delivered), row.calls[i]) << "call " << i + 1;
+  }
+  EXPECT_EQ(delivered, row.delivered);
+  EXPECT_EQ(ctx->retValue, row.status);
+  ctx.reset();
+
+  EXPECT_EQ(SlotTable::Taken().size(), 0u);
+  for (std::size_t i = 0; i < servers.size(); ++i) {
+    EXPECT_EQ(servers[i]->Finish(), "") << row.peers[i].host;
+    for (std::size_t j = 0; j < row.peers[i].requests.size(); ++j) {
+      EXPECT_EQ(servers[i]->Received(j), row.peers[i].requests[j]) << "connection " << j;
+    }
+  }
+}
+
+}  // namespace qntest

@@ -1,0 +1,130 @@
+// Exchanges of the HTTP client with scripted servers, as data: what is asked,
+// what each server does, which bytes it must have received, and what every
+// call gives.
+#ifndef QNSTACK_TESTS_INTEGRATION_WIRE_EXCHANGE_H
+#define QNSTACK_TESTS_INTEGRATION_WIRE_EXCHANGE_H
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "support/http_stack.h"
+#include "support/network_faults.h"
+#include "support/scripted_server.h"
+#include "support/slot_table.h"
+#include "support/watchdog.h"
+
+namespace qntest {
+
+// The gateway of exchanges that go through one.
+inline constexpr char kGateway[] = "gateway.test";
+inline constexpr std::uint16_t kGatewayPort = 3128;
+
+// What the application asks for.
+struct Asked {
+  std::string method;
+  std::string url;
+  std::string body = {};
+  std::string type = {};
+  bool through_gateway = false;
+};
+
+// A server, what each of its connections does and what it must have received.
+struct Peer {
+  std::string host;
+  std::uint16_t port;
+  std::vector<ConnectionScript> scripts;
+  std::vector<std::string> requests;
+};
+
+// What one read call gives and leaves behind.
+struct CallRow {
+  std::int32_t result;
+  std::int32_t state;
+  std::int32_t tries;
+  std::int32_t redirects;
+  std::int32_t socket;
+
+  bool operator==(const CallRow &) const = default;
+};
+
+// For the messages of failed assertions.
+std::ostream &operator<<(std::ostream &out, const CallRow &row);
+
+struct ExchangeRow {
+  std::string topic;
+  Asked asked;
+  std::vector<Peer> peers;
+  std::vector<CallRow> calls;
+  std::string delivered;
+  std::int32_t status;
+};
+
+std::ostream &operator<<(std::ostream &out, const ExchangeRow &row);
+
+// Names a row in a list of tests.
+std::string TopicOf(const testing::TestParamInfo<ExchangeRow> &info);
+
+// A request up to its body: the first line's start as in "GET /x", what the
+// Host line names, and the lines behind those of the handset.
+std::string RequestText(const std::string &start, const std::string &host,
+                        const std::string &more = {});
+
+// The lines that go with a body, and the line of a cookie.
+std::string BodyHeaders(const std::string &type, std::size_t length);
+std::string CookieHeaders(const std::string &cookie);
+
+// A context for what is asked, whose body must outlive the composing.
+Context Open(const Asked &asked);
+Context Open(Asked &&asked) = delete;
+
+inline Context OpenGet(const char *url) { return Context(fnQNStack_Http_Open_Get(url)); }
+
+// One read call with room for `capacity` bytes, which are appended to
+// `delivered`.
+CallRow ReadOnce(const Context &ctx, std::string &delivered, std::int32_t capacity = 4096);
+
+// A started client in a network of its own, where names lead to scripted
+// servers. Each receive of the client is a signal to all of them.
+class WireTest : public testing::Test {
+ protected:
+  WireTest();
+
+  // A server under that name and port, which need not be the real one.
+  ScriptedServer &Serve(const std::string &host, std::uint16_t port,
+                        std::vector<ConnectionScript> scripts);
+
+  // Makes the name known; its address leads nowhere until it serves.
+  void AddHost(const std::string &host);
+
+  // Lets the name and port lead to where nothing listens.
+  void Refuse(const std::string &host, std::uint16_t port);
+
+  static void UseGateway();
+
+  Watchdog watchdog_;
+  HttpStack stack_;
+  SlotTable table_;
+  NetworkFaults network_;
+
+ private:
+  std::string AddressOf(const std::string &host);
+
+  std::vector<std::string> hosts_;
+  std::vector<std::unique_ptr<ScriptedServer>> servers_;
+  std::vector<std::unique_ptr<RefusingPort>> refusing_;
+};
+
+// Runs one row.
+class WireExchange : public WireTest, public testing::WithParamInterface<ExchangeRow> {
+ protected:
+  void RunRow();
+};
+
+}  // namespace qntest
+
+#endif

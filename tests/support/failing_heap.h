@@ -1,0 +1,52 @@
+// Makes the heap refuse chosen allocations, so that tests can fail every
+// allocation of a call in turn. Works on the calls to malloc, calloc, realloc
+// and strdup that the objects of the test program make themselves (the linker
+// sends them here); what shared libraries allocate, operator new among it, is
+// neither counted nor refused.
+#ifndef QNSTACK_TESTS_SUPPORT_FAILING_HEAP_H
+#define QNSTACK_TESTS_SUPPORT_FAILING_HEAP_H
+
+#include <cstddef>
+
+namespace qntest {
+
+// While an object of this class lives the heap is armed; keep its scope to the
+// call under test. One at a time; its counters belong to one thread.
+//
+//   QNListNode *node = nullptr;
+//   {
+//     FailingHeap heap(1);
+//     node = fnQNList_AddTail(&list, &element);
+//   }
+//   EXPECT_EQ(node, nullptr);
+class FailingHeap {
+ public:
+  enum class Reach {
+    kOne,   // that allocation alone is refused
+    kRest,  // that one and all after it are
+  };
+
+  // The first_refused-th allocation from now on (counted from 1) gives NULL
+  // with errno ENOMEM. With kCountOnly nothing is refused.
+  static constexpr int kCountOnly = 0;
+  explicit FailingHeap(int first_refused, Reach reach = Reach::kOne);
+  ~FailingHeap();
+  FailingHeap(const FailingHeap &) = delete;
+  FailingHeap &operator=(const FailingHeap &) = delete;
+
+  // Allocations asked for since this object was made, refused ones included.
+  int Allocations() const;
+
+  // How many of them were refused.
+  int Refusals() const;
+
+  // The sum of the bytes they asked for.
+  size_t BytesAsked() const;
+
+  // Blocks given back through free() since this object was made.
+  int Frees() const;
+};
+
+}  // namespace qntest
+
+#endif

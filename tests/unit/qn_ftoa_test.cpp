@@ -1,0 +1,171 @@
+// Guards fixed-point text: cut and never rounded, four digits and twelve
+// characters at most, the fraction carried without rounding and scaled by ten
+// in every radix.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "qnstack/qn_itoa.h"
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
+
+std::string Ftoa(double value, int32_t radix) {
+  char buf[64];
+  return fnQNRTL_ftoa(value, buf, radix);
+}
+
+struct Case {
+  double value;
+  const char *text;
+};
+
+void ExpectTexts(const std::vector<Case> &cases, int32_t radix) {
+  for (const Case &each : cases) EXPECT_EQ(Ftoa(each.value, radix), each.text) << each.value;
+}
+
+TEST(QnFtoa, WritesOneZeroBehindAnIntegralValue) {
+  ExpectTexts({{3.0, "3.0"},
+               {0.0, "0.0"},
+               {-0.0, "0.0"},
+               {-7.0, "-7.0"},
+               {1234567890.0, "1234567890.0"},
+               {2147483647.0, "2147483647.0"},
+               {-2147483648.0, "-2147483648.0"}},
+              10);
+}
+
+TEST(QnFtoa, CutsAfterFourDigits) {
+  ExpectTexts({{3.14159, "3.1415"},
+               {0.99999, "0.9999"},
+               {2.5, "2.5"},
+               {-2.5, "-2.5"},
+               {1.0625, "1.0625"},
+               {1.03125, "1.0312"},
+               {-1.03125, "-1.0312"},
+               {0.00001, "0.0000"}},
+              10);
+}
+
+// Each of these tells a fraction carried exactly from one that is rounded on
+// the way: 0.1 lies a little above a tenth, 0.3 and 0.7 a little below, and
+// their products with ten round to whole numbers.
+TEST(QnFtoa, CarriesTheFractionWithoutRounding) {
+  ExpectTexts({{0.1, "0.1000"}, {0.2, "0.2000"}, {0.3, "0.3"}, {0.6, "0.6"}, {0.7, "0.7"}}, 10);
+}
+
+TEST(QnFtoa, GivesAValueBetweenMinusOneAndZeroNoSignAndNoDigits) {
+  ExpectTexts({{-0.25, "0."}, {-0.999, "0."}, {-1e-300, "0."}}, 10);
+}
+
+// The text of a number of sixteenths: exact in binary and in four digits.
+std::string ExpectedSixteenths(int whole, int sixteenths) {
+  std::string digits = std::to_string(10000 + sixteenths * 625).substr(1);
+  while (digits.size() > 1 && digits.back() == '0') digits.pop_back();
+  return std::to_string(whole) + "." + digits;
+}
+
+TEST(QnFtoa, WritesSixteenthsExactly) {
+  for (const int whole : {0, 1, 2, 9, 10, 99, 1234, 99999, 123456}) {
+    for (int sixteenths = 0; sixteenths < 16; ++sixteenths) {
+      const std::string expected = ExpectedSixteenths(whole, sixteenths);
+      const double value = whole + sixteenths / 16.0;
+      EXPECT_EQ(Ftoa(value, 10), expected);
+      if (whole > 0) {
+        EXPECT_EQ(Ftoa(-value, 10), "-" + expected);
+      }
+    }
+  }
+}
+
+TEST(QnFtoa, KeepsToTwelveCharactersAtEveryLengthOfTheWholePart) {
+  ExpectTexts({{1.0625, "1.0625"},
+               {12.0625, "12.0625"},
+               {123.0625, "123.0625"},
+               {1234.0625, "1234.0625"},
+               {12345.0625, "12345.0625"},
+               {123456.0625, "123456.0625"},
+               {1234567.0625, "1234567.0625"},
+               {12345678.0625, "12345678.062"},
+               {123456789.0625, "123456789.06"},
+               {1234567890.0625, "1234567890.0"},
+               {1234567890.9375, "1234567890.9"},
+               {-1234567.0625, "-1234567.062"},
+               {-12345678.0625, "-12345678.06"},
+               {-123456789.0625, "-123456789.0"},
+               {-1234567890.0625, "-1234567890."},
+               {12345678.125, "12345678.125"},
+               {123456789.25, "123456789.25"},
+               {-2147483647.5, "-2147483647."}},
+              10);
+}
+
+TEST(QnFtoa, CutsBeyondTheRangeOfTheWholePart) {
+  ExpectTexts({{-2147483648.5, "-2147483648."},
+               {-2147483649.0, "-2147483648."},
+               {-1e300, "-2147483648."},
+               {-kInfinity, "-2147483648."},
+               {kNotANumber, "-2147483648."},
+               {2147483647.5, "2147483647.5"}},
+              10);
+}
+
+TEST(QnFtoa, SaturatesAndWritesOneCharacterForAnEndlessFraction) {
+  for (const double value : {4294967296.0, 1e300, kInfinity}) {
+    const std::string text = Ftoa(value, 10);
+
+    EXPECT_EQ(text.substr(0, 11), "2147483647.") << value;
+    EXPECT_EQ(text.size(), 12U) << value;
+  }
+}
+
+TEST(QnFtoa, TakesOnlyTheDigitsThatRemainBesideALongWholePart) {
+  EXPECT_EQ(Ftoa(1024.5, 2), "10000000000.");
+  EXPECT_EQ(Ftoa(1023.5, 2), "1111111111.1");
+  EXPECT_EQ(Ftoa(1024.0, 2), "10000000000.0");
+  EXPECT_EQ(Ftoa(-1.5, 2), std::string(32, '1') + ".");
+  EXPECT_EQ(Ftoa(kInfinity, 2), std::string(31, '1') + ".");
+  EXPECT_EQ(Ftoa(kNotANumber, 16), "80000000.");
+}
+
+TEST(QnFtoa, ReadsANegativeWholePartAsUnsignedOutsideRadixTen) {
+  ExpectTexts({{-2.0, "fffffffe.0"}, {-2.5, "fffffffe.8"}, {-0.5, "0."}}, 16);
+}
+
+// Worked by hand: the digit is fraction times radix, the next fraction is
+// fraction times ten less the digit.
+TEST(QnFtoa, ScalesTheFractionByTenInEveryRadix) {
+  EXPECT_EQ(Ftoa(0.5, 8), "0.48gw");     // .5 4, 1 8, 2 16, 4 32
+  EXPECT_EQ(Ftoa(0.5, 2), "0.18\x97W");  // .5 1, 4 8, 32 64, 256 512
+  EXPECT_EQ(Ftoa(0.5, 16), "0.8");       // .5 8, below 0
+  EXPECT_EQ(Ftoa(31.75, 16), "1f.c");    // .75 12, below 0
+  EXPECT_EQ(Ftoa(0.25, 8), "0.248g");    // .25 2, .5 4, 1 8, 2 16
+  EXPECT_EQ(Ftoa(0.75, 36), "0.r");      // .75 27, below 0
+}
+
+TEST(QnFtoa, ReturnsTheBufferAndNeedsThirteenBytesInRadixTen) {
+  for (const double value : {12345678.125, -2147483648.5, 1e300}) {
+    std::vector<char> buf(13, '#');
+
+    EXPECT_EQ(fnQNRTL_ftoa(value, buf.data(), 10), buf.data());
+
+    EXPECT_EQ(std::strlen(buf.data()), 12U);
+  }
+}
+
+TEST(QnFtoa, NeedsThirtyEightBytesInAnyRadix) {
+  for (int32_t radix = 2; radix <= 36; ++radix) {
+    for (const double value : {0.1, -1.5, 1024.7, 1e300, -1e300, kInfinity, -kInfinity, 0.999}) {
+      std::vector<char> buf(38, '#');
+      EXPECT_LT(std::strlen(fnQNRTL_ftoa(value, buf.data(), radix)), 38U) << value;
+    }
+  }
+}
+
+}  // namespace

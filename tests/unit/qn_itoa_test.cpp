@@ -1,0 +1,159 @@
+// Guards integers to text: every radix, signs in radix 10 alone, and no byte
+// written past the terminator.
+#include "qnstack/qn_itoa.h"
+
+#include <gtest/gtest.h>
+
+#include <charconv>
+#include <climits>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "qn_itoa_internal.h"
+
+namespace {
+
+std::string Xtoa(uint32_t value, uint32_t radix, int negative) {
+  char buf[64];
+  return qn::xtoa(value, buf, radix, negative);
+}
+
+std::string Itoa(int32_t value, int32_t radix) {
+  char buf[64];
+  return fnQNRTL_itoa(value, buf, radix);
+}
+
+// What the standard library writes: lower-case digits, signed or unsigned.
+template <typename Number>
+std::string Expected(Number value, int radix) {
+  char buf[64];
+  return {buf, std::to_chars(buf, buf + sizeof buf, value, radix).ptr};
+}
+
+const std::vector<int32_t> &TellingValues() {
+  static const std::vector<int32_t> values = {
+      0,  1,   2,   7,    9,      10,         11,          35,          36,      37,
+      99, 100, 255, 256,  65535,  65536,      123456789,   INT_MAX - 1, INT_MAX, -1,
+      -2, -9,  -10, -255, -65536, -123456789, INT_MIN + 1, INT_MIN};
+  return values;
+}
+
+TEST(QnItoa, WritesKnownTexts) {
+  struct {
+    int32_t value;
+    int32_t radix;
+    const char *text;
+  } const cases[] = {{0, 10, "0"},
+                     {-255, 10, "-255"},
+                     {-1, 16, "ffffffff"},
+                     {255, 2, "11111111"},
+                     {INT_MIN, 10, "-2147483648"},
+                     {INT_MAX, 10, "2147483647"},
+                     {INT_MIN, 16, "80000000"},
+                     {-1, 2, "11111111111111111111111111111111"},
+                     {-1, 8, "37777777777"},
+                     {35, 36, "z"},
+                     {0, 2, "0"},
+                     {INT_MIN, 2, "10000000000000000000000000000000"}};
+  for (const auto &each : cases) {
+    EXPECT_EQ(Itoa(each.value, each.radix), each.text) << each.value << " / " << each.radix;
+  }
+}
+
+TEST(QnItoa, IsSignedInRadixTen) {
+  for (const int32_t value : TellingValues()) EXPECT_EQ(Itoa(value, 10), Expected(value, 10));
+}
+
+TEST(QnItoa, IsUnsignedInEveryOtherRadix) {
+  for (int32_t radix = 2; radix <= 36; ++radix) {
+    if (radix == 10) continue;
+    for (const int32_t value : TellingValues()) {
+      EXPECT_EQ(Itoa(value, radix), Expected(static_cast<uint32_t>(value), radix))
+          << value << " / " << radix;
+    }
+  }
+}
+
+TEST(QnItoa, ReturnsTheBuffer) {
+  char buf[40];
+
+  EXPECT_EQ(fnQNRTL_itoa(-5, buf, 10), buf);
+  EXPECT_EQ(fnQNRTL_itoa(-5, buf, 16), buf);
+}
+
+TEST(QnItoa, WritesNothingPastTheTerminator) {
+  for (const int32_t radix : {2, 10, 36}) {
+    for (const int32_t value : TellingValues()) {
+      char buf[40];
+      std::memset(buf, '#', sizeof buf);
+
+      fnQNRTL_itoa(value, buf, radix);
+
+      const size_t end = std::strlen(buf) + 1;
+      ASSERT_LT(end, sizeof buf);
+      EXPECT_EQ(std::string(buf + end, sizeof buf - end), std::string(sizeof buf - end, '#'))
+          << value << " / " << radix;
+    }
+  }
+}
+
+TEST(QnItoa, NeedsThirtyThreeBytesInRadixTwoAndTwelveInTen) {
+  std::vector<char> binary(33, '#');
+  std::vector<char> decimal(12, '#');
+
+  EXPECT_EQ(std::strlen(fnQNRTL_itoa(-1, binary.data(), 2)), 32U);
+  EXPECT_EQ(std::strlen(fnQNRTL_itoa(INT_MIN, decimal.data(), 10)), 11U);
+}
+
+TEST(QnItoa, WritesAnEmptyStringBelowRadixTwo) {
+  for (const int32_t radix : {1, 0, -1, -10, INT_MIN}) {
+    EXPECT_EQ(Itoa(5, radix), "") << radix;
+    EXPECT_EQ(Itoa(-5, radix), "") << radix;
+  }
+}
+
+TEST(QnXtoa, WritesDigitsOfEveryRadix) {
+  for (uint32_t radix = 2; radix <= 36; ++radix) {
+    for (const int32_t number : TellingValues()) {
+      const auto value = static_cast<uint32_t>(number);
+      EXPECT_EQ(Xtoa(value, radix, 0), Expected(value, static_cast<int>(radix)))
+          << value << " / " << radix;
+    }
+  }
+}
+
+TEST(QnXtoa, WritesTheNegationBehindASign) {
+  struct {
+    uint32_t value;
+    uint32_t radix;
+    int negative;
+    const char *text;
+  } const cases[] = {{0xFFFFFF01, 16, 1, "-ff"},         {0xFFFFFFFF, 10, 1, "-1"},
+                     {0x80000000, 10, 1, "-2147483648"}, {5, 10, 1, "-4294967291"},
+                     {0xFFFFFFFE, 2, -7, "-10"},         {0, 10, 1, "-0"},
+                     {0xFFFFFFFF, 10, 0, "4294967295"}};
+  for (const auto &each : cases) {
+    EXPECT_EQ(Xtoa(each.value, each.radix, each.negative), each.text)
+        << each.value << " / " << each.radix;
+  }
+}
+
+TEST(QnXtoa, RunsOnPastTheLettersAboveRadixThirtySix) {
+  EXPECT_EQ(Xtoa(36, 40, 0), "{");
+  EXPECT_EQ(Xtoa(39, 40, 0), "~");
+  EXPECT_EQ(Xtoa(40 + 35, 40, 0), "1z");
+}
+
+TEST(QnXtoa, WritesAnEmptyStringBelowRadixTwo) {
+  EXPECT_EQ(Xtoa(5, 0, 0), "");
+  EXPECT_EQ(Xtoa(5, 1, 1), "");
+}
+
+TEST(QnXtoa, ReturnsTheBuffer) {
+  char buf[40];
+
+  EXPECT_EQ(qn::xtoa(7, buf, 10, 0), buf);
+}
+
+}  // namespace

@@ -1,0 +1,111 @@
+// Guards the free of a list, which frees its front alone and leaves the rest of
+// the record as it was: its oddity is what callers know.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <vector>
+
+#include "qnstack/qn_list.h"
+#include "qnstack/qn_share_mem.h"
+#include "support/failing_heap.h"
+
+namespace {
+
+using qntest::FailingHeap;
+
+void ReleaseNothing(void * /*address*/) { ADD_FAILURE() << "an element was released"; }
+
+// A list of three texts from the heap.
+class QnListFree : public ::testing::Test {
+ protected:
+  QnListFree() {
+    for (const char *text : {"one", "two", "three"}) {
+      nodes_.push_back(fnQNList_AddTail(&list_, fnQN_MEMSTRCOPY(text)));
+    }
+  }
+
+  // What the call under test leaves: every node but the first.
+  ~QnListFree() override {
+    for (size_t i = 1; i < nodes_.size(); ++i) {
+      fnQN_Free(&nodes_[i]->data);
+      fnQN_Free(&nodes_[i]);
+    }
+  }
+
+  QNList list_ = {};
+  std::vector<QNListNode *> nodes_;
+};
+
+TEST_F(QnListFree, FreesTheFirstElementAndItsNodeAlone) {
+  {
+    FailingHeap heap(FailingHeap::kCountOnly);
+    fnQNList_Free(&list_);
+    EXPECT_EQ(heap.Frees(), 2);
+  }
+
+  EXPECT_STREQ(static_cast<char *>(nodes_[1]->data), "two");
+  EXPECT_STREQ(static_cast<char *>(nodes_[2]->data), "three");
+}
+
+TEST_F(QnListFree, LeavesTailAndCountAsTheyWere) {
+  fnQNList_Free(&list_);
+
+  EXPECT_EQ(list_.head, nullptr);
+  EXPECT_EQ(list_.tail, nodes_[2]);
+  EXPECT_EQ(list_.count, 3);
+}
+
+TEST_F(QnListFree, FreesANodeLinkedBeforeTheHead) {
+  list_.head->prev =
+      static_cast<QNListNode *>(fnQN_Malloc_Local(sizeof(QNListNode), __FILE__, __LINE__));
+  FailingHeap heap(FailingHeap::kCountOnly);
+
+  fnQNList_Free(&list_);
+
+  EXPECT_EQ(heap.Frees(), 3);
+}
+
+TEST_F(QnListFree, DoesNothingForAnEmptyOrNullList) {
+  QNList empty = {};
+  FailingHeap heap(FailingHeap::kCountOnly);
+
+  fnQNList_Free(&empty);
+  fnQNList_Free(nullptr);
+
+  EXPECT_EQ(heap.Frees(), 0);
+  fnQNList_Free(&list_);
+  EXPECT_EQ(heap.Frees(), 2);
+}
+
+TEST_F(QnListFree, LeavesAListInWhichNoIndexIsFound) {
+  fnQNList_Free(&list_);
+
+  for (const int32_t index : {-1, 0, 1, 2}) {
+    EXPECT_EQ(fnQNList_Find_ByNum(&list_, index), nullptr) << index;
+    EXPECT_EQ(fnQNList_Delete_ByNum(&list_, index, ReleaseNothing), 0) << index;
+  }
+
+  EXPECT_EQ(list_.count, 3);
+}
+
+TEST_F(QnListFree, LeavesAListThatHasNothingToRemove) {
+  fnQNList_Free(&list_);
+
+  EXPECT_EQ(fnQNList_IsEmpty(&list_), 1);
+  EXPECT_EQ(fnQNList_RemoveFront(&list_), nullptr);
+  EXPECT_EQ(fnQNList_RemoveTail(&list_), nullptr);
+
+  EXPECT_EQ(list_.count, 3);
+}
+
+TEST_F(QnListFree, DoesNothingASecondTime) {
+  fnQNList_Free(&list_);
+  FailingHeap heap(FailingHeap::kCountOnly);
+
+  fnQNList_Free(&list_);
+
+  EXPECT_EQ(heap.Frees(), 0);
+  EXPECT_EQ(list_.count, 3);
+}
+
+}  // namespace

@@ -1,0 +1,137 @@
+// Guards the searches among the string primitives: results point into the
+// caller's own text, and the search without case needs nothing but two copies.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "qnstack/qn_share_string.h"
+#include "support/failing_heap.h"
+#include "support/words.h"
+
+namespace {
+
+using qntest::FailingHeap;
+
+TEST(QnStrstr, FindsTheFirstMatchMindingCase) {
+  const char *text = "one two Two two";
+
+  EXPECT_EQ(fnQN_STRSTR(text, "two"), text + 4);
+  EXPECT_EQ(fnQN_STRSTR(text, "Two"), text + 8);
+  EXPECT_EQ(fnQN_STRSTR(text, ""), text);
+  EXPECT_EQ(fnQN_STRSTR(text, "three"), nullptr);
+}
+
+TEST(QnStrstr, FindsNothingForNull) {
+  EXPECT_EQ(fnQN_STRSTR(nullptr, "a"), nullptr);
+  EXPECT_EQ(fnQN_STRSTR("abc", nullptr), nullptr);
+  EXPECT_EQ(fnQN_STRSTR(nullptr, nullptr), nullptr);
+}
+
+TEST(QnStrchr, FindsTheFirstOccurrence) {
+  const char *text = "a/b/c";
+
+  EXPECT_EQ(fnQN_STRCHR(text, '/'), text + 1);
+  EXPECT_EQ(fnQN_STRCHR(text, '\0'), text + 5);
+  EXPECT_EQ(fnQN_STRCHR(text, 'x'), nullptr);
+  EXPECT_EQ(fnQN_STRCHR(nullptr, '/'), nullptr);
+}
+
+TEST(QnStrrchr, FindsTheLastOccurrence) {
+  const char *text = "a/b/c";
+
+  EXPECT_EQ(fnQN_STRRCHR(text, '/'), text + 3);
+  EXPECT_EQ(fnQN_STRRCHR(text, '\0'), text + 5);
+  EXPECT_EQ(fnQN_STRRCHR(text, 'x'), nullptr);
+  EXPECT_EQ(fnQN_STRRCHR(nullptr, '/'), nullptr);
+}
+
+TEST(QnStristr, ReturnsTheFirstArgumentItselfForAMatchAtItsStart) {
+  const char *line = "Content-Type: X";
+
+  EXPECT_EQ(fnQN_STRISTR(line, "content-type"), line);
+}
+
+TEST(QnStristr, PointsIntoTheTextThatWasSearched) {
+  const char *text = "xx CoNnEcT yy connect";
+
+  EXPECT_EQ(fnQN_STRISTR(text, "cOnNeCt"), text + 3);
+  EXPECT_EQ(fnQN_STRISTR(text, ""), text);
+  EXPECT_EQ(fnQN_STRISTR(text, "connects"), nullptr);
+}
+
+TEST(QnStristr, FindsAnEmptyNeedleInAnEmptyText) {
+  const char *empty = "";
+
+  EXPECT_EQ(fnQN_STRISTR(empty, ""), empty);
+  EXPECT_EQ(fnQN_STRISTR(empty, "a"), nullptr);
+}
+
+TEST(QnStristr, FoldsAsciiLettersAlone) {
+  EXPECT_EQ(fnQN_STRISTR("\xC4", "\xE4"), nullptr);
+  EXPECT_EQ(fnQN_STRISTR("@[", "`{"), nullptr);
+}
+
+TEST(QnStristr, ChangesNeitherArgument) {
+  char text[] = "ABC";
+  char needle[] = "Bc";
+
+  fnQN_STRISTR(text, needle);
+
+  EXPECT_STREQ(text, "ABC");
+  EXPECT_STREQ(needle, "Bc");
+}
+
+TEST(QnStristr, FindsNothingForNull) {
+  EXPECT_EQ(fnQN_STRISTR(nullptr, "a"), nullptr);
+  EXPECT_EQ(fnQN_STRISTR("abc", nullptr), nullptr);
+  EXPECT_EQ(fnQN_STRISTR(nullptr, nullptr), nullptr);
+}
+
+char LowerOf(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
+}
+
+// The first offset at which all letters of the needle match, or npos.
+size_t ExpectedOffset(const std::string &text, const std::string &needle) {
+  for (size_t start = 0; start + needle.size() <= text.size(); ++start) {
+    size_t matched = 0;
+    while (matched < needle.size() && LowerOf(text[start + matched]) == LowerOf(needle[matched])) {
+      ++matched;
+    }
+    if (matched == needle.size()) return start;
+  }
+  return std::string::npos;
+}
+
+TEST(QnStristr, AgreesWithThePlainSearchOnAllShortWords) {
+  const std::vector<std::string> texts = qntest::WordsOver("aAb", 5);
+  const std::vector<std::string> needles = qntest::WordsOver("aAb", 3);
+  for (const std::string &text : texts) {
+    for (const std::string &needle : needles) {
+      const char *match = fnQN_STRISTR(text.c_str(), needle.c_str());
+      const size_t offset =
+          match == nullptr ? std::string::npos : static_cast<size_t>(match - text.c_str());
+      ASSERT_EQ(offset, ExpectedOffset(text, needle)) << text << " / " << needle;
+    }
+  }
+}
+
+TEST(QnStristr, GivesBackBothCopies) {
+  FailingHeap heap(FailingHeap::kCountOnly);
+
+  fnQN_STRISTR("text", "ex");
+
+  EXPECT_EQ(heap.Allocations(), 2);
+  EXPECT_EQ(heap.BytesAsked(), sizeof "text" + sizeof "ex");
+  EXPECT_EQ(heap.Frees(), 2);
+}
+
+TEST(QnStristr, GivesNullWhenTheHeapRefusesEitherCopy) {
+  for (const int refused : {1, 2}) {
+    FailingHeap heap(refused);
+    EXPECT_EQ(fnQN_STRISTR("text", "text"), nullptr) << refused;
+  }
+}
+
+}  // namespace

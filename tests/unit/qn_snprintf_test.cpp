@@ -1,0 +1,163 @@
+// Guards bounded formatting: the text is always terminated inside its area,
+// and text that does not fit is told by the area's size as the result.
+#include "qnstack/qn_snprintf.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdarg>
+#include <cstring>
+#include <string>
+
+namespace {
+
+// What a call returned and the whole area after it, of which only the first
+// `len` bytes were the call's to write.
+struct Formatted {
+  int32_t result;
+  std::string area;
+};
+
+constexpr size_t kAreaSize = 16;
+
+Formatted FormatText(uint32_t len, const char *text) {
+  std::array<char, kAreaSize> area;
+  area.fill('#');
+  const int32_t result = fnQNRTL_snprintf(area.data(), len, "%s", text);
+  return {result, std::string(area.data(), area.size())};
+}
+
+// An area that starts with the text and its terminator, the rest untouched.
+std::string AreaWith(const std::string &text) {
+  std::string area = text + '\0';
+  area.resize(kAreaSize, '#');
+  return area;
+}
+
+TEST(QnSnprintf, CountsTheCharactersOfATextThatFits) {
+  const Formatted formatted = FormatText(10, "abc");
+
+  EXPECT_EQ(formatted.result, 3);
+  EXPECT_EQ(formatted.area, AreaWith("abc"));
+}
+
+TEST(QnSnprintf, FillsItsAreaExactly) {
+  const Formatted formatted = FormatText(4, "abc");
+
+  EXPECT_EQ(formatted.result, 3);
+  EXPECT_EQ(formatted.area, AreaWith("abc"));
+}
+
+TEST(QnSnprintf, CutsATextThatIsOneTooLong) {
+  const Formatted formatted = FormatText(4, "abcd");
+
+  EXPECT_EQ(formatted.result, 4);
+  EXPECT_EQ(formatted.area, AreaWith("abc"));
+}
+
+TEST(QnSnprintf, TellsTheAreasSizeHoweverLongTheText) {
+  const Formatted formatted = FormatText(4, "abcdef, and much more behind it");
+
+  EXPECT_EQ(formatted.result, 4);
+  EXPECT_EQ(formatted.area, AreaWith("abc"));
+}
+
+TEST(QnSnprintf, StoresTheTerminatorAloneInAnAreaOfOne) {
+  const Formatted formatted = FormatText(1, "abc");
+
+  EXPECT_EQ(formatted.result, 1);
+  EXPECT_EQ(formatted.area, AreaWith(""));
+}
+
+TEST(QnSnprintf, FitsAnEmptyTextInAnAreaOfOne) {
+  const Formatted formatted = FormatText(1, "");
+
+  EXPECT_EQ(formatted.result, 0);
+  EXPECT_EQ(formatted.area, AreaWith(""));
+}
+
+TEST(QnSnprintf, WritesNothingIntoAnAreaOfNoneAndCountsInFull) {
+  const Formatted formatted = FormatText(0, "abcdef");
+
+  EXPECT_EQ(formatted.result, 6);
+  EXPECT_EQ(formatted.area, std::string(kAreaSize, '#'));
+}
+
+TEST(QnSnprintf, TakesNullForAnAreaOfNone) {
+  EXPECT_EQ(fnQNRTL_snprintf(nullptr, 0, "%d-%s", 12345, "abc"), 9);
+}
+
+TEST(QnSnprintf, FormatsNumbersAndText) {
+  char buf[64];
+
+  EXPECT_EQ(fnQNRTL_snprintf(buf, 10, "%d", 42), 2);
+  EXPECT_STREQ(buf, "42");
+
+  EXPECT_EQ(fnQNRTL_snprintf(buf, sizeof buf, "%s:%u %05d %x %c%%", "host", 80U, -42, 255U, 'z'),
+            19);
+  EXPECT_STREQ(buf, "host:80 -0042 ff z%");
+}
+
+TEST(QnSnprintf, CutsInsideANumber) {
+  char buf[5];
+
+  EXPECT_EQ(fnQNRTL_snprintf(buf, sizeof buf, "n=%d", 123456), 5);
+
+  EXPECT_STREQ(buf, "n=12");
+}
+
+TEST(QnSnprintf, CountsAZeroByteInsideTheText) {
+  char buf[8];
+  std::memset(buf, '#', sizeof buf);
+
+  EXPECT_EQ(fnQNRTL_snprintf(buf, sizeof buf, "a%cb", 0), 3);
+
+  EXPECT_EQ(std::string(buf, 5), std::string("a\0b\0#", 5));
+}
+
+int32_t FormatList(char *buf, uint32_t len, const char *format, ...) QN_PRINTF_LIKE(3, 4);
+
+int32_t FormatList(char *buf, uint32_t len, const char *format, ...) {
+  va_list args;
+  va_start(args, format);
+  const int32_t result = fnQNRTL_vsnprintf(buf, len, format, args);
+  va_end(args);
+  return result;
+}
+
+TEST(QnVsnprintf, FormatsAListOfArguments) {
+  char buf[16];
+
+  EXPECT_EQ(FormatList(buf, sizeof buf, "%s=%d", "key", -7), 6);
+
+  EXPECT_STREQ(buf, "key=-7");
+}
+
+TEST(QnVsnprintf, TellsOverflowByTheAreasSize) {
+  char buf[4];
+
+  EXPECT_EQ(FormatList(buf, sizeof buf, "%s", "abcdef"), 4);
+
+  EXPECT_STREQ(buf, "abc");
+}
+
+TEST(QnVsnprintf, CountsInFullForAnAreaOfNone) {
+  char buf[] = "#";
+
+  EXPECT_EQ(FormatList(buf, 0, "%s", "abcdef"), 6);
+
+  EXPECT_STREQ(buf, "#");
+}
+
+TEST(QnVsnprintf, WritesTwoThousandCharactersInOneArea) {
+  const std::string text(2047, 'x');
+  std::string area(2048, '#');
+
+  EXPECT_EQ(FormatList(area.data(), 2048, "%s", text.c_str()), 2047);
+  EXPECT_EQ(area, text + '\0');
+
+  EXPECT_EQ(FormatList(area.data(), 2048, "%sy", text.c_str()), 2048);
+  EXPECT_EQ(area, text + '\0');
+}
+
+}  // namespace

@@ -1,0 +1,394 @@
+// Delivery of an answer's body: the result of every call, in every state a
+// context can be read in, and odd destinations and capacities.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "qnstack/qn_stack_http.h"
+#include "support/answer_context.h"
+#include "support/socket_layer_faults.h"
+
+namespace {
+
+using namespace std::string_literals;  // NOLINT(google-build-using-namespace)
+using qntest::AnswerContext;
+using qntest::Delivery;
+using qntest::kReceivePauseMark;
+using qntest::SocketLayerFaults;
+using qntest::TextOf;
+
+constexpr char kHeader[] = "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\n";
+
+// What the socket layer reports when nothing has arrived, or will.
+constexpr int32_t kWouldBlock = -2;
+constexpr int32_t kClosed = 0;
+
+// A body that keeps a receiving context from asking its peer for more.
+std::string LongBody() {
+  std::string body(kReceivePauseMark + 1000, '\0');
+  for (size_t i = 0; i < body.size(); ++i) {
+    body[i] = static_cast<char>('a' + i % 26);
+  }
+  return body;
+}
+
+// --- a complete answer ---
+
+TEST(QnStackHttpAnswerRead, DeliversTheBodyAndThenTheEnd) {
+  AnswerContext ctx;
+  ctx.Feed(kHeader + "abc"s);
+
+  const Delivery body = ctx.Read();
+  EXPECT_EQ(body.result, 3);
+  EXPECT_EQ(body.bytes, "abc");
+  EXPECT_EQ(ctx->retValue, 200);
+  EXPECT_EQ(TextOf(ctx->retCtxType), "text/plain");
+
+  EXPECT_EQ(ctx.Read().result, 0);
+  EXPECT_EQ(ctx.Read().result, 0);
+  EXPECT_EQ(ctx->state, QN_HTTP_COMPLETE);
+}
+
+TEST(QnStackHttpAnswerRead, DeliversInPiecesOfTheCapacity) {
+  AnswerContext ctx;
+  ctx.Feed(kHeader + "abcdefgh"s);
+  std::vector<std::string> pieces;
+  for (int call = 0; call < 4; ++call) {
+    pieces.push_back(ctx.Read(3).bytes);
+  }
+  EXPECT_EQ(pieces, (std::vector<std::string>{"abc", "def", "gh", ""}));
+}
+
+TEST(QnStackHttpAnswerRead, DeliversEveryByteValue) {
+  std::string body;
+  for (int byte = 0; byte < 256; ++byte) {
+    body += static_cast<char>(byte);
+  }
+  AnswerContext ctx;
+  ctx.Feed(kHeader + body);
+  const Delivery delivery = ctx.Read();
+  EXPECT_EQ(delivery.result, 256);
+  EXPECT_EQ(delivery.bytes, body);
+}
+
+TEST(QnStackHttpAnswerRead, LengthLineDoesNotBoundTheBody) {
+  AnswerContext ctx;
+  ctx.Feed("HTTP/1.0 200 OK\r\nContent-Length: 2\r\n\r\nabcdef");
+  EXPECT_EQ(ctx.Read().bytes, "abcdef");
+  EXPECT_EQ(ctx->retCtxLen, 2);
+}
+
+TEST(QnStackHttpAnswerRead, CompressedBodyIsDeliveredAsItCame) {
+  AnswerContext ctx;
+  ctx.Feed("HTTP/1.0 200 OK\r\nContent-Encoding: gzip\r\n\r\n\x1f\x8b\x08zip"s);
+  EXPECT_EQ(ctx.Read().bytes, "\x1f\x8b\x08zip");
+}
+
+TEST(QnStackHttpAnswerRead, AnswerBehindAnInterimOneIsBody) {
+  AnswerContext ctx;
+  ctx.Feed("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\nx");
+  EXPECT_EQ(ctx.Read().bytes, "HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\nx");
+  EXPECT_EQ(ctx->retValue, 100);
+  EXPECT_EQ(ctx->retCtxLen, 0);
+}
+
+TEST(QnStackHttpAnswerRead, HeaderCutOffByTheCloseLeavesItsLastLineAsBody) {
+  AnswerContext ctx;
+  ctx.Feed("HTTP/1.0 200 OK\r\nServer: s\r\nContent-Ty");
+  const Delivery rest = ctx.Read();
+  EXPECT_EQ(rest.result, 10);
+  EXPECT_EQ(rest.bytes, "Content-Ty");
+  EXPECT_EQ(ctx->headParsed, 1);
+  EXPECT_EQ(ctx.Read().result, 0);
+}
+
+TEST(QnStackHttpAnswerRead, AnswerWithoutAnyHeaderIsAllBody) {
+  AnswerContext ctx;
+  ctx.Feed("just text\nwithout a header");
+  EXPECT_EQ(ctx.Read().bytes, "just text\nwithout a header");
+  EXPECT_EQ(ctx->retValue, 0);
+}
+
+TEST(QnStackHttpAnswerRead, EmptyAnswerEndsAtOnce) {
+  AnswerContext ctx;
+  EXPECT_EQ(ctx.Read().result, 0);
+  EXPECT_EQ(ctx->headParsed, 1);
+}
+
+TEST(QnStackHttpAnswerRead, HeaderHiddenByAZeroByteIsBody) {
+  AnswerContext ctx;
+  ctx.Feed("HTTP/1.0 200 OK\r\nX: \0\r\n\r\nabc"s);
+  EXPECT_EQ(ctx.Read().bytes, "X: \0\r\n\r\nabc"s);
+  EXPECT_EQ(ctx->retValue, 200);
+}
+
+TEST(QnStackHttpAnswerRead, BytesTakenRawAreGoneForTheParser) {
+  AnswerContext ctx;
+  ctx.Feed("HTTP/1.0 200 OK\r\nContent-Length: 3\r\n\r\nabc");
+  std::array<char, 17> raw{};
+  ASSERT_EQ(fnQNStack_Http_ReadRecvData(ctx.get(), raw.data(), raw.size()), 17);
+
+  EXPECT_EQ(ctx.Read().bytes, "abc");
+  EXPECT_EQ(ctx->retValue, 0);
+  EXPECT_EQ(ctx->retCtxLen, 3);
+}
+
+TEST(QnStackHttpAnswerRead, CompleteContextIsNotRunAgain) {
+  AnswerContext other(QN_HTTP_COMPLETE);
+  gCtx = other.get();
+  AnswerContext ctx;
+  ctx->tryCount = 3001;
+  ctx.Feed(kHeader + "abc"s);
+
+  EXPECT_EQ(ctx.Read().result, 3);
+
+  EXPECT_EQ(ctx->state, QN_HTTP_COMPLETE);
+  EXPECT_EQ(ctx->tryCount, 3001);
+  EXPECT_EQ(gCtx, other.get());
+  gCtx = nullptr;
+}
+
+// --- an answer that is still coming ---
+
+TEST(QnStackHttpAnswerRead, UnfinishedHeaderAsksToCallAgain) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  ctx.Feed("HTTP/1.0 200 OK\r\nX-Long: " + LongBody());
+
+  const Delivery delivery = ctx.Read();
+
+  EXPECT_EQ(delivery.result, -2);
+  EXPECT_EQ(ctx->state, QN_HTTP_RECEIVING);
+  EXPECT_EQ(ctx->headParsed, 0);
+  EXPECT_EQ(ctx->retValue, 200);
+  EXPECT_EQ(ctx->tryCount, 1);
+  EXPECT_EQ(ctx.Unread(), "X-Long: " + LongBody());
+}
+
+TEST(QnStackHttpAnswerRead, EndlessHeaderLineIsGivenUpInTheEnd) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  ctx.Feed("X-Long: " + LongBody());
+  ctx->tryCount = 3000;
+
+  EXPECT_EQ(ctx.Read().result, -2);
+  EXPECT_EQ(ctx->tryCount, 3001);
+
+  EXPECT_EQ(ctx.Read().result, -1);
+  EXPECT_EQ(ctx->state, QN_HTTP_GIVEN_UP);
+}
+
+TEST(QnStackHttpAnswerRead, BodyIsDeliveredWhileMoreMayCome) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  const std::string body = LongBody();
+  ctx.Feed(kHeader + body);
+
+  const Delivery first = ctx.Read(1000);
+
+  EXPECT_EQ(first.result, 1000);
+  EXPECT_EQ(first.bytes, body.substr(0, 1000));
+  EXPECT_EQ(ctx->state, QN_HTTP_RECEIVING);
+  EXPECT_EQ(ctx.Unread(), body.substr(1000));
+}
+
+TEST(QnStackHttpAnswerRead, HeaderInSinglePiecesIsWaitedFor) {
+  const std::string header = "HTTP/1.0 200 OK\r\nContent-Length: 3\r\n\r\n";
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  SocketLayerFaults socket_layer;
+  for (size_t i = 0; i < header.size(); ++i) {
+    ctx.Feed(header.substr(i, 1));
+    socket_layer.receive.push_back(kWouldBlock);
+    ASSERT_EQ(ctx.Read().result, -2) << "byte " << i;
+    ASSERT_EQ(ctx->headParsed, i + 1 == header.size() ? 1 : 0) << "byte " << i;
+  }
+  EXPECT_EQ(ctx->retValue, 200);
+  EXPECT_EQ(ctx->retCtxLen, 3);
+}
+
+TEST(QnStackHttpAnswerRead, BodyInPiecesIsDeliveredAsItComes) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  SocketLayerFaults socket_layer;
+  socket_layer.receive = {kWouldBlock, kWouldBlock, kWouldBlock, kClosed};
+
+  ctx.Feed(kHeader + "ab"s);
+  EXPECT_EQ(ctx.Read().bytes, "ab");
+  EXPECT_EQ(ctx.Read().result, -2);
+  ctx.Feed("cd");
+  EXPECT_EQ(ctx.Read().bytes, "cd");
+  ctx.Feed("e");
+  EXPECT_EQ(ctx.Read().bytes, "e");
+  EXPECT_EQ(ctx->state, QN_HTTP_COMPLETE);
+  EXPECT_EQ(ctx.Read().result, 0);
+}
+
+TEST(QnStackHttpAnswerRead, CloseEndsAnUnfinishedHeader) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  SocketLayerFaults socket_layer;
+  socket_layer.receive = {kClosed};
+  ctx.Feed("HTTP/1.0 200 OK\r\nContent-");
+  EXPECT_EQ(ctx.Read().bytes, "Content-");
+  EXPECT_EQ(ctx->state, QN_HTTP_COMPLETE);
+  EXPECT_EQ(ctx->headParsed, 1);
+}
+
+TEST(QnStackHttpAnswerRead, CloseWithoutAByteIsAnEmptyAnswer) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  SocketLayerFaults socket_layer;
+  socket_layer.receive = {kClosed};
+  EXPECT_EQ(ctx.Read().result, 0);
+  EXPECT_EQ(ctx->state, QN_HTTP_COMPLETE);
+  EXPECT_EQ(ctx->retValue, 0);
+}
+
+TEST(QnStackHttpAnswerRead, FailureAfterDataIsTheEndOfTheBody) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);  // without a socket every receive fails
+  ctx.Feed(kHeader + "abc"s);
+
+  const Delivery body = ctx.Read();
+
+  EXPECT_EQ(body.bytes, "abc");
+  EXPECT_EQ(ctx->state, QN_HTTP_COMPLETE);
+  EXPECT_EQ(ctx.Read().result, 0);
+}
+
+TEST(QnStackHttpAnswerRead, FailureBeforeAnyDataIsReportedAtOnce) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  EXPECT_EQ(ctx.Read().result, -1);
+  EXPECT_EQ(ctx->state, QN_HTTP_RECEIVE_FAILED);
+  EXPECT_EQ(ctx->headParsed, 0);
+}
+
+// --- a stopped transfer ---
+
+TEST(QnStackHttpAnswerRead, StoppedContextStillParsesAndDelivers) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  ctx.Feed(kHeader + "abcd"s);
+  fnQNStack_Http_Stop(ctx.get());
+
+  EXPECT_EQ(ctx.Read(3).bytes, "abc");
+  EXPECT_EQ(ctx.Read(3).bytes, "d");
+  EXPECT_EQ(ctx.Read(3).result, 0);
+  EXPECT_EQ(ctx->state, QN_HTTP_STOPPED);
+  EXPECT_EQ(ctx->retValue, 200);
+}
+
+TEST(QnStackHttpAnswerRead, StopEndsAnUnfinishedHeader) {
+  AnswerContext ctx(QN_HTTP_STOPPED);
+  ctx.Feed("HTTP/1.0 200 OK\r\nContent-");
+  EXPECT_EQ(ctx.Read().bytes, "Content-");
+  EXPECT_EQ(ctx->headParsed, 1);
+}
+
+// --- nothing to read from ---
+
+TEST(QnStackHttpAnswerRead, NoContextIsAFailure) {
+  char room[8];
+  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(nullptr, room, sizeof room), -1);
+}
+
+TEST(QnStackHttpAnswerRead, FailedContextDeliversNothing) {
+  for (const int32_t state : {QN_HTTP_RESOLVE_FAILED, QN_HTTP_CONNECT_FAILED, QN_HTTP_SEND_FAILED,
+                              QN_HTTP_RECEIVE_FAILED, QN_HTTP_GIVEN_UP}) {
+    SCOPED_TRACE(state);
+    AnswerContext ctx(state);
+    ctx.Feed(kHeader + "abc"s);
+
+    EXPECT_EQ(ctx.Read().result, -1);
+
+    EXPECT_EQ(ctx->state, state);
+    EXPECT_EQ(ctx->headParsed, 0);
+    EXPECT_EQ(ctx.Unread(), kHeader + "abc"s);
+  }
+}
+
+TEST(QnStackHttpAnswerRead, ExhaustedTriesFailAContextThatIsUnderWay) {
+  for (const int32_t state :
+       {QN_HTTP_NEW, QN_HTTP_RESOLVED, QN_HTTP_CONNECTED, QN_HTTP_SENDING, QN_HTTP_RECEIVING}) {
+    SCOPED_TRACE(state);
+    AnswerContext ctx(state);
+    ctx->tryCount = 3001;
+    ctx.Feed(kHeader + "abc"s);
+
+    EXPECT_EQ(ctx.Read().result, -1);
+
+    EXPECT_EQ(ctx->state, QN_HTTP_GIVEN_UP);
+    EXPECT_EQ(ctx->headParsed, 0);
+  }
+}
+
+// --- odd destinations and capacities ---
+
+TEST(QnStackHttpAnswerRead, CapacityZeroParsesAndTakesNothing) {
+  AnswerContext ctx;
+  ctx.Feed(kHeader + "abc"s);
+  char untouched = 'u';
+
+  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, 0), 0);
+
+  EXPECT_EQ(untouched, 'u');
+  EXPECT_EQ(ctx->retValue, 200);
+  EXPECT_EQ(ctx.Read().bytes, "abc");
+}
+
+TEST(QnStackHttpAnswerRead, CapacityZeroWhileReceivingAsksToCallAgain) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  ctx.Feed(kHeader + LongBody());
+  char untouched = 'u';
+
+  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, 0), -2);
+
+  EXPECT_EQ(untouched, 'u');
+  EXPECT_EQ(ctx->headParsed, 1);
+  EXPECT_EQ(ctx.Unread(), LongBody());
+}
+
+TEST(QnStackHttpAnswerRead, CapacityZeroNeedsNoDestination) {
+  AnswerContext ctx;
+  ctx.Feed(kHeader + "abc"s);
+  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), nullptr, 0), 0);
+  EXPECT_EQ(ctx.Unread(), "abc");
+}
+
+TEST(QnStackHttpAnswerRead, NegativeCapacityIsRefusedAndTakesNothing) {
+  for (const int32_t capacity : {-1, -4096, INT32_MIN}) {
+    SCOPED_TRACE(capacity);
+    AnswerContext ctx;
+    ctx.Feed(kHeader + "abc"s);
+    char untouched = 'u';
+
+    EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, capacity), -1);
+
+    EXPECT_EQ(untouched, 'u');
+    EXPECT_EQ(ctx.Unread(), "abc");
+  }
+}
+
+TEST(QnStackHttpAnswerRead, NoDestinationIsRefusedAndTakesNothing) {
+  AnswerContext ctx;
+  ctx.Feed(kHeader + "abc"s);
+  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), nullptr, 3), -1);
+  EXPECT_EQ(ctx.Unread(), "abc");
+}
+
+TEST(QnStackHttpAnswerRead, RefusedReadWhileReceivingLosesNothing) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  ctx.Feed(kHeader + LongBody());
+  char untouched = 'u';
+
+  EXPECT_LT(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, -1), 0);
+  EXPECT_LT(fnQNStack_Http_ReadRecvContext(ctx.get(), nullptr, 3), 0);
+
+  EXPECT_EQ(untouched, 'u');
+  EXPECT_EQ(ctx->state, QN_HTTP_RECEIVING);
+  EXPECT_EQ(ctx.Unread(), LongBody());
+}
+
+TEST(QnStackHttpAnswerRead, OddArgumentsDoNotKeepARedirectFromBeingFollowed) {
+  AnswerContext ctx;
+  ctx.Feed("HTTP/1.0 302 Found\r\n\r\nbody");
+  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), nullptr, -1), -2);
+  EXPECT_EQ(ctx->state, QN_HTTP_NEW);
+}
+
+}  // namespace

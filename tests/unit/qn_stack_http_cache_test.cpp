@@ -1,0 +1,185 @@
+// Guards the search for a text whatever its case, on its results and on the
+// work that the worst inputs cost, and the month names of HTTP dates.
+#include "qnstack/qn_stack_http_cache.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "support/failing_heap.h"
+#include "support/watchdog.h"
+#include "support/words.h"
+
+namespace {
+
+using qntest::FailingHeap;
+using qntest::Watchdog;
+using qntest::WordsOver;
+
+// ASCII letters to lower case, by a table of its own.
+std::string Folded(const std::string &text) {
+  static const std::string upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  static const std::string lower = "abcdefghijklmnopqrstuvwxyz";
+  std::string folded;
+  for (const char byte : text) {
+    const size_t letter = upper.find(byte);
+    folded += letter == std::string::npos ? byte : lower[letter];
+  }
+  return folded;
+}
+
+// Where `needle` was found; npos for nowhere.
+size_t Found(const std::string &haystack, const std::string &needle) {
+  const char *match = stristr(haystack.c_str(), needle.c_str());
+  return match == nullptr ? std::string::npos : static_cast<size_t>(match - haystack.c_str());
+}
+
+TEST(QnStristr, GivesTheFirstMatchInTheHaystack) {
+  struct Case {
+    const char *haystack;
+    const char *needle;
+    size_t offset;
+  };
+  constexpr Case kCases[] = {
+      {"aaab", "AAB", 1},
+      {"Max-Age=5", "max-age=", 0},
+      {"no-cache, MAX-AGE=5", "max-age=", 10},
+      {"ababac", "abac", 2},
+      {"abcABC", "ABC", 0},
+      {"abc", "c", 2},
+      {"abc", "", 0},
+      {"", "", 0},
+      {"", "a", std::string::npos},
+      {"ab", "abc", std::string::npos},
+      {"abc", "abd", std::string::npos},
+      {"x[y", "{", std::string::npos},
+      {"x@y", "`", std::string::npos},
+      {"x\xc9y", "\xe9", std::string::npos},
+      {"x\xe9y", "\xe9Y", 1},
+  };
+  for (const Case &c : kCases) {
+    SCOPED_TRACE(testing::PrintToString(c.haystack) + " and " + testing::PrintToString(c.needle));
+
+    EXPECT_EQ(Found(c.haystack, c.needle), c.offset);
+  }
+}
+
+TEST(QnStristr, GivesNullForNull) {
+  EXPECT_EQ(stristr(nullptr, "a"), nullptr);
+  EXPECT_EQ(stristr("a", nullptr), nullptr);
+  EXPECT_EQ(stristr(nullptr, nullptr), nullptr);
+}
+
+TEST(QnStristr, FoldsAsciiLettersAndNothingElse) {
+  for (int a = 1; a < 256; ++a) {
+    for (int b = 1; b < 256; ++b) {
+      const std::string haystack(1, static_cast<char>(a));
+      const std::string needle(1, static_cast<char>(b));
+
+      ASSERT_EQ(Found(haystack, needle) == 0, Folded(haystack) == Folded(needle))
+          << a << " and " << b;
+    }
+  }
+}
+
+TEST(QnStristr, AgreesWithAPlainSearchOnAllShortTexts) {
+  const std::vector<std::string> needles = WordsOver("aBb", 4);
+  for (const std::string &haystack : WordsOver("aAb", 6)) {
+    const std::string folded = Folded(haystack);
+    for (const std::string &needle : needles) {
+      ASSERT_EQ(Found(haystack, needle), folded.find(Folded(needle)))
+          << '"' << haystack << "\" and \"" << needle << '"';
+    }
+  }
+}
+
+TEST(QnStristr, AgreesWithAPlainSearchOnLongerNeedlesOfTwoLetters) {
+  const std::vector<std::string> needles = WordsOver("ab", 7);
+  for (const std::string &haystack : WordsOver("ab", 10)) {
+    if (haystack.size() < 9) continue;
+    for (const std::string &needle : needles) {
+      ASSERT_EQ(Found(haystack, needle), haystack.find(needle))
+          << '"' << haystack << "\" and \"" << needle << '"';
+    }
+  }
+}
+
+TEST(QnStristr, AgreesWithAPlainSearchOnRepetitiveTexts) {
+  const std::vector<std::string> words = WordsOver("abAc", 3);
+  std::mt19937 random(7);
+  const auto below = [&](size_t bound) {
+    return std::uniform_int_distribution<size_t>(0, bound - 1)(random);
+  };
+  for (int round = 0; round < 3000; ++round) {
+    // A short word over and over, with a few letters changed.
+    const std::string word = words[1 + below(words.size() - 1)];
+    std::string haystack;
+    while (haystack.size() < 60) haystack += word;
+    for (size_t changes = below(4); changes > 0; --changes) haystack[below(60)] = "abB"[below(3)];
+    const size_t start = below(50);
+    std::string needle = haystack.substr(start, 1 + below(haystack.size() - start));
+    if (below(2) == 0) needle[below(needle.size())] = 'b';
+
+    ASSERT_EQ(Found(haystack, needle), Folded(haystack).find(Folded(needle)))
+        << '"' << haystack << "\" and \"" << needle << '"';
+  }
+}
+
+// Text and needle of a megabyte and half of it on which a search that starts
+// over after each mismatch compares some 10^11 bytes. A linear one ends within
+// milliseconds; the watchdog ends the other kind.
+TEST(QnStristr, EndsSoonOnTheWorstTexts) {
+  constexpr size_t kLength = 1 << 20;
+  constexpr size_t kHalf = kLength / 2;
+  const std::string as(kLength, 'a');
+  const std::string half(kHalf, 'A');
+  std::string pairs;
+  for (size_t i = 0; i < kHalf; ++i) pairs += "aB";
+  const std::string half_of_pairs = pairs.substr(0, kHalf);
+  const Watchdog watchdog;
+
+  EXPECT_EQ(Found(as, half + "b"), std::string::npos);
+  EXPECT_EQ(Found(as, "b" + half), std::string::npos);
+  EXPECT_EQ(Found(as, half + "b" + half), std::string::npos);
+  EXPECT_EQ(Found(as, half.substr(1) + "bA"), std::string::npos);
+  EXPECT_EQ(Found(as + "B", half + "b"), kHalf);
+  EXPECT_EQ(Found(pairs, half_of_pairs + "b"), std::string::npos);
+  EXPECT_EQ(Found(pairs + "bb", half_of_pairs + "bb"), kLength - kHalf);
+  EXPECT_EQ(Found(pairs + "a!", half_of_pairs + "A!"), kLength - kHalf);
+}
+
+TEST(QnStristr, AsksTheHeapForNothing) {
+  const std::string haystack(1000, 'a');
+  FailingHeap heap(1);
+
+  EXPECT_EQ(stristr(haystack.c_str(), "AAA"), haystack.c_str());
+
+  EXPECT_EQ(heap.Allocations(), 0);
+}
+
+TEST(QnStackGetMonth, NumbersTheTwelveNames) {
+  constexpr const char *kNames[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                    "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+  int32_t number = 0;
+  for (const char *name : kNames) {
+    SCOPED_TRACE(name);
+
+    EXPECT_EQ(fnQNStack_getMonth(name), ++number);
+  }
+}
+
+TEST(QnStackGetMonth, RefusesAnyOtherText) {
+  for (const char *name : {"jan", "JAN", "January", "Ja", "", " Jan", "Jan ", "Mai", "Dez"}) {
+    SCOPED_TRACE(name);
+
+    EXPECT_EQ(fnQNStack_getMonth(name), -1);
+  }
+}
+
+TEST(QnStackGetMonth, RefusesNull) { EXPECT_EQ(fnQNStack_getMonth(nullptr), -1); }
+
+}  // namespace

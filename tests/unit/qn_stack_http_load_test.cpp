@@ -1,0 +1,126 @@
+// Guards the two loaders, which take a prepared request or a stored answer
+// from a file.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+
+#include "qnstack/qn_stack_http.h"
+#include "support/failing_heap.h"
+#include "support/http_stack.h"
+#include "support/recording_file_port.h"
+
+namespace {
+
+using qntest::Context;
+using qntest::FilePort;
+using qntest::UnreadOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr size_t kMostBytes = 4000;
+
+struct Loader {
+  const char *topic;
+  int32_t (*load)(QNHttpCtx *ctx, const char *name);
+  QNMemBuffer *QNHttpCtx::*filled;
+  QNMemBuffer *QNHttpCtx::*other;
+};
+
+std::ostream &operator<<(std::ostream &out, const Loader &loader) { return out << loader.topic; }
+
+class QnStackHttpLoad : public testing::TestWithParam<Loader> {
+ protected:
+  QnStackHttpLoad() { FilePort().Reset(); }
+  ~QnStackHttpLoad() override { FilePort().Reset(); }
+
+  int32_t Load(const char *name) { return GetParam().load(ctx_.get(), name); }
+  std::string Filled() const { return UnreadOf(ctx_.get()->*GetParam().filled); }
+  std::string Other() const { return UnreadOf(ctx_.get()->*GetParam().other); }
+  QNMemBuffer *FilledBuffer() const { return ctx_.get()->*GetParam().filled; }
+
+  Context ctx_{fnQNStack_Http_Open_Get("http://h/x")};
+};
+
+TEST_P(QnStackHttpLoad, AppendsTheFileToItsBufferAlone) {
+  const std::string bytes("HTTP/1.0 200 OK\r\n\r\nab\0c", 23);
+  FilePort().files().Write("/saved", bytes);
+  qntest::Append(FilledBuffer(), "before:");
+  EXPECT_EQ(Load("/saved"), 0);
+  EXPECT_EQ(Filled(), "before:" + bytes);
+  EXPECT_EQ(Other(), "");
+}
+
+TEST_P(QnStackHttpLoad, AsksForTheStartOfTheFileInOneCall) {
+  FilePort().files().Write("/saved", "x");
+  Load("/saved");
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("ReadFromFile(/saved, 4000)"));
+}
+
+TEST_P(QnStackHttpLoad, TakesFourThousandBytesAtMost) {
+  const std::string bytes = std::string(kMostBytes, 'a') + "b";
+  FilePort().files().Write("/exact", std::string(kMostBytes, 'e'));
+  FilePort().files().Write("/long", bytes);
+  EXPECT_EQ(Load("/exact"), 0);
+  EXPECT_EQ(Load("/long"), 0);
+  EXPECT_EQ(Filled(), std::string(kMostBytes, 'e') + std::string(kMostBytes, 'a'));
+}
+
+TEST_P(QnStackHttpLoad, FileThatGivesNothingIsMinusOne) {
+  FilePort().files().Write("/empty", "");
+  for (const char *name : {"/empty", "/missing"}) {
+    EXPECT_EQ(Load(name), -1) << name;
+    EXPECT_EQ(Filled(), "");
+    EXPECT_EQ(Other(), "");
+  }
+}
+
+TEST_P(QnStackHttpLoad, FailedReadIsMinusOne) {
+  FilePort().files().Write("/saved", "x");
+  FilePort().Fail("ReadFromFile");
+  EXPECT_EQ(Load("/saved"), -1);
+  EXPECT_EQ(Filled(), "");
+}
+
+TEST_P(QnStackHttpLoad, RefusedAreaIsMinusOneWithoutReading) {
+  FilePort().files().Write("/saved", "x");
+  int32_t result = 0;
+  {
+    const qntest::FailingHeap heap(1);
+    result = Load("/saved");
+  }
+  EXPECT_EQ(result, -1);
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+  EXPECT_EQ(Filled(), "");
+}
+
+TEST_P(QnStackHttpLoad, NullContextIsMinusOne) {
+  FilePort().files().Write("/saved", "x");
+  EXPECT_EQ(GetParam().load(nullptr, "/saved"), -1);
+}
+
+std::string TopicOf(const testing::TestParamInfo<Loader> &info) { return info.param.topic; }
+
+INSTANTIATE_TEST_SUITE_P(From, QnStackHttpLoad,
+                         testing::Values(Loader{"Request", fnQNStack_Http_LoadHeadFromFile,
+                                                &QNHttpCtx::sendBuf, &QNHttpCtx::recvBuf},
+                                         Loader{"Answer", fnQNStack_Http_LoadReponseFromFile,
+                                                &QNHttpCtx::recvBuf, &QNHttpCtx::sendBuf}),
+                         TopicOf);
+
+TEST(QnStackHttpLoadedAnswer, IsDeliveredAsIfReceived) {
+  FilePort().Reset();
+  FilePort().files().Write("/saved", "HTTP/1.0 201 Created\r\n\r\nabc");
+  const Context ctx(fnQNStack_Http_Open_Get("http://h/x"));
+  fnQNStack_Http_LoadReponseFromFile(ctx.get(), "/saved");
+  ctx->state = QN_HTTP_COMPLETE;
+  char body[8] = "";
+  const auto read = qntest::OutcomeOf(
+      ctx.get(), [&] { return fnQNStack_Http_ReadRecvContext(ctx.get(), body, 7); });
+  EXPECT_EQ(read.result, 3);
+  EXPECT_EQ(ctx->retValue, 201);
+  EXPECT_STREQ(body, "abc");
+}
+
+}  // namespace

@@ -1,0 +1,280 @@
+// Guards what the socket layer keeps away from the application: the signal that
+// sending to a peer that is gone raises, and descriptor 0 as a socket.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <functional>
+
+#include "qnstack/qn_stack_porting.h"
+#include "support/network_faults.h"
+#include "support/slot_table.h"
+#include "support/watchdog.h"
+
+namespace {
+
+using qntest::FailWith;
+using qntest::Give;
+using qntest::NetworkFaults;
+using qntest::SlotTable;
+
+volatile sig_atomic_t signals_seen = 0;
+
+extern "C" void CountSignal(int) { signals_seen = signals_seen + 1; }
+
+// Puts back a signal's action.
+class ScopedAction {
+ public:
+  ScopedAction(int signal, void (*handler)(int)) : signal_(signal) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    sigaction(signal_, &action, &old_);
+    signals_seen = 0;
+  }
+  ~ScopedAction() { sigaction(signal_, &old_, nullptr); }
+  ScopedAction(const ScopedAction &) = delete;
+  ScopedAction &operator=(const ScopedAction &) = delete;
+
+ private:
+  int signal_;
+  struct sigaction old_ = {};
+};
+
+sigset_t OnlySigpipe() {
+  sigset_t set;
+  sigemptyset(&set);
+  sigaddset(&set, SIGPIPE);
+  return set;
+}
+
+bool IsBlocked() {
+  sigset_t mask;
+  pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+  return sigismember(&mask, SIGPIPE) == 1;
+}
+
+bool IsPending() {
+  sigset_t pending;
+  sigpending(&pending);
+  return sigismember(&pending, SIGPIPE) == 1;
+}
+
+// Blocks SIGPIPE; a pending one is taken away at the end.
+class BlockedSigpipe {
+ public:
+  BlockedSigpipe() {
+    const sigset_t set = OnlySigpipe();
+    pthread_sigmask(SIG_BLOCK, &set, &old_);
+  }
+  ~BlockedSigpipe() {
+    const sigset_t set = OnlySigpipe();
+    const timespec no_wait = {};
+    while (IsPending()) sigtimedwait(&set, nullptr, &no_wait);
+    pthread_sigmask(SIG_SETMASK, &old_, nullptr);
+  }
+  BlockedSigpipe(const BlockedSigpipe &) = delete;
+  BlockedSigpipe &operator=(const BlockedSigpipe &) = delete;
+
+ private:
+  sigset_t old_;
+};
+
+// A connected slot whose other end is at hand.
+class QnStackBrokenPipe : public testing::Test {
+ protected:
+  static constexpr int32_t kSlot = 1;
+
+  QnStackBrokenPipe() {
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) std::abort();
+    socket_list[kSlot] = {ends[0], 0, 0, 1};
+    peer_ = ends[1];
+  }
+  ~QnStackBrokenPipe() override { ClosePeer(); }
+
+  void ClosePeer() {
+    if (peer_ >= 0) close(peer_);
+    peer_ = -1;
+  }
+
+  int32_t SendToNobody() {
+    ClosePeer();
+    return fnQN_Stack_SendData(kSlot, "x", 1);
+  }
+
+  qntest::Watchdog watchdog_;
+  SlotTable table_;
+  int peer_ = -1;
+};
+
+TEST_F(QnStackBrokenPipe, ApplicationSurvivesWithTheDefaultAction) {
+  const ScopedAction action(SIGPIPE, SIG_DFL);
+  EXPECT_EQ(SendToNobody(), -1);
+  EXPECT_EQ(fnQN_Stack_SocketError(), EPIPE);
+  EXPECT_FALSE(IsPending());
+  EXPECT_FALSE(IsBlocked());
+}
+
+TEST_F(QnStackBrokenPipe, HandlerOfTheApplicationIsNotCalled) {
+  const ScopedAction action(SIGPIPE, CountSignal);
+  EXPECT_EQ(SendToNobody(), -1);
+  EXPECT_EQ(signals_seen, 0);
+}
+
+TEST_F(QnStackBrokenPipe, HandlerOfTheApplicationStaysInstalled) {
+  const ScopedAction action(SIGPIPE, CountSignal);
+  SendToNobody();
+  raise(SIGPIPE);
+  EXPECT_EQ(signals_seen, 1);
+}
+
+TEST_F(QnStackBrokenPipe, BlockedSignalStaysBlockedAndNothingIsLeftPending) {
+  const BlockedSigpipe blocked;
+  EXPECT_EQ(SendToNobody(), -1);
+  EXPECT_TRUE(IsBlocked());
+  EXPECT_FALSE(IsPending());
+}
+
+TEST_F(QnStackBrokenPipe, SignalThatWasPendingForTheThreadStaysPending) {
+  const BlockedSigpipe blocked;
+  raise(SIGPIPE);
+  EXPECT_EQ(SendToNobody(), -1);
+  EXPECT_TRUE(IsPending());
+}
+
+TEST_F(QnStackBrokenPipe, SignalThatWasPendingForTheProcessStaysPending) {
+  const BlockedSigpipe blocked;
+  kill(getpid(), SIGPIPE);
+  EXPECT_EQ(SendToNobody(), -1);
+  EXPECT_TRUE(IsPending());
+}
+
+TEST_F(QnStackBrokenPipe, SendThatSucceedsLeavesAPendingSignalAndTheMaskAlone) {
+  const BlockedSigpipe blocked;
+  raise(SIGPIPE);
+  EXPECT_EQ(fnQN_Stack_SendData(kSlot, "x", 1), 1);
+  EXPECT_TRUE(IsPending());
+  EXPECT_TRUE(IsBlocked());
+}
+
+TEST_F(QnStackBrokenPipe, SendThatSucceedsLeavesTheSignalUnblocked) {
+  EXPECT_EQ(fnQN_Stack_SendData(kSlot, "x", 1), 1);
+  EXPECT_FALSE(IsBlocked());
+}
+
+TEST_F(QnStackBrokenPipe, SendThatFailsOtherwiseLeavesTheSignalUnblocked) {
+  NetworkFaults network;
+  network.Script("send", FailWith(ECONNRESET));
+  EXPECT_EQ(fnQN_Stack_SendData(kSlot, "x", 1), -1);
+  EXPECT_EQ(fnQN_Stack_SocketError(), ECONNRESET);
+  EXPECT_FALSE(IsBlocked());
+}
+
+TEST_F(QnStackBrokenPipe, RestOfTheMaskIsUntouched) {
+  sigset_t before;
+  sigset_t after;
+  pthread_sigmask(SIG_BLOCK, nullptr, &before);
+  SendToNobody();
+  pthread_sigmask(SIG_BLOCK, nullptr, &after);
+  for (int signal = 1; signal < SIGRTMAX; ++signal) {
+    EXPECT_EQ(sigismember(&before, signal), sigismember(&after, signal)) << signal;
+  }
+}
+
+TEST_F(QnStackBrokenPipe, ReceivingFromAPeerThatIsGoneIsTheEnd) {
+  char byte = 0;
+  ClosePeer();
+  EXPECT_EQ(fnQN_Stack_RecvData(kSlot, &byte, 1), 0);
+}
+
+// The timer repeats, so that a signal just before the wait does no harm.
+TEST_F(QnStackBrokenPipe, SignalInterruptsAReceiveWithMinusOne) {
+  const ScopedAction action(SIGUSR1, CountSignal);
+  timer_t timer;
+  sigevent notice = {};
+  notice.sigev_notify = SIGEV_SIGNAL;
+  notice.sigev_signo = SIGUSR1;
+  ASSERT_EQ(timer_create(CLOCK_MONOTONIC, &notice, &timer), 0);
+  const itimerspec soon = {{0, 1000000}, {0, 1000000}};
+  timer_settime(timer, 0, &soon, nullptr);
+
+  char byte = 0;
+  const int32_t result = fnQN_Stack_RecvData(kSlot, &byte, 1);
+  const int32_t error = fnQN_Stack_SocketError();
+
+  timer_delete(timer);
+  EXPECT_EQ(result, -1);
+  EXPECT_EQ(error, EINTR);
+  EXPECT_GT(signals_seen, 0);
+}
+
+// Runs a check in a child of its own; its result is the child's exit code.
+int InChild(const std::function<int()> &check) {
+  const pid_t child = fork();
+  if (child == 0) {
+    alarm(10);
+    _exit(check());
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(QnStackDescriptorZero, SocketIsMovedAndZeroIsFreeAgain) {
+  const int result = InChild([] {
+    close(STDIN_FILENO);
+    if (fnQN_Stack_CreateSocket() != 1) return 1;
+    int type = 0;
+    socklen_t length = sizeof type;
+    const int fd = socket_list[1].fd;
+    if (fd <= 0) return 2;
+    if (getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &length) != 0 || type != SOCK_STREAM) return 3;
+    if (dup(fd) != STDIN_FILENO) return 4;
+    return 0;
+  });
+  EXPECT_EQ(result, 0);
+}
+
+TEST(QnStackDescriptorZero, SlotIsTakenLikeAnyOther) {
+  const int result = InChild([] {
+    close(STDIN_FILENO);
+    fnQN_Stack_CreateSocket();
+    return fnQN_Stack_CreateSocket() == 2 ? 0 : 1;
+  });
+  EXPECT_EQ(result, 0);
+}
+
+TEST(QnStackDescriptorZero, TwentiethLeavesZeroFree) {
+  const int result = InChild([] {
+    SlotTable::TakeAll();
+    close(STDIN_FILENO);
+    if (fnQN_Stack_CreateSocket() != 0) return 1;
+    return dup(STDOUT_FILENO) == STDIN_FILENO ? 0 : 2;
+  });
+  EXPECT_EQ(result, 0);
+}
+
+TEST(QnStackDescriptorZero, SocketThatCannotBeMovedCountsAsRefused) {
+  const int result = InChild([] {
+    // Every number but 0 is taken or beyond the limit.
+    rlimit few = {};
+    getrlimit(RLIMIT_NOFILE, &few);
+    few.rlim_cur = 64;
+    if (setrlimit(RLIMIT_NOFILE, &few) != 0) return 1;
+    while (dup(STDOUT_FILENO) >= 0) {
+    }
+    close(STDIN_FILENO);
+    if (fnQN_Stack_CreateSocket() != 1) return 2;
+    if (socket_list[1].fd != -1) return 3;
+    return dup(STDOUT_FILENO) == STDIN_FILENO ? 0 : 4;
+  });
+  EXPECT_EQ(result, 0);
+}
+
+}  // namespace
