@@ -132,6 +132,13 @@ TEST_F(QnStackConnect, FreeSlotFailsOnce) {
   EXPECT_EQ(fnQN_Stack_Connect(7), 0);
 }
 
+// Where a slot has no socket, descriptor 0 is somebody else's.
+TEST_F(QnStackConnect, NeverConnectsDescriptorZero) {
+  fnQN_Stack_Connect(0);
+  fnQN_Stack_Connect(7);
+  for (const PlatformCall &call : network_.CallsOf("connect")) EXPECT_NE(call.fd, 0);
+}
+
 TEST_F(QnStackSendData, SendsInOneCallWithoutFlags) {
   EXPECT_EQ(fnQN_Stack_SendData(kSlot, "hello", 5), 5);
   ASSERT_THAT(network_.Names(), ElementsAre("send"));
