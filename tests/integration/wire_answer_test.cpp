@@ -11,9 +11,7 @@ namespace {
 
 using qntest::AnswerBodyWith;
 using qntest::AnswerWith;
-using qntest::Asked;
 using qntest::AwaitSignal;
-using qntest::BodyHeaders;
 using qntest::CallRow;
 using qntest::Close;
 using qntest::ConnectionScript;
@@ -23,7 +21,6 @@ using qntest::HalfClose;
 using qntest::OpenGet;
 using qntest::Outcome;
 using qntest::ReadHeader;
-using qntest::ReadOnce;
 using qntest::ReadToEnd;
 using qntest::RequestText;
 using qntest::Reset;

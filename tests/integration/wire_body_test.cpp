@@ -47,8 +47,8 @@ std::ostream &operator<<(std::ostream &out, const ReadingRow &row) { return out 
 class WireBody : public qntest::WireTest, public testing::WithParamInterface<ReadingRow> {};
 
 TEST_P(WireBody, ArrivesWholeHoweverItIsRead) {
-  const auto &[topic, size, capacity] = GetParam();
-  const std::string body = Pattern(size);
+  const std::string body = Pattern(GetParam().body);
+  const int32_t capacity = GetParam().capacity;
   ScriptedServer &server =
       Serve("mmsc.test", 80, {AnswerWith("HTTP/1.0 200 OK\r\nX: y\r\n\r\n" + body)});
   Context ctx = OpenGet("http://mmsc.test/m");

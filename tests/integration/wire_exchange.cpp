@@ -12,6 +12,13 @@ constexpr char kNetwork[] = "192.0.2.";
 
 const char *OrNull(const std::string &text) { return text.empty() ? nullptr : text.c_str(); }
 
+void ExpectRequests(ScriptedServer &server, const Peer &peer) {
+  EXPECT_EQ(server.Finish(), "") << peer.host;
+  for (std::size_t i = 0; i < peer.requests.size(); ++i) {
+    EXPECT_EQ(server.Received(i), peer.requests[i]) << "connection " << i;
+  }
+}
+
 }  // namespace
 
 std::ostream &operator<<(std::ostream &out, const CallRow &row) {
@@ -93,22 +100,19 @@ void WireExchange::RunRow() {
   for (const Peer &peer : row.peers) servers.push_back(&Serve(peer.host, peer.port, peer.scripts));
   if (row.asked.through_gateway) UseGateway();
 
-  Context ctx = Open(row.asked);
+  RunCalls(Open(row.asked), row);
+
+  EXPECT_TRUE(SlotTable::Taken().empty());
+  for (std::size_t i = 0; i < servers.size(); ++i) ExpectRequests(*servers[i], row.peers[i]);
+}
+
+void WireExchange::RunCalls(const Context &ctx, const ExchangeRow &row) {
   std::string delivered;
   for (std::size_t i = 0; i < row.calls.size(); ++i) {
     ASSERT_EQ(ReadOnce(ctx, delivered), row.calls[i]) << "call " << i + 1;
   }
   EXPECT_EQ(delivered, row.delivered);
   EXPECT_EQ(ctx->retValue, row.status);
-  ctx.reset();
-
-  EXPECT_EQ(SlotTable::Taken().size(), 0u);
-  for (std::size_t i = 0; i < servers.size(); ++i) {
-    EXPECT_EQ(servers[i]->Finish(), "") << row.peers[i].host;
-    for (std::size_t j = 0; j < row.peers[i].requests.size(); ++j) {
-      EXPECT_EQ(servers[i]->Received(j), row.peers[i].requests[j]) << "connection " << j;
-    }
-  }
 }
 
 }  // namespace qntest

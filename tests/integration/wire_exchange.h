@@ -123,6 +123,9 @@ class WireTest : public testing::Test {
 class WireExchange : public WireTest, public testing::WithParamInterface<ExchangeRow> {
  protected:
   void RunRow();
+
+ private:
+  static void RunCalls(const Context &ctx, const ExchangeRow &row);
 };
 
 }  // namespace qntest

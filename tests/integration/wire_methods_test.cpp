@@ -31,7 +31,7 @@ constexpr char kNoBody[] = "HTTP/1.0 200 OK\r\nContent-Length: 3\r\n\r\n";
 const std::vector<CallRow> kPlainCalls = {{-2, 3, 0, 0, 1}, {3, 5, 1, 0, 1}, {0, 5, 1, 0, 1}};
 const std::vector<CallRow> kEmptyCalls = {{-2, 3, 0, 0, 1}, {0, 5, 1, 0, 1}, {0, 5, 1, 0, 1}};
 
-const std::string kPdu("\x8c\x80\x98t1\0\x8d\x90\r\n\r\n\xff", 14);
+const std::string kPdu("\x8c\x80\x98t1\0\x8d\x90\r\n\r\n\xff", 13);
 
 std::string PutHeaders(const std::string &type, std::size_t length) {
   std::string lines = BodyHeaders(type, length);
@@ -77,8 +77,8 @@ const ExchangeRow kDirect[] = {
      {"POST", "http://mmsc.test:8080/m", kPdu, kMessage},
      {{"mmsc.test",
        8080,
-       {AnswerBodyWith(14, kOk)},
-       {RequestText("POST /m", "mmsc.test:8080", BodyHeaders(kMessage, 14)) + kPdu}}},
+       {AnswerBodyWith(13, kOk)},
+       {RequestText("POST /m", "mmsc.test:8080", BodyHeaders(kMessage, 13)) + kPdu}}},
      kPlainCalls,
      "abc",
      200},
@@ -138,8 +138,8 @@ const ExchangeRow kThroughGateway[] = {
      {"POST", "http://mmsc.test/m", kPdu, kMessage, true},
      {{kGateway,
        kGatewayPort,
-       {AnswerBodyWith(14, kOk)},
-       {RequestText("POST http://mmsc.test/m", "mmsc.test:80", BodyHeaders(kMessage, 14)) + kPdu}}},
+       {AnswerBodyWith(13, kOk)},
+       {RequestText("POST http://mmsc.test/m", "mmsc.test:80", BodyHeaders(kMessage, 13)) + kPdu}}},
      kPlainCalls,
      "abc",
      200},

@@ -1,5 +1,5 @@
-// Guards the stream operations of the inert file port, which work on any
-// stream that a caller put into a cell.
+// Guards the stream operations of a file port, which work on any stream that a
+// caller put into a cell.
 #include <gtest/gtest.h>
 
 #include <cstdint>

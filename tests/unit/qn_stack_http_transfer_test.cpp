@@ -19,7 +19,6 @@ using qntest::Context;
 using qntest::Deliver;
 using qntest::FailWith;
 using qntest::Give;
-using qntest::NetworkFaults;
 using qntest::Outcome;
 using qntest::OutcomeOf;
 using qntest::RunStep;

@@ -21,7 +21,6 @@ using qntest::Give;
 using qntest::Outcome;
 using qntest::OutcomeOf;
 using qntest::RunStep;
-using qntest::SlotTable;
 using qntest::SocketLayerFaults;
 using qntest::UnreadOf;
 using testing::ElementsAre;

@@ -20,7 +20,6 @@
 namespace {
 
 using qntest::FailWith;
-using qntest::Give;
 using qntest::NetworkFaults;
 using qntest::SlotTable;
 

@@ -1,0 +1,325 @@
+// Guards the recording file port: that it does what the primitives' header
+// promises, writes every call down, and fails where it was told to. Were it
+// wrong, the tests of everything above the files would mean nothing.
+#include "support/recording_file_port.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using qntest::FilePort;
+using qntest::MemoryFiles;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+std::vector<std::pair<std::string, int32_t>> told;
+
+int32_t Tell(const char *name, int32_t operation) {
+  told.emplace_back(name, operation);
+  return 0;
+}
+
+class RecordingFilePortTest : public testing::Test {
+ protected:
+  RecordingFilePortTest() {
+    FilePort().Reset();
+    told.clear();
+  }
+  ~RecordingFilePortTest() override { FilePort().Reset(); }
+
+  static MemoryFiles &Files() { return FilePort().files(); }
+  static std::optional<std::string> Content(const char *name) { return Files().Content(name); }
+};
+
+TEST_F(RecordingFilePortTest, KeepsTheRoot) {
+  EXPECT_STREQ(fnQNFS_SetFullPath("/data"), "/data");
+  EXPECT_STREQ(FilePort().Root(), "/data");
+  EXPECT_STREQ(fnQNFS_SetFullPath(std::string(1024, 'x').c_str()), "");
+  EXPECT_STREQ(fnQNFS_SetFullPath(nullptr), "");
+}
+
+TEST_F(RecordingFilePortTest, WritesReadsAndSizesWholeFiles) {
+  char bytes[] = "??????";
+  int32_t count = -1;
+
+  EXPECT_EQ(fnQNFS_WriteToFile("older content", 13, "/a"), 13);
+  EXPECT_EQ(fnQNFS_WriteToFile("new", 3, "/a"), 3);
+  EXPECT_EQ(fnQNFS_AppendToFile("er", 2, "/a"), 2);
+  EXPECT_EQ(fnQNFS_AppendToFile("b", 1, "/b"), 1);
+
+  EXPECT_EQ(fnQNFS_isFileExisted("/a"), 1);
+  EXPECT_EQ(fnQNFS_getFileSize("/a"), 5);
+  EXPECT_EQ(fnQNFS_ReadFromFile("/a", 4, bytes, &count), 0);
+  EXPECT_EQ(count, 4);
+  EXPECT_STREQ(bytes, "newe??");
+  EXPECT_EQ(Content("/b"), "b");
+}
+
+TEST_F(RecordingFilePortTest, FailsOnAFileThatIsNotThere) {
+  char byte = '?';
+  int32_t count = 77;
+
+  EXPECT_EQ(fnQNFS_isFileExisted("/a"), 0);
+  EXPECT_EQ(fnQNFS_getFileSize("/a"), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile("/a", 1, &byte, &count), -1);
+  EXPECT_EQ(fnQNFS_CopyFile("/b", "/a"), 0);
+  EXPECT_EQ(fnQNFS_MoveFile("/b", "/a"), 0);
+  EXPECT_EQ(fnQNFS_DeleteFile("/a"), 0);
+  EXPECT_EQ(fnQNFS_File_Open("/a", "r"), nullptr);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/a", 0, 1, &byte), -1);
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("x", 1, 0, "/a"), -1);
+
+  EXPECT_EQ(count, 77);
+  EXPECT_THAT(Files().Names(), IsEmpty());
+}
+
+TEST_F(RecordingFilePortTest, FailsForNullsAndNegativeLengths) {
+  Files().Write("/a", "content");
+  char bytes[8];
+  int32_t count = 0;
+
+  EXPECT_EQ(fnQNFS_WriteToFile(nullptr, 1, "/a"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFile("x", -1, "/a"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFile("x", 1, nullptr), -1);
+  EXPECT_EQ(fnQNFS_AppendToFile(nullptr, 1, "/a"), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile("/a", -1, bytes, &count), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile(nullptr, 1, bytes, &count), -1);
+  EXPECT_EQ(fnQNFS_MoveFile(nullptr, "/a"), 0);
+  EXPECT_EQ(fnQNFS_CopyFile(nullptr, "/a"), 0);
+  EXPECT_EQ(fnQNFS_File_Open(nullptr, "r"), nullptr);
+
+  EXPECT_EQ(Content("/a"), "content");
+  EXPECT_EQ(FilePort().Calls().front(), "WriteToFile(NULL, /a)");
+}
+
+TEST_F(RecordingFilePortTest, CopiesAndMovesOntoTheFirstName) {
+  Files().Write("/a", "new");
+  Files().Write("/b", "old");
+
+  EXPECT_EQ(fnQNFS_CopyFile("/c", "/a"), 1);
+  EXPECT_EQ(fnQNFS_MoveFile("/b", "/a"), 1);
+
+  EXPECT_EQ(Content("/a"), std::nullopt);
+  EXPECT_EQ(Content("/b"), "new");
+  EXPECT_EQ(Content("/c"), "new");
+}
+
+TEST_F(RecordingFilePortTest, WritesAndReadsAtAPosition) {
+  Files().Write("/a", "0123456789");
+  char bytes[] = "????";
+
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("abc", 3, 8, "/a"), 3);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/a", 7, 3, bytes), 3);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/a", 11, 3, bytes), 0);
+
+  EXPECT_EQ(Content("/a"), "01234567abc");
+  EXPECT_STREQ(bytes, "7ab?");
+}
+
+TEST_F(RecordingFilePortTest, DeletesTheFilesOfOneDirectory) {
+  Files().Write("/d/a", "");
+  Files().Write("/d/b", "");
+  Files().Write("/d/e/c", "");
+  Files().Write("/dd", "");
+
+  EXPECT_EQ(fnQNFS_DelAllFiles("/d/"), 1);
+  EXPECT_EQ(fnQNFS_DelAllFiles("/none/"), 0);
+
+  EXPECT_THAT(Files().Names(), ElementsAre("/d/e/c", "/dd"));
+}
+
+TEST_F(RecordingFilePortTest, MakesAndRemovesDirectories) {
+  EXPECT_EQ(fnQNFS_MkDir("/wap/ca/"), 1);
+  EXPECT_EQ(fnQNFS_MkDir("/wap/ca/"), 1);
+  EXPECT_EQ(fnQNFS_File_CreateDir("/x/y/z"), 6U);
+
+  EXPECT_TRUE(Files().HasDirectory("/wap/ca"));
+  EXPECT_TRUE(Files().HasDirectory("/x/y"));
+  EXPECT_FALSE(Files().HasDirectory("/x/y/z"));
+  EXPECT_EQ(fnQNFS_RmDir("/wap"), 0);
+  EXPECT_EQ(fnQNFS_RmDir("/wap/ca/"), 1);
+  EXPECT_EQ(fnQNFS_RmDir("/wap"), 1);
+}
+
+TEST_F(RecordingFilePortTest, WritesIntoKnownDirectoriesOnlyWhenToldSo) {
+  Files().RequireDirectories();
+
+  EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/wap/ca/1"), -1);
+  fnQNFS_MkDir("/wap/ca/");
+  EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/wap/ca/1"), 1);
+}
+
+TEST_F(RecordingFilePortTest, StreamsWorkOnTheFiles) {
+  Files().Write("/a", "0123456789");
+  char bytes[] = "????";
+
+  QNFSFile handle = fnQNFS_File_Open("/a", "r+");
+  ASSERT_NE(handle, nullptr);
+  EXPECT_EQ(fnQNFS_File_Seek(handle, QNFS_SEEK_END, -2), 0);
+  EXPECT_EQ(fnQNFS_File_Read(bytes, 4, 1, handle), 2);
+  EXPECT_EQ(fnQNFS_File_Read(bytes, 4, 1, handle), -1);
+  EXPECT_EQ(fnQNFS_File_Seek(handle, QNFS_SEEK_BEGIN, 1), 0);
+  EXPECT_EQ(fnQNFS_File_Write("abcdefgh", 1, 2, handle), 2);
+  EXPECT_EQ(Content("/a"), "0abcd56789");
+  EXPECT_EQ(Files().OpenStreams(), 1);
+  fnQNFS_File_Close(handle);
+
+  EXPECT_STREQ(bytes, "89??");
+  EXPECT_EQ(Files().OpenStreams(), 0);
+}
+
+TEST_F(RecordingFilePortTest, StreamsOpenByMode) {
+  Files().Write("/w", "old");
+  Files().Write("/a", "old");
+  for (const auto &[name, mode] : {std::pair("/w", "w"), std::pair("/a", "ab")}) {
+    QNFSFile handle = fnQNFS_File_Open(name, mode);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(fnQNFS_File_Write("x", 1, 1, handle), 1);
+    fnQNFS_File_Close(handle);
+  }
+
+  EXPECT_EQ(Content("/w"), "x");
+  EXPECT_EQ(Content("/a"), "oldx");
+  EXPECT_EQ(fnQNFS_File_Open("/w", "?"), nullptr);
+}
+
+TEST_F(RecordingFilePortTest, TellsTheApplicationAfterASuccessOnly) {
+  fnQNFS_SetCardSynFileFunc(Tell);
+  FilePort().Fail("WriteToFile");
+
+  fnQNFS_WriteToFile("x", 1, "/failing");
+  fnQNFS_WriteToFile("x", 1, "/a");
+  fnQNFS_AppendToFile("x", 1, "/b");
+  fnQNFS_AppendToFile(nullptr, 1, "/c");
+
+  EXPECT_THAT(told, ElementsAre(Pair("/a", 2), Pair("/b", 2)));
+}
+
+TEST_F(RecordingFilePortTest, WritesEveryCallDown) {
+  char bytes[4];
+  int32_t count = 0;
+  fnQNFS_SetFullPath("/root");
+  fnQNFS_SetCardSynFileFunc(nullptr);
+  fnQNFS_WriteToFile("abc", 3, "/a");
+  fnQNFS_MoveFile("/b", "/a");
+  QNFSFile handle = fnQNFS_File_Open("/b", "r");
+  fnQNFS_File_Read(bytes, 2, 1, handle);
+  fnQNFS_File_Seek(handle, 1, -1);
+  fnQNFS_File_Close(handle);
+  fnQNFS_File_Close(nullptr);
+  fnQNFS_ReadFromFile("/b", 4, bytes, &count);
+
+  EXPECT_THAT(FilePort().Calls(),
+              ElementsAre("SetFullPath(/root)", "SetCardSynFileFunc(NULL)",
+                          "WriteToFile(3 bytes, /a)", "MoveFile(/b, /a)", "File_Open(/b, r)",
+                          "File_Read(2, 1, #1)", "File_Seek(#1, 1, -1)", "File_Close(#1)",
+                          "File_Close(NULL)", "ReadFromFile(/b, 4)"));
+  EXPECT_EQ(FilePort().Log()[2].data, "abc");
+  EXPECT_EQ(FilePort().CountOf("File_Close"), 2);
+}
+
+TEST_F(RecordingFilePortTest, FailsTheChosenCallAlone) {
+  FilePort().Fail("WriteToFile", 2);
+
+  EXPECT_EQ(fnQNFS_WriteToFile("1", 1, "/a"), 1);
+  EXPECT_EQ(fnQNFS_DeleteFile("/none"), 0);
+  EXPECT_EQ(fnQNFS_WriteToFile("2", 1, "/a"), -1);
+  EXPECT_EQ(Content("/a"), "1");
+  EXPECT_EQ(fnQNFS_WriteToFile("3", 1, "/a"), 1);
+}
+
+TEST_F(RecordingFilePortTest, FailsEveryPrimitiveThatCanFail) {
+  Files().Write("/d/a", "content");
+  QNFSFile handle = fnQNFS_File_Open("/d/a", "r+");
+  char bytes[8];
+  int32_t count = 77;
+  FilePort().FailFrom(1);
+
+  EXPECT_EQ(fnQNFS_isFileExisted("/d/a"), 0);
+  EXPECT_EQ(fnQNFS_getFileSize("/d/a"), -1);
+  EXPECT_EQ(fnQNFS_MkDir("/e"), 0);
+  EXPECT_EQ(fnQNFS_RmDir("/d"), 0);
+  EXPECT_EQ(fnQNFS_DelAllFiles("/d"), 0);
+  EXPECT_EQ(fnQNFS_File_CreateDir("/e/"), 3U);
+  EXPECT_EQ(fnQNFS_CopyFile("/d/b", "/d/a"), 0);
+  EXPECT_EQ(fnQNFS_MoveFile("/d/b", "/d/a"), 0);
+  EXPECT_EQ(fnQNFS_DeleteFile("/d/a"), 0);
+  EXPECT_EQ(fnQNFS_ReadFromFile("/d/a", 8, bytes, &count), -1);
+  EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/d/a"), -1);
+  EXPECT_EQ(fnQNFS_AppendToFile("x", 1, "/d/a"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("x", 1, 0, "/d/a"), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/d/a", 0, 1, bytes), -1);
+  EXPECT_EQ(fnQNFS_File_Open("/d/a", "r"), nullptr);
+  EXPECT_EQ(fnQNFS_File_Read(bytes, 1, 1, handle), -1);
+  EXPECT_EQ(fnQNFS_File_Write("x", 1, 1, handle), -1);
+  EXPECT_EQ(fnQNFS_File_Seek(handle, 0, 0), -1);
+  fnQNFS_File_Close(handle);
+
+  EXPECT_EQ(count, 77);
+  EXPECT_THAT(Files().Names(), ElementsAre("/d/a"));
+  EXPECT_EQ(Content("/d/a"), "content");
+  EXPECT_FALSE(Files().HasDirectory("/e"));
+}
+
+TEST_F(RecordingFilePortTest, FailsAllFromTheChosenCallOnUntilCleared) {
+  FilePort().FailFrom(2);
+
+  EXPECT_EQ(fnQNFS_WriteToFile("1", 1, "/a"), 1);
+  EXPECT_EQ(fnQNFS_CopyFile("/b", "/a"), 0);
+  EXPECT_EQ(fnQNFS_WriteToFile("2", 1, "/a"), -1);
+  FilePort().ClearFailures();
+  EXPECT_EQ(fnQNFS_CopyFile("/b", "/a"), 1);
+
+  EXPECT_EQ(Content("/b"), "1");
+}
+
+TEST_F(RecordingFilePortTest, TearsWritesAfterTheirFirstBytes) {
+  Files().Write("/w", "old");
+  Files().Write("/a", "old");
+  Files().Write("/p", "old");
+  Files().Write("/s", "");
+  QNFSFile handle = fnQNFS_File_Open("/s", "r+");
+  for (const char *function :
+       {"WriteToFile", "AppendToFile", "WriteToFileAtPos", "CopyFile", "File_Write"}) {
+    FilePort().Tear(function, 2);
+  }
+
+  EXPECT_EQ(fnQNFS_WriteToFile("newer", 5, "/w"), -1);
+  EXPECT_EQ(fnQNFS_AppendToFile("newer", 5, "/a"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("newer", 5, 1, "/p"), -1);
+  EXPECT_EQ(fnQNFS_CopyFile("/c", "/a"), 0);
+  EXPECT_EQ(fnQNFS_File_Write("newer", 5, 1, handle), -1);
+  fnQNFS_File_Close(handle);
+
+  EXPECT_EQ(Content("/w"), "ne");
+  EXPECT_EQ(Content("/a"), "oldne");
+  EXPECT_EQ(Content("/p"), "one");
+  EXPECT_EQ(Content("/c"), "ol");
+  EXPECT_EQ(Content("/s"), "ne");
+}
+
+TEST_F(RecordingFilePortTest, ForgetsEverythingAtReset) {
+  fnQNFS_SetFullPath("/root");
+  fnQNFS_SetCardSynFileFunc(Tell);
+  FilePort().FailFrom(3);
+  Files().RequireDirectories();
+
+  FilePort().Reset();
+
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+  EXPECT_STREQ(FilePort().Root(), "");
+  EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/d/a"), 1);
+  EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/d/b"), 1);
+  EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/d/c"), 1);
+  EXPECT_THAT(told, IsEmpty());
+}
+
+}  // namespace
