@@ -24,6 +24,6 @@ endif()
 add_library(qnstack_library_options INTERFACE)
 target_compile_options(qnstack_library_options INTERFACE
   -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off
-  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_link_libraries(qnstack_library_options INTERFACE
   qnstack_warnings qnstack_instrumentation)

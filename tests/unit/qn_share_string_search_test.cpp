@@ -46,13 +46,13 @@ TEST(QnStrrchr, FindsTheLastOccurrence) {
   EXPECT_EQ(fnQN_STRRCHR(nullptr, '/'), nullptr);
 }
 
-TEST(QnStristr, ReturnsTheFirstArgumentItselfForAMatchAtItsStart) {
+TEST(QnStrIStr, ReturnsTheFirstArgumentItselfForAMatchAtItsStart) {
   const char *line = "Content-Type: X";
 
   EXPECT_EQ(fnQN_STRISTR(line, "content-type"), line);
 }
 
-TEST(QnStristr, PointsIntoTheTextThatWasSearched) {
+TEST(QnStrIStr, PointsIntoTheTextThatWasSearched) {
   const char *text = "xx CoNnEcT yy connect";
 
   EXPECT_EQ(fnQN_STRISTR(text, "cOnNeCt"), text + 3);
@@ -60,19 +60,19 @@ TEST(QnStristr, PointsIntoTheTextThatWasSearched) {
   EXPECT_EQ(fnQN_STRISTR(text, "connects"), nullptr);
 }
 
-TEST(QnStristr, FindsAnEmptyNeedleInAnEmptyText) {
+TEST(QnStrIStr, FindsAnEmptyNeedleInAnEmptyText) {
   const char *empty = "";
 
   EXPECT_EQ(fnQN_STRISTR(empty, ""), empty);
   EXPECT_EQ(fnQN_STRISTR(empty, "a"), nullptr);
 }
 
-TEST(QnStristr, FoldsAsciiLettersAlone) {
+TEST(QnStrIStr, FoldsAsciiLettersAlone) {
   EXPECT_EQ(fnQN_STRISTR("\xC4", "\xE4"), nullptr);
   EXPECT_EQ(fnQN_STRISTR("@[", "`{"), nullptr);
 }
 
-TEST(QnStristr, ChangesNeitherArgument) {
+TEST(QnStrIStr, ChangesNeitherArgument) {
   char text[] = "ABC";
   char needle[] = "Bc";
 
@@ -82,7 +82,7 @@ TEST(QnStristr, ChangesNeitherArgument) {
   EXPECT_STREQ(needle, "Bc");
 }
 
-TEST(QnStristr, FindsNothingForNull) {
+TEST(QnStrIStr, FindsNothingForNull) {
   EXPECT_EQ(fnQN_STRISTR(nullptr, "a"), nullptr);
   EXPECT_EQ(fnQN_STRISTR("abc", nullptr), nullptr);
   EXPECT_EQ(fnQN_STRISTR(nullptr, nullptr), nullptr);
@@ -104,7 +104,7 @@ size_t ExpectedOffset(const std::string &text, const std::string &needle) {
   return std::string::npos;
 }
 
-TEST(QnStristr, AgreesWithThePlainSearchOnAllShortWords) {
+TEST(QnStrIStr, AgreesWithThePlainSearchOnAllShortWords) {
   const std::vector<std::string> texts = qntest::WordsOver("aAb", 5);
   const std::vector<std::string> needles = qntest::WordsOver("aAb", 3);
   for (const std::string &text : texts) {
@@ -117,7 +117,7 @@ TEST(QnStristr, AgreesWithThePlainSearchOnAllShortWords) {
   }
 }
 
-TEST(QnStristr, GivesBackBothCopies) {
+TEST(QnStrIStr, GivesBackBothCopies) {
   FailingHeap heap(FailingHeap::kCountOnly);
 
   fnQN_STRISTR("text", "ex");
@@ -127,7 +127,7 @@ TEST(QnStristr, GivesBackBothCopies) {
   EXPECT_EQ(heap.Frees(), 2);
 }
 
-TEST(QnStristr, GivesNullWhenTheHeapRefusesEitherCopy) {
+TEST(QnStrIStr, GivesNullWhenTheHeapRefusesEitherCopy) {
   for (const int refused : {1, 2}) {
     FailingHeap heap(refused);
     EXPECT_EQ(fnQN_STRISTR("text", "text"), nullptr) << refused;

@@ -32,6 +32,17 @@ TEST(QnMemBufferNew, OfZeroHasTheSpareBytesAlone) {
   EXPECT_EQ(std::string(buffer->data, 10), std::string(10, '\0'));
 }
 
+TEST(QnMemBufferNew, RefusesACapacityWhoseStorageNeedsMoreThan32Bits) {
+  for (const uint32_t capacity : {UINT32_MAX - 9, UINT32_MAX}) {
+    SCOPED_TRACE(capacity);
+    QNMemBuffer *buffer = fnQN_MemBuffer_New(capacity);
+
+    EXPECT_EQ(buffer, nullptr);
+
+    fnQN_MemBuffer_Free(buffer);
+  }
+}
+
 TEST(QnMemBufferWrite, AppendsBehindWhatIsHeld) {
   Buffer buffer(10);
 
@@ -149,6 +160,19 @@ TEST(QnMemBufferWrite, MovesNothingWhenNothingWasRead) {
 
   EXPECT_EQ(buffer->data, storage);
   EXPECT_STREQ(buffer->data, "abcde");
+}
+
+// A buffer of four gigabytes by its fields, of which none is touched.
+TEST(QnMemBufferWrite, RefusesToGrowBeyond32Bits) {
+  Buffer buffer(10);
+  buffer->capacity = UINT32_MAX - 12;
+  buffer->length = UINT32_MAX - 12;
+
+  buffer.Write("abc");
+
+  EXPECT_EQ(buffer->capacity, UINT32_MAX - 12);
+  EXPECT_EQ(buffer->length, UINT32_MAX - 12);
+  EXPECT_EQ(buffer->total, 0U);
 }
 
 TEST(QnMemBufferWrite, IgnoresANegativeCount) {
