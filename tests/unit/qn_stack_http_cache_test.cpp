@@ -140,8 +140,11 @@ TEST(QnStristr, EndsSoonOnTheWorstTexts) {
   std::string pairs;
   for (size_t i = 0; i < kHalf; ++i) pairs += "aB";
   const std::string half_of_pairs = pairs.substr(0, kHalf);
+  const std::string almost = as.substr(0, kHalf / 2 - 1) + 'b';
   const Watchdog watchdog;
 
+  EXPECT_EQ(Found(almost + almost + almost + almost, half.substr(0, almost.size())),
+            std::string::npos);
   EXPECT_EQ(Found(as, half + "b"), std::string::npos);
   EXPECT_EQ(Found(as, "b" + half), std::string::npos);
   EXPECT_EQ(Found(as, half + "b" + half), std::string::npos);
