@@ -3,10 +3,12 @@
 
 add_library(qnstack_core OBJECT
   qnstack/Mac_porting/src/qn_stack_porting.cpp
-  qnstack/common/src/qn_scan.cpp
   qnstack/common/src/qn_stack_http.cpp
   qnstack/common/src/qn_stack_http_answer.cpp
   qnstack/common/src/qn_stack_http_cache.cpp
+  qnstack/common/src/qn_stack_http_cache_freshness.cpp
+  qnstack/common/src/qn_stack_http_cache_lookup.cpp
+  qnstack/common/src/qn_stack_http_cache_text.cpp
   qnstack/common/src/qn_stack_http_cookie.cpp
   qnstack/common/src/qn_stack_http_head.cpp
   qnstack/common/src/qn_stack_http_open.cpp
@@ -19,18 +21,35 @@ add_library(qnstack_core OBJECT
   qnstack/common/src/qn_stack_trace.cpp
   qnstack/common/src/qn_stack_wap.cpp
   qnstack/common/src/qn_text_search.cpp
+  qnstack/qnfs/Mac_porting/src/qn_fs_clock.cpp
+  qnstack/qnfs/Mac_porting/src/qn_fs_comm_tools.cpp
+  qnstack/qnfs/Mac_porting/src/qn_fs_date.cpp
+  qnstack/qnfs/Mac_porting/src/qn_fs_http_date.cpp
+  qnstack/qnfs/common/src/qn_fs_file_record.cpp
+  qnstack/qnfs/common/src/qn_fs_filebuffer.cpp
+  qnstack/qnfs/common/src/qn_fs_filebuffer_file.cpp
+  qnstack/qnfs/common/src/qn_fs_ini.cpp
   qnstack/qnshare/Mac_porting/src/qn_share_mem.cpp
   qnstack/qnshare/Mac_porting/src/qn_share_string.cpp
   qnstack/qnshare/common/src/qn_itoa.cpp
   qnstack/qnshare/common/src/qn_list.cpp
   qnstack/qnshare/common/src/qn_list_sort.cpp
+  qnstack/qnshare/common/src/qn_scan.cpp
   qnstack/qnshare/common/src/qn_snprintf.cpp
   qnstack/qnshare/common/src/qn_stricmp.cpp)
 
+# The file ports: same names, one is linked.
 add_library(qnstack_port_inert OBJECT
-  qnstack/qnfs/Mac_porting/src/qn_fs_file.cpp)
+  qnstack/qnfs/Mac_porting/src/qn_fs_file.cpp
+  qnstack/qnfs/common/src/qn_fs_file_stream.cpp)
+add_library(qnstack_port_posix OBJECT
+  qnstack/qnfs/Posix_porting/src/qn_fs_beneath.cpp
+  qnstack/qnfs/Posix_porting/src/qn_fs_descriptor.cpp
+  qnstack/qnfs/Posix_porting/src/qn_fs_file.cpp
+  qnstack/qnfs/Posix_porting/src/qn_fs_replacement.cpp
+  qnstack/qnfs/common/src/qn_fs_file_stream.cpp)
 
-foreach(part qnstack_core qnstack_port_inert)
+foreach(part qnstack_core qnstack_port_inert qnstack_port_posix)
   target_include_directories(${part} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
   target_link_libraries(${part}
@@ -41,9 +60,15 @@ foreach(part qnstack_core qnstack_port_inert)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
 endforeach()
+foreach(port inert posix)
+  target_include_directories(qnstack_port_${port} PRIVATE
+    ${PROJECT_SOURCE_DIR}/qnstack/qnfs/common/src)
+endforeach()
 target_include_directories(qnstack_core PRIVATE
   ${PROJECT_SOURCE_DIR}/qnstack/Mac_porting/src
   ${PROJECT_SOURCE_DIR}/qnstack/common/src
+  ${PROJECT_SOURCE_DIR}/qnstack/qnfs/Mac_porting/src
+  ${PROJECT_SOURCE_DIR}/qnstack/qnfs/common/src
   ${PROJECT_SOURCE_DIR}/qnstack/qnshare/common/src)
 target_link_libraries(qnstack_core PRIVATE PkgConfig::APR)
 
@@ -89,3 +114,4 @@ function(qnstack_add_library name port)
 endfunction()
 
 qnstack_add_library(qnstack qnstack_port_inert)
+qnstack_add_library(qnstack_posix qnstack_port_posix)

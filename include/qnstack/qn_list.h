@@ -309,26 +309,6 @@ QN_API QNList *fnQNList_Sort(QNList *list, QNListCompare cmp);
  */
 QN_API void fnQNList_Free(QNList *list);
 
-/**
- * Position of an element, by identity.
- *
- * @param list the list, or NULL.
- * @param data the element's pointer.
- * @return the 0-based position of the first node that holds it; -1 if none
- *         does or @p list is NULL.
- */
-QN_API int32_t fnQNFS_List_getPos(const QNList *list, const void *data);
-
-/**
- * Brings an element to the front; it gets a new node there.
- *
- * @param list the list, or NULL.
- * @param data the element's pointer, or NULL.
- * @return 0; -1 if an argument is NULL, the element is not in the list, or the
- *         heap refuses the new node (the list is then unchanged).
- */
-QN_API int32_t fnQNFS_List_MoveToHead(QNList *list, void *data);
-
 QN_END_DECLS
 
 #endif

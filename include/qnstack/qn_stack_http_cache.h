@@ -1,6 +1,19 @@
 /**
  * @file qn_stack_http_cache.h
- * @brief Text helpers of the HTTP cache: header search and month names.
+ * @brief The HTTP cache: bodies in files below "/wap/ca/", an index of them in
+ *        "/wap/ca/ca.txt", and the rules for what is kept and for how long.
+ *
+ * The application calls it around its transfers; the HTTP client does not.
+ * Before a request: fnQNStack_Cache_FindbyUrl_NoExpired() and, on a hit,
+ * fnQNStack_Cache_LoadFileToBuffer(). After an answer:
+ * fnQNStack_Cache_InitTime(), fnQNStack_Cache_ParseCacheTime() for each header
+ * line, fnQNStack_Cache_getExpired(), and fnQNStack_Cache_Save() unless that
+ * gave -1.
+ *
+ * Times are the signed seconds of qn_fs_comm_tools.h. "Now" and the dates of
+ * headers are not on one basis there, and are compared here as they are: an
+ * answer with "Expires:" stays fresh very long, one with "max-age=" as long as
+ * it says. One index for the process; one thread only.
  */
 #ifndef QNSTACK_QN_STACK_HTTP_CACHE_H
 #define QNSTACK_QN_STACK_HTTP_CACHE_H
@@ -8,8 +21,136 @@
 #include <stdint.h>
 
 #include "qnstack/qn_export.h"
+#include "qnstack/qn_list.h"
 
 QN_BEGIN_DECLS
+
+/** One cached answer; the element of the index. */
+typedef struct QNCacheEntry {
+  char *url;         /**< the URL exactly as given when saved; owned by the entry */
+  char *label;       /**< the caller's text, "NULL" if there was none; owned by the entry */
+  int32_t file_no;   /**< the body's file is "/wap/ca/" followed by this number */
+  int32_t size;      /**< length of the body in bytes */
+  int32_t expires;   /**< time after which the entry is stale */
+  int32_t stored_at; /**< time of saving */
+  int32_t tag;       /**< the caller's number */
+} QNCacheEntry;
+
+/**
+ * Makes the cache's folder and loads the index unless it is loaded. The
+ * counters are not made; see fnQNStack_Cache_Init().
+ *
+ * @return 1; 0 when the heap refuses the list.
+ */
+QN_API int32_t fnQNStack_LoadCache_To_List(void);
+
+/** Loads the index unless it is loaded, and counts its entries and bytes. Call it at start. */
+QN_API void fnQNStack_Cache_Init(void);
+
+/** Releases the index in memory; the files stay, and so do the counters' values. */
+QN_API void fnQNStack_Cache_Free(void);
+
+/**
+ * The index, most recently saved or used first; loaded if it is not.
+ *
+ * @return the list of #QNCacheEntry, owned by the cache; NULL when the heap
+ *         refuses it.
+ */
+QN_API QNList *fnQNFS_http_cache_list(void);
+
+/**
+ * Reads a body.
+ *
+ * @param file_no the entry's `file_no`.
+ * @param destination room for @p maximum bytes.
+ * @param maximum the most bytes to read; take the length from the entry's
+ *        `size`.
+ * @return 0 (not a length); anything else is failure.
+ */
+QN_API int32_t fnQNStack_Cache_LoadFileToBuffer(int32_t file_no, void *destination,
+                                                int32_t maximum);
+
+/**
+ * Deletes all bodies and writes an empty index. The counters keep their values
+ * until fnQNStack_Cache_Init() counts again.
+ *
+ * @return 1; 0 if the index could not be written.
+ */
+QN_API int32_t fnQNStack_Cache_Delete_All(void);
+
+/** Starts on a new answer: it may be kept, and nothing is known of its lifetime. */
+QN_API void fnQNStack_Cache_InitTime(void);
+
+/**
+ * Takes one header line of an answer: "Date:", "Last-Modified:", "Expires:",
+ * "Age:" (as a lifetime), "Cache-Control:" (its "max-age=" and "no-cache") and
+ * "Pragma:" (its "no-cache") count, in any case.
+ *
+ * @param line name and value, terminated; NULL counts for nothing.
+ * @return 0; -1 when the answer must not be kept, or none was started.
+ */
+QN_API int32_t fnQNStack_Cache_ParseCacheTime(const char *line);
+
+/**
+ * When the answer expires: at its "Expires:", else after its lifetime, else
+ * after 3000 seconds if it was modified on its very day, else after a tenth of
+ * its age (the heuristic of RFC 7234, section 4.2.2).
+ *
+ * @return the time; -1 when it must not be kept.
+ */
+QN_API int32_t fnQNStack_Cache_getExpired(void);
+
+/**
+ * Saves an answer in front of the index and writes the index.
+ *
+ * Before that, what expires within 99 seconds is thrown out, and so are the
+ * oldest entries until there is room: at most 199 entries and 1 MiB remain. A
+ * URL that is saved again loses its old body at once; its old entry stays
+ * behind the new one for a while, and is taken off the counters twice.
+ *
+ * @param url the key; copied, and may be that of an entry.
+ * @param label any text, copied; NULL is kept as "NULL".
+ * @param body the body; stays the caller's.
+ * @param length its length in bytes.
+ * @param expires from fnQNStack_Cache_getExpired().
+ * @param tag any number.
+ * @return 1, also when the index could not be written; 0 if there is no room,
+ *         the heap refuses, or the body could not be written.
+ */
+QN_API int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *body,
+                                    int32_t length, int32_t expires, int32_t tag);
+
+/**
+ * Finds an entry, fresh or stale.
+ *
+ * @param url the key; compared exactly.
+ * @return the entry, owned by the cache until it is thrown out; NULL if there
+ *         is none.
+ */
+QN_API QNCacheEntry *fnQNStack_Cache_FindbyUrl(const char *url);
+
+/**
+ * Finds an entry that is still fresh. A hit among the first hundred moves to
+ * the front and the index is written.
+ *
+ * @param url the key; compared exactly.
+ * @return as fnQNStack_Cache_FindbyUrl(); NULL for a stale entry too.
+ */
+QN_API QNCacheEntry *fnQNStack_Cache_FindbyUrl_NoExpired(const char *url);
+
+/**
+ * Stores a mode for the application's own use.
+ *
+ * @param mode any number.
+ */
+QN_API void fnQNStack_Cache_setMode(int32_t mode);
+
+/**
+ * The mode stored last.
+ *
+ * @return the mode; 2 at first.
+ */
+QN_API int32_t fnQNStack_Cache_getState(void);
 
 /**
  * Finds a string in another, ignoring the case of ASCII letters, in linear

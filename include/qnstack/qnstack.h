@@ -23,7 +23,11 @@
 #define QNSTACK_QNSTACK_H
 
 #include "qnstack/qn_export.h"
+#include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_fs_file.h"
+#include "qnstack/qn_fs_file_record.h"
+#include "qnstack/qn_fs_filebuffer.h"
+#include "qnstack/qn_fs_ini.h"
 #include "qnstack/qn_itoa.h"
 #include "qnstack/qn_list.h"
 #include "qnstack/qn_share_mem.h"

@@ -212,21 +212,3 @@ void fnQNList_Free(QNList *list) {
   fnQN_Free(&list->head->prev);
   fnQN_Free(&list->head);
 }
-
-int32_t fnQNFS_List_getPos(const QNList *list, const void *data) {
-  int32_t position = 0;
-  for (const QNListNode *node = fnQNList_BeginIter(list); node != nullptr; node = node->next) {
-    if (node->data == data) return position;
-    ++position;
-  }
-  return -1;
-}
-
-int32_t fnQNFS_List_MoveToHead(QNList *list, void *data) {
-  QNListNode *node = fnQNList_Find(list, data);
-  if (node == nullptr) return -1;
-  // The new node comes first, so that a refused one costs no element.
-  if (fnQNList_AddFront(list, data) == nullptr) return -1;
-  Unlink(list, node);
-  return 0;
-}

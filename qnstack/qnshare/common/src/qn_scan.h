@@ -14,6 +14,10 @@ namespace qn {
 // limit. Nothing if there are no digits.
 std::optional<int32_t> ScanNumber(std::string_view text);
 
+// Takes such a number off the front of `text`, with the white space before it.
+// Nothing, with the white space alone taken, if there are no digits.
+std::optional<int32_t> TakeNumber(std::string_view *text);
+
 // Takes the next word off the front of `text` as "%s" takes it: white space is
 // skipped, the word runs to the next white space. Empty if there is none.
 std::string_view ScanWord(std::string_view *text);

@@ -1,0 +1,207 @@
+/**
+ * @file qn_fs_filebuffer.h
+ * @brief The typed file buffer: the image of a small data file, written and
+ *        read field by field, and saved so that a crash loses nothing.
+ *
+ * Every field is its text (or its raw bytes) followed by one zero byte; a line
+ * tag is one byte 0x0A without a zero behind it. There is no header, no
+ * length and no escaping: a reader asks for the fields in the order in which
+ * they were written.
+ *
+ * A save keeps the old content under the file's name with ".bak" until the new
+ * content is written, and a load that finds such a file takes it for the
+ * content of a save that did not finish. So load before you write: a program
+ * that crashed while saving and then saves again without having loaded puts
+ * the ".bak" away.
+ */
+#ifndef QNSTACK_QN_FS_FILEBUFFER_H
+#define QNSTACK_QN_FS_FILEBUFFER_H
+
+#include <stdint.h>
+
+#include "qnstack/qn_export.h"
+#include "qnstack/qn_fs_comm_tools.h"
+
+QN_BEGIN_DECLS
+
+/** A typed file buffer; the record is the caller's. */
+typedef struct QNFSBuffer {
+  char *data;   /**< the storage, from fnQN_Malloc_Local(); one byte more than the capacity, as the
+                     last field's zero byte may stand there */
+  int32_t pos;  /**< index of the last byte written or read; -1 at first */
+  int32_t last; /**< index of the last usable byte; equal to `pos` once a write did not fit */
+} QNFSBuffer;
+
+/**
+ * Prepares a record for writing and zeroes its storage.
+ *
+ * @param record the record, its `data` set; NULL does nothing.
+ * @param capacity bytes of storage to use.
+ */
+QN_API void fnQNFS_Init_Buffer(QNFSBuffer *record, uint32_t capacity);
+
+/**
+ * Writes a string field. One that does not fit is dropped and closes the
+ * buffer: later fields are dropped too. Whether the zero byte fits is not
+ * asked, so a field may fill the storage to its end.
+ *
+ * @param record the record; NULL does nothing.
+ * @param string the characters; NULL writes an empty field. The string "\n" is
+ *        written without a zero byte, as a line tag.
+ * @param length number of characters; a negative one writes nothing.
+ */
+QN_API void fnQNFS_Buffer_WriteString(QNFSBuffer *record, const char *string, int32_t length);
+
+/**
+ * Writes raw bytes as a field, under the same rules as
+ * fnQNFS_Buffer_WriteString() but always with a zero byte behind them.
+ *
+ * @param record the record; NULL does nothing.
+ * @param block the bytes; NULL writes an empty field.
+ * @param length number of bytes; a negative one writes nothing.
+ */
+QN_API void fnQNFS_Buffer_WriteMem(QNFSBuffer *record, const void *block, int32_t length);
+
+/**
+ * Writes a number as a decimal field.
+ *
+ * @param record the record; NULL does nothing.
+ * @param value the number.
+ */
+QN_API void fnQNFS_Buffer_WriteInteger(QNFSBuffer *record, int32_t value);
+
+/**
+ * Writes a number as a decimal field; the same as
+ * fnQNFS_Buffer_WriteInteger().
+ *
+ * @param record the record; NULL does nothing.
+ * @param value the number.
+ */
+QN_API void fnQNFS_Buffer_WriteLong(QNFSBuffer *record, int32_t value);
+
+/**
+ * Writes a date and time as a field of seven numbers with ':' between them,
+ * cut at 34 characters.
+ *
+ * @param record the record; NULL does nothing.
+ * @param time the date and time.
+ */
+QN_API void fnQNFS_Buffer_WriteDateTime(QNFSBuffer *record, QNTime time);
+
+/**
+ * Writes a line tag.
+ *
+ * @param record the record; NULL does nothing.
+ */
+QN_API void fnQNFS_Buffer_WriteLineTag(QNFSBuffer *record);
+
+/**
+ * Writes a string field and a line tag.
+ *
+ * @param record the record; NULL does nothing.
+ * @param string terminated string; NULL writes nothing.
+ */
+QN_API void fnQNFS_Buffer_WriteLine(QNFSBuffer *record, const char *string);
+
+/**
+ * Reads the next field as a string, and a line tag behind it. At the end of
+ * the buffer it gives empty strings and goes on counting.
+ *
+ * @param record the record.
+ * @return the field, terminated, owned by the caller and released with
+ *         fnQN_Free(); NULL for a NULL record or when the heap refuses.
+ */
+QN_API char *fnQNFS_Buffer_ReadString(QNFSBuffer *record);
+
+/**
+ * Reads the next field as a number, as fnQN_ATOI() does.
+ *
+ * @param record the record.
+ * @param status receives 0, or -1 on failure; NULL receives nothing.
+ * @return the number; 1 on failure (a NULL record, or no memory), so ask
+ *         @p status.
+ */
+QN_API int32_t fnQNFS_Buffer_ReadInteger(QNFSBuffer *record, int32_t *status);
+
+/**
+ * Reads the next field as a number; the same as fnQNFS_Buffer_ReadInteger().
+ *
+ * @param record the record.
+ * @param status as for fnQNFS_Buffer_ReadInteger().
+ * @return as fnQNFS_Buffer_ReadInteger().
+ */
+QN_API int32_t fnQNFS_Buffer_ReadLong(QNFSBuffer *record, int32_t *status);
+
+/**
+ * Reads the next field as a date and time. Of each number the low 16 bits
+ * count.
+ *
+ * @param record the record.
+ * @param flag receives 1 if the value can be a date and time (see
+ *        fnQNFS_Time_IsValid()) and also for a NULL record, else 0; NULL
+ *        receives nothing.
+ * @return the value; parts that are missing are 0.
+ */
+QN_API QNTime fnQNFS_Buffer_ReadDateTime(QNFSBuffer *record, int32_t *flag);
+
+/**
+ * Reads raw bytes and the zero byte behind them, and a line tag behind that.
+ * Mind the order of arguments: the length comes first.
+ *
+ * @param record the record; NULL does nothing.
+ * @param length number of bytes; a negative one does nothing.
+ * @param destination room for @p length bytes; what the buffer does not hold
+ *        is filled with zeros.
+ */
+QN_API void fnQNFS_Buffer_ReadMem(QNFSBuffer *record, int32_t length, void *destination);
+
+/**
+ * Tells whether everything has been read or the buffer is closed.
+ *
+ * @param record the record, or NULL.
+ * @return 1 if so, else 0; 0 for NULL.
+ */
+QN_API int32_t fnQNFS_Buffer_IsEnd(const QNFSBuffer *record);
+
+/**
+ * Replaces a file's content by what was written, `pos` + 1 bytes, keeping the
+ * old content as ".bak" until that is done. Names below 3 characters have no
+ * ".bak".
+ *
+ * @param name file name.
+ * @param record the record.
+ * @return 1; 0 if an argument is NULL or writing failed, with the old content
+ *         in place again (unless not even its move to ".bak" had worked, as on
+ *         a medium that takes no change at all).
+ */
+QN_API int32_t fnQNFS_Write_Buffer_To_File(const char *name, QNFSBuffer *record);
+
+/**
+ * Appends what was written to a file, in the same manner. The old content is
+ * moved to ".bak" and copied back before the append; should that copy alone
+ * fail, the append starts a new file and the old content goes with the ".bak".
+ *
+ * @param name file name.
+ * @param record the record.
+ * @return 1; 0 if an argument is NULL or appending failed, with the old
+ *         content in place again.
+ */
+QN_API int32_t fnQNFS_Append_Buffer_To_File(const char *name, QNFSBuffer *record);
+
+/**
+ * Loads a file, after putting a ".bak" that a save left behind in its place.
+ *
+ * @param name file name.
+ * @param record the record, prepared by fnQNFS_Init_Buffer() with the file's
+ *        size plus 10000 bytes. Where the file turns out to be larger (a
+ *        restored ".bak" may be), the storage is replaced by a larger one
+ *        from the heap, so it must come from there.
+ * @return 1; 0 if an argument is NULL, the size is unknown (the record is then
+ *         untouched), or reading failed (the buffer is then empty). Also 1,
+ *         with an empty buffer, if the port read well and gave no count.
+ */
+QN_API int32_t fnQNFS_Load_File_To_Buffer(const char *name, QNFSBuffer *record);
+
+QN_END_DECLS
+
+#endif

@@ -1,0 +1,171 @@
+// What goes into the cache, what is thrown out for it, and how an entry is
+// found again. Owns nothing; the store has the index.
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <utility>
+
+#include "qn_owned.h"
+#include "qn_stack_http_cache_internal.h"
+#include "qnstack/qn_fs_comm_tools.h"
+#include "qnstack/qn_fs_file.h"
+#include "qnstack/qn_share_string.h"
+#include "qnstack/qn_stack_http_cache.h"
+#include "qnstack/qn_stack_tools.h"
+
+namespace {
+
+constexpr int32_t kNearExpiry = 99;      // seconds; what expires sooner is purged
+constexpr int32_t kEntryLimit = 200;     // one place of them is kept free
+constexpr int32_t kSizeLimit = 1048576;  // bytes of all bodies
+constexpr int32_t kPromotionDepth = 99;  // hits behind this position are not moved
+constexpr char kNoLabel[] = "NULL";
+
+struct ReleaseEntry {
+  void operator()(QNCacheEntry *entry) const { qn::fnQNStack_Cache_FreeNode(&entry); }
+};
+using OwnedEntry = std::unique_ptr<QNCacheEntry, ReleaseEntry>;
+
+int32_t SecondsLeft(const QNCacheEntry &entry, int32_t now) {
+  return static_cast<int32_t>(static_cast<uint32_t>(entry.expires) - static_cast<uint32_t>(now));
+}
+
+// The body of a save. It may be a string of an entry that the save throws out;
+// that entry is then kept here until the body is written.
+struct Body {
+  const void *bytes;
+  int32_t length;
+  OwnedEntry holder;
+};
+
+bool IsWithin(const char *text, const void *address) {
+  const std::less_equal<const char *> not_behind;
+  const auto *byte = static_cast<const char *>(address);
+  return text != nullptr && not_behind(text, byte) && not_behind(byte, text + fnQN_STRLEN(text));
+}
+
+// Throws out an entry: its body file, its place in the list, and the record.
+void Evict(QNListNode *node, Body *body) {
+  OwnedEntry entry(static_cast<QNCacheEntry *>(node->data));
+  qn::delete_node_filename(entry.get());
+  fnQNList_Remove(qn::http_cache_list, node);
+  const bool holds_body = IsWithin(entry->url, body->bytes) || IsWithin(entry->label, body->bytes);
+  if (holds_body) body->holder = std::move(entry);
+}
+
+void PurgeNearExpiry(int32_t now, Body *body) {
+  QNListNode *next = nullptr;
+  for (QNListNode *node = fnQNList_BeginIter(qn::http_cache_list); node != nullptr; node = next) {
+    next = node->next;
+    if (SecondsLeft(*static_cast<QNCacheEntry *>(node->data), now) <= kNearExpiry) {
+      Evict(node, body);
+    }
+  }
+}
+
+// The counters can drift from the list: a URL that is saved again is taken off
+// twice. They decide all the same.
+bool HasRoomFor(int32_t length) {
+  const int64_t free_items = int64_t{kEntryLimit} - qn::http_cache_items;
+  return free_items > 1 && length < int64_t{kSizeLimit} - qn::http_cache_size;
+}
+
+// Throws out the oldest entries until there is room; false if there is none in
+// an empty cache.
+bool MakeRoom(Body *body) {
+  while (!HasRoomFor(body->length)) {
+    QNListNode *oldest = fnQNList_EndIter(qn::http_cache_list);
+    if (oldest == nullptr) return false;
+    Evict(oldest, body);
+  }
+  return true;
+}
+
+// A number that no other entry's body file has.
+int32_t FreeFileNumber() {
+  QNCacheEntry key = {};
+  key.file_no = fnQNFS_getRandom();
+  while (fnQNList_CompareFind(qn::http_cache_list, &key, qn::fnQNStack_Cache_Compare_FileID) !=
+         nullptr) {
+    ++key.file_no;
+  }
+  return key.file_no;
+}
+
+int32_t WriteBody(int32_t file_no, const Body &body) {
+  std::array<char, qn::kBodyNameBytes> name = {};
+  qn::init_node_filename(file_no, name.data());
+  return fnQNFS_WriteToFile(body.bytes, body.length, name.data());
+}
+
+// A body without an entry would stay until all are deleted.
+void DeleteBody(int32_t file_no) {
+  std::array<char, qn::kBodyNameBytes> name = {};
+  qn::init_node_filename(file_no, name.data());
+  fnQNFS_DeleteFile(name.data());
+}
+
+QNListNode *FindNode(const char *url) {
+  if (fnQNFS_http_cache_list() == nullptr) return nullptr;
+  QNCacheEntry key = {};
+  key.url = const_cast<char *>(url);
+  return fnQNList_CompareFind(qn::http_cache_list, &key, qn::fnQNStack_Cache_Compare);
+}
+
+// A new entry with copies of its strings, which may be those of an entry that
+// is about to be thrown out; null when the heap refuses.
+OwnedEntry NewEntry(const char *url, const char *label) {
+  OwnedEntry entry(qn::NewRecord<QNCacheEntry>());
+  if (entry == nullptr) return nullptr;
+  entry->url = fnQNStack_StrDup(url);
+  entry->label = fnQNStack_StrDup(label != nullptr ? label : kNoLabel);
+  const bool complete = (entry->url != nullptr || url == nullptr) && entry->label != nullptr;
+  return complete ? std::move(entry) : nullptr;
+}
+
+}  // namespace
+
+int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *body, int32_t length,
+                             int32_t expires, int32_t tag) {
+  Body saved = {body, length, nullptr};
+  OwnedEntry entry = NewEntry(url, label);
+  const QNListNode *old = FindNode(url);
+  if (entry == nullptr || qn::http_cache_list == nullptr) return 0;
+
+  // The old entry stays in the list, behind the new one, until it is thrown
+  // out and taken off the counters once more.
+  if (old != nullptr) qn::delete_node_filename(static_cast<const QNCacheEntry *>(old->data));
+  PurgeNearExpiry(fnQNFS_getLocalTime(), &saved);
+  if (!MakeRoom(&saved)) return 0;
+
+  entry->size = length;
+  entry->tag = tag;
+  entry->expires = expires;
+  entry->stored_at = fnQNFS_getLocalTime();
+  entry->file_no = FreeFileNumber();
+  if (WriteBody(entry->file_no, saved) == -1) return 0;
+  if (fnQNList_AddFront(qn::http_cache_list, entry.get()) == nullptr) {
+    DeleteBody(entry->file_no);
+    return 0;
+  }
+  (void)entry.release();  // the list's now
+
+  qn::http_cache_size += length;
+  ++qn::http_cache_items;
+  qn::SaveCacheIndex();
+  return 1;
+}
+
+QNCacheEntry *fnQNStack_Cache_FindbyUrl(const char *url) {
+  return static_cast<QNCacheEntry *>(fnQNList_GetData(FindNode(url)));
+}
+
+QNCacheEntry *fnQNStack_Cache_FindbyUrl_NoExpired(const char *url) {
+  QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl(url);
+  if (entry == nullptr || entry->expires <= fnQNFS_getLocalTime()) return nullptr;
+  if (fnQNFS_List_getPos(qn::http_cache_list, entry) > kPromotionDepth) return entry;
+  fnQNFS_List_MoveToHead(qn::http_cache_list, entry);
+  qn::SaveCacheIndex();
+  return entry;
+}

@@ -1,0 +1,49 @@
+// A file descriptor with one owner, and moving bytes through it whole.
+#ifndef QNSTACK_QN_FS_DESCRIPTOR_H
+#define QNSTACK_QN_FS_DESCRIPTOR_H
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <utility>
+
+namespace qn {
+
+// Closes its descriptor at the end of its scope.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int fd) : fd_(fd) {}
+  Descriptor(Descriptor &&other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Descriptor &operator=(Descriptor &&other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
+  Descriptor(const Descriptor &) = delete;
+  Descriptor &operator=(const Descriptor &) = delete;
+  ~Descriptor() { Close(); }
+
+  bool IsOpen() const { return fd_ >= 0; }
+  int Get() const { return fd_; }
+  int Release() { return std::exchange(fd_, -1); }
+
+  // Closes now; false if the system reports that something went wrong.
+  bool Close();
+
+ private:
+  int fd_ = -1;
+};
+
+// Reads up to `size` bytes, until the end of the file; -1 on failure.
+ssize_t ReadWhole(int fd, void *destination, std::size_t size);
+
+// Writes all bytes; false on failure, of which some may have been written.
+bool WriteWhole(int fd, const void *bytes, std::size_t size);
+
+// The same at a position of the file.
+ssize_t ReadWholeAt(int fd, void *destination, std::size_t size, off_t position);
+bool WriteWholeAt(int fd, const void *bytes, std::size_t size, off_t position);
+
+}  // namespace qn
+
+#endif

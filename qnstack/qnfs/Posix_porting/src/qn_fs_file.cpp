@@ -1,0 +1,229 @@
+// The file port for POSIX systems: files below the root directory, readable by
+// their owner alone, written so that a crash leaves the old content or the new.
+// Owns nothing; the root and the callback are kept with the streams.
+#include "qnstack/qn_fs_file.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
+#include <string_view>
+
+#include "qn_fs_beneath.h"
+#include "qn_fs_descriptor.h"
+#include "qn_fs_file_port.h"
+#include "qn_fs_replacement.h"
+#include "qnstack/qn_share_string.h"
+
+namespace {
+
+constexpr int32_t kFailed = -1;
+// Loading a file takes its size and so much more in 32 bits.
+constexpr off_t kMostFileSize = std::numeric_limits<int32_t>::max() - 10000;
+
+std::size_t Size(int32_t length) { return static_cast<std::size_t>(length); }
+
+// Takes back what an append has written before it failed.
+bool AppendWhole(int fd, const void *data, std::size_t size) {
+  struct stat before = {};
+  if (fstat(fd, &before) != 0) return false;
+  if (qn::WriteWhole(fd, data, size) && fsync(fd) == 0) return true;
+  static_cast<void>(ftruncate(fd, before.st_size) == 0);  // nothing is left to try if it fails
+  return false;
+}
+
+bool CopyWhole(int from, int to) {
+  std::array<char, 65536> piece;
+  ssize_t got = 0;
+  while ((got = qn::ReadWhole(from, piece.data(), piece.size())) > 0) {
+    if (!qn::WriteWhole(to, piece.data(), Size(static_cast<int32_t>(got)))) return false;
+  }
+  return got == 0;
+}
+
+bool IsFolder(int folder, const dirent &entry) {
+  if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+  struct stat status = {};
+  return fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISDIR(status.st_mode);
+}
+
+// Deletes all that is not a folder; false if something stayed.
+bool DeleteEntries(DIR *entries) {
+  const int folder = dirfd(entries);
+  bool all = true;
+  errno = 0;
+  while (const dirent *entry = readdir(entries)) {
+    if (!IsFolder(folder, *entry) && unlinkat(folder, entry->d_name, 0) != 0 && errno != ENOENT) {
+      all = false;
+    }
+    errno = 0;
+  }
+  return all && errno == 0;
+}
+
+// A way to open a stream, as fopen() names it.
+struct Mode {
+  std::string_view name;
+  int flags;
+  bool create;
+  bool empty;
+};
+constexpr Mode kModes[] = {
+    {"r", O_RDONLY, false, false},
+    {"r+", O_RDWR, false, false},
+    {"w", O_WRONLY, true, true},
+    {"w+", O_RDWR, true, true},
+    {"a", O_WRONLY | O_APPEND, true, false},
+    {"a+", O_RDWR | O_APPEND, true, false},
+};
+
+// The mode without the 'b's behind its first letter, which mean nothing here.
+const Mode *FindMode(const char *text) {
+  char name[3] = {};
+  std::size_t length = 0;
+  for (; text != nullptr && *text != '\0' && length < sizeof name; ++text) {
+    if (*text != 'b' || length == 0) name[length++] = *text;
+  }
+  for (const Mode &mode : kModes) {
+    if (mode.name == std::string_view(name, length)) return &mode;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+int32_t fnQNFS_isFileExisted(const char *name) { return qn::IsRegular(name) ? 1 : 0; }
+
+int32_t fnQNFS_MkDir(const char *path) { return path != nullptr && qn::MakeFolders(path) ? 1 : 0; }
+
+QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
+  const Mode *way = FindMode(mode);
+  if (way == nullptr) return nullptr;
+  qn::Descriptor file =
+      way->create ? qn::OpenOrCreateRegular(name, way->flags) : qn::OpenRegular(name, way->flags);
+  if (!file.IsOpen()) return nullptr;
+  // The cell goes back to the system heap when the handle is closed.
+  auto *cell = static_cast<FILE **>(std::malloc(sizeof(FILE *)));
+  if (cell == nullptr) return nullptr;
+  *cell = fdopen(file.Get(), mode);
+  // The old content goes last, when nothing else can fail.
+  if (*cell == nullptr || (way->empty && ftruncate(file.Get(), 0) != 0)) {
+    if (*cell != nullptr) file.Release();
+    fnQNFS_File_Close(cell);
+    return nullptr;
+  }
+  file.Release();
+  return cell;
+}
+
+int32_t fnQNFS_getFileSize(const char *name) {
+  struct stat status = {};
+  if (!qn::StatBeneath(name, &status) || !S_ISREG(status.st_mode)) return kFailed;
+  return status.st_size <= kMostFileSize ? static_cast<int32_t>(status.st_size) : kFailed;
+}
+
+int32_t fnQNFS_CopyFile(const char *destination, const char *source) {
+  qn::Descriptor from = qn::OpenRegular(source, O_RDONLY);
+  if (!from.IsOpen()) return 0;
+  qn::Replacement copy(destination);
+  return copy.IsOpen() && CopyWhole(from.Get(), copy.File()) && from.Close() && copy.Commit() ? 1
+                                                                                              : 0;
+}
+
+int32_t fnQNFS_MoveFile(const char *destination, const char *source) {
+  const qn::Place from = qn::FindPlace(source);
+  const qn::Place to = qn::FindPlace(destination);
+  if (!from.IsFound() || !to.IsFound()) return 0;
+  if (!qn::IsRegular(source) || !qn::IsReplaceable(destination, to)) return 0;
+  if (renameat(from.folder.Get(), from.base, to.folder.Get(), to.base) != 0) return 0;
+  qn::SyncFolder(to.folder);
+  qn::SyncFolder(from.folder);
+  return 1;
+}
+
+int32_t fnQNFS_DeleteFile(const char *name) {
+  const qn::Place place = qn::FindPlace(name);
+  return place.IsFound() && unlinkat(place.folder.Get(), place.base, 0) == 0 ? 1 : 0;
+}
+
+int32_t fnQNFS_DelAllFiles(const char *path) {
+  qn::Descriptor folder = qn::OpenBeneath(path, O_RDONLY | O_DIRECTORY);
+  if (!folder.IsOpen()) return 0;
+  DIR *entries = fdopendir(folder.Get());
+  if (entries == nullptr) return 0;
+  folder.Release();
+  const bool all = DeleteEntries(entries);
+  return closedir(entries) == 0 && all ? 1 : 0;
+}
+
+int32_t fnQNFS_RmDir(const char *path) {
+  std::string_view folder(path == nullptr ? "" : path);
+  while (folder.ends_with('/')) folder.remove_suffix(1);
+  const qn::BeneathName name(folder);
+  const qn::Place place = qn::FindPlace(name.Text());
+  return place.IsFound() && unlinkat(place.folder.Get(), place.base, AT_REMOVEDIR) == 0 ? 1 : 0;
+}
+
+uint32_t fnQNFS_File_CreateDir(const char *path) {
+  const std::size_t length = fnQN_STRLEN(path);
+  if (length == 0 || length >= QNFS_PATH_BYTES) return 0;
+  const std::string_view text(path, length);
+  const std::size_t last_slash = text.rfind('/');
+  const std::string_view folders(path, last_slash == std::string_view::npos ? 0 : last_slash);
+  return qn::MakeFolders(folders) ? static_cast<uint32_t>(length) : 0;
+}
+
+int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination, int32_t *count) {
+  if (maximum < 0 || destination == nullptr || count == nullptr) return kFailed;
+  qn::Descriptor file = qn::OpenRegular(name, O_RDONLY);
+  if (!file.IsOpen()) return kFailed;
+  const ssize_t got = qn::ReadWhole(file.Get(), destination, Size(maximum));
+  if (got < 0 || !file.Close()) return kFailed;
+  *count = static_cast<int32_t>(got);
+  return 0;
+}
+
+int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name) {
+  if (data == nullptr || length < 0) return kFailed;
+  qn::Replacement content(name);
+  if (!content.IsOpen() || !qn::WriteWhole(content.File(), data, Size(length)) ||
+      !content.Commit()) {
+    return kFailed;
+  }
+  qn::TellWritten(name);
+  return length;
+}
+
+int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name) {
+  if (data == nullptr || length < 0) return kFailed;
+  qn::Descriptor file = qn::OpenOrCreateRegular(name, O_WRONLY | O_APPEND);
+  if (!file.IsOpen() || !AppendWhole(file.Get(), data, Size(length)) || !file.Close()) {
+    return kFailed;
+  }
+  qn::TellWritten(name);
+  return length;
+}
+
+int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t position,
+                                const char *name) {
+  if (data == nullptr || length < 0 || position < 0) return kFailed;
+  qn::Descriptor file = qn::OpenOrCreateRegular(name, O_WRONLY);
+  const bool written = file.IsOpen() &&
+                       qn::WriteWholeAt(file.Get(), data, Size(length), position) &&
+                       fsync(file.Get()) == 0 && file.Close();
+  return written ? length : kFailed;
+}
+
+int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t length,
+                                 void *destination) {
+  if (destination == nullptr || length < 0 || position < 0) return kFailed;
+  qn::Descriptor file = qn::OpenRegular(name, O_RDONLY);
+  if (!file.IsOpen()) return kFailed;
+  const ssize_t got = qn::ReadWholeAt(file.Get(), destination, Size(length), position);
+  return got >= 0 && file.Close() ? static_cast<int32_t>(got) : kFailed;
+}

@@ -1,0 +1,84 @@
+// New content beside a file. The temporary's name is made of the file's, so a
+// crash leaves at most one behind, which the next write of that file takes
+// over; a lock on it keeps two processes from writing the same one. Owns
+// nothing.
+#include "qn_fs_replacement.h"
+
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace {
+
+constexpr char kSuffix[] = ".~new";  // no body file's name ends so: those are numbers
+constexpr mode_t kFileMode = 0600;
+constexpr int kMostRaces = 100;  // with other processes that put the same file in place
+
+bool Lock(int fd) {
+  int result = -1;
+  do {
+    result = flock(fd, LOCK_EX);
+  } while (result != 0 && errno == EINTR);
+  return result == 0;
+}
+
+// Whether the open file still has that name.
+bool IsStillNamed(int fd, int folder, const char *name) {
+  struct stat open_file = {};
+  struct stat named = {};
+  return fstat(fd, &open_file) == 0 && S_ISREG(open_file.st_mode) &&
+         fstatat(folder, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+         open_file.st_dev == named.st_dev && open_file.st_ino == named.st_ino;
+}
+
+}  // namespace
+
+namespace qn {
+
+Replacement::Replacement(const char *name) : place_(FindPlace(name)) {
+  if (!place_.IsFound() || !IsReplaceable(name, place_) || !NameTemporary()) return;
+  for (int races = 0; races < kMostRaces && OpenTemporary(); ++races) {
+    if (IsStillNamed(file_.Get(), place_.folder.Get(), temporary_)) break;
+    file_.Close();
+  }
+  // What an earlier crash left in it goes.
+  if (file_.IsOpen() && ftruncate(file_.Get(), 0) != 0) file_.Close();
+}
+
+Replacement::~Replacement() {
+  if (file_.IsOpen() || lock_.IsOpen()) unlinkat(place_.folder.Get(), temporary_, 0);
+}
+
+bool Replacement::NameTemporary() {
+  const std::size_t length = std::strlen(place_.base);
+  if (length + sizeof kSuffix > sizeof temporary_) return false;
+  std::memcpy(temporary_, place_.base, length);
+  std::memcpy(temporary_ + length, kSuffix, sizeof kSuffix);
+  return true;
+}
+
+bool Replacement::OpenTemporary() {
+  file_ = Descriptor(openat(place_.folder.Get(), temporary_,
+                            O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
+                            kFileMode));
+  if (file_.IsOpen() && !Lock(file_.Get())) file_.Close();
+  return file_.IsOpen();
+}
+
+bool Replacement::Commit() {
+  if (!file_.IsOpen() || fsync(file_.Get()) != 0) return false;
+  // Closing reports late errors; the lock stays until the file has its name.
+  lock_ = Descriptor(fcntl(file_.Get(), F_DUPFD_CLOEXEC, 0));
+  if (!lock_.IsOpen() || !file_.Close()) return false;
+  const int folder = place_.folder.Get();
+  if (renameat(folder, temporary_, folder, place_.base) != 0) return false;
+  lock_.Close();
+  SyncFolder(place_.folder);
+  return true;
+}
+
+void SyncFolder(const Descriptor &folder) { fsync(folder.Get()); }
+
+}  // namespace qn

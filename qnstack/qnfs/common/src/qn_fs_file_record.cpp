@@ -1,0 +1,126 @@
+// Record files: a list's elements one after another, through the caller's
+// write and read functions. Owns nothing.
+#include "qnstack/qn_fs_file_record.h"
+
+#include "qn_fs_filebuffer_internal.h"
+#include "qn_owned.h"
+#include "qnstack/qn_fs_comm_tools.h"
+#include "qnstack/qn_fs_file.h"
+#include "qnstack/qn_share_string.h"
+
+namespace {
+
+constexpr char kSource[] = "qnstack/qnfs/common/src/qn_fs_file_record";
+constexpr char kBackupSuffix[] = ".bak";
+constexpr std::size_t kShortestWithBackup = 3;
+
+using AddFunction = QNListNode *(*)(QNList *list, void *data);
+using StepFunction = QNListNode *(*)(const QNListNode *iter);
+
+// The log's places in a save; those of the two saves differ.
+struct SaveLines {
+  int32_t enter;
+  int32_t success;
+  int32_t failure;
+};
+constexpr SaveLines kSaveLines = {177, 225, 231};
+constexpr SaveLines kSaveExLines = {260, 308, 314};
+
+void Log(int32_t line, const char *text) {
+  fnQNFS_printLog_param(kSource, line);
+  fnQNFS_printLog("%s", text);
+}
+
+// Room for a file's content and what may come to it.
+int64_t CapacityFor(const char *name) {
+  const int32_t size = fnQNFS_getFileSize(name);
+  return int64_t{size < 0 ? 0 : size} + qn::kFileHeadroom;
+}
+
+void Load(const char *name, QNList *list, QNFSRecordRead read, AddFunction add) {
+  if (name == nullptr || list == nullptr || read == nullptr) return;
+  qn::FileImage image(CapacityFor(name));
+  QNFSBuffer *record = image.Record();
+  if (!image.IsAllocated() || fnQNFS_Load_File_To_Buffer(name, record) == 0) return;
+  while (fnQNFS_Buffer_IsEnd(record) == 0) {
+    const int32_t before = record->pos;
+    void *data = read(record);
+    if (data != nullptr) {
+      add(list, data);
+    } else if (record->pos == before) {
+      return;  // a reader that takes nothing and gives nothing would go on for ever
+    }
+  }
+}
+
+// Writes all elements; false if one is null.
+bool WriteElements(QNFSBuffer *record, const QNListNode *first, StepFunction step,
+                   QNFSRecordWrite write) {
+  for (const QNListNode *iter = first; fnQNList_IsValid(iter) != 0; iter = step(iter)) {
+    void *data = fnQNList_GetData(iter);
+    if (data == nullptr) return false;
+    write(record, data);
+  }
+  return true;
+}
+
+int32_t Save(const char *name, const QNListNode *first, StepFunction step, QNFSRecordWrite write,
+             const SaveLines &lines) {
+  Log(lines.enter, "<QXW-------Enter fnQNFS_Save_List_To_File()------>");
+  qn::FileImage image(CapacityFor(name));
+  if (!image.IsAllocated()) return 0;
+  if (!WriteElements(image.Record(), first, step, write)) return 0;
+  if (image.Write(name) == 0) {
+    Log(lines.failure, "<QXW-----Exit fnQNFS_Save_List_To_File() Failed !---->");
+    return 0;
+  }
+  Log(lines.success, "<QXW------Exit fnQNFS_Save_List_To_File() Successfully !------->");
+  return 1;
+}
+
+}  // namespace
+
+void fnQNFS_Load_File_To_List(const char *name, QNList *list, QNFSRecordRead read) {
+  Load(name, list, read, fnQNList_AddTail);
+}
+
+void fnQNFS_Load_File_To_ListEx(const char *name, QNList *list, QNFSRecordRead read) {
+  Load(name, list, read, fnQNList_AddFront);
+}
+
+int32_t fnQNFS_Save_List_To_File(const char *name, QNList *list, QNFSRecordWrite write) {
+  if (name == nullptr || list == nullptr || write == nullptr) return 0;
+  return Save(name, fnQNList_BeginIter(list), fnQNList_NextIter, write, kSaveLines);
+}
+
+int32_t fnQNFS_Save_List_To_FileEx(const char *name, QNList *list, QNFSRecordWrite write) {
+  if (name == nullptr || list == nullptr || write == nullptr) return 0;
+  return Save(name, fnQNList_EndIter(list), fnQNList_PrevIter, write, kSaveExLines);
+}
+
+int32_t fnQNFS_Append_List_To_File(const char *name, QNList *list, QNFSRecordWrite write) {
+  if (name == nullptr || list == nullptr || write == nullptr) return 0;
+  qn::FileImage image(qn::kFileHeadroom);
+  if (!image.IsAllocated()) return 0;
+  const QNListNode *first = fnQNList_BeginIter(list);
+  if (first != nullptr) {
+    if (first->data == nullptr) return 0;
+    write(image.Record(), first->data);
+  }
+  return image.Append(name);
+}
+
+void *fnQNFS_List_Find_Node(QNList *list, intptr_t key, QNListCompare compare) {
+  if (key == 0) return nullptr;
+  return fnQNList_GetData(fnQNList_CompareFind(list, &key, compare));
+}
+
+char *fnQNFS_getBak_FileName(const char *name) {
+  const std::size_t length = fnQN_STRLEN(name);
+  if (length < kShortestWithBackup) return nullptr;
+  auto *backup = static_cast<char *>(qn::AllocateZeroed(length + sizeof kBackupSuffix));
+  if (backup == nullptr) return nullptr;
+  fnQN_MEMCPY(backup, name, length);
+  fnQN_MEMCPY(backup + length, kBackupSuffix, sizeof kBackupSuffix);
+  return backup;
+}
