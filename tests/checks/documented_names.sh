@@ -45,7 +45,7 @@ in_record { next }
   if (statement ~ /\(/ && statement !~ /^ extern/) {
     sub(/ *QN_PRINTF_LIKE\([^)]*\)/, "", statement)
     check_arguments(statement)
-    if (statement !~ /^ QN_API void fn/ && comment !~ /@return/) complain("no @return: " statement)
+    if (statement !~ /^ QN_API void [A-Za-z]/ && comment !~ /@return/) complain("no @return: " statement)
   }
   statement = ""; comment = ""; next
 }

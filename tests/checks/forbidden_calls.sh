@@ -5,9 +5,9 @@
 set -euo pipefail
 
 calls='(^|[^A-Za-z0-9_>.])(std::)?(sprintf|strcpy|strcat|strtok|gets|malloc|calloc|realloc|free|strdup|sscanf|printf)\('
-# The file port frees stream cells, which callers take from the system heap.
+# Stream cells come from the system heap and go back to it.
 found=$(grep -rnE "$calls" "$1" --include='*.cpp' --include='*.h' |
-  grep -vE '/qnshare/Mac_porting/src/|_porting/src/qn_fs_file\.cpp:[0-9]+: *std::free\(handle\);' |
+  grep -vE '/qnshare/Mac_porting/src/|/qn_fs_file(_stream)?\.cpp:.*(std::free\((handle|cell)\)|std::malloc\(sizeof\(FILE \*\)\))' |
   grep -vE ':[0-9]+: *//' || true)
 if [[ -n $found ]]; then
   printf 'calls that belong into the primitives:\n%s\n' "$found"

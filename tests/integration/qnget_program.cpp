@@ -1,7 +1,10 @@
 // The programs' paths come from the build.
 #include "qnget_program.h"
 
+#include <gtest/gtest.h>
+
 #include <fcntl.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -16,6 +19,15 @@ std::vector<std::string> Command(const char *program, const std::vector<std::str
   command.insert(command.end(), arguments.begin(), arguments.end());
   return command;
 }
+
+// The settings of whoever runs the tests are none of theirs.
+class NoUserFolder : public testing::Environment {
+ public:
+  void SetUp() override { setenv("XDG_CACHE_HOME", "/nonexistent", 1); }
+};
+
+[[maybe_unused]] const testing::Environment *const kNoUserFolder =
+    testing::AddGlobalTestEnvironment(new NoUserFolder);
 
 }  // namespace
 

@@ -80,6 +80,32 @@ const Refusal kRefusals[] = {
     {"TooManyRetries", {"--retry", "21", kUrl}, "--retry"},
     {"HalfARetry", {"--retry", "1.5", kUrl}, "--retry"},
     {"NegativeDelay", {"--retry-delay", "-1", kUrl}, "--retry-delay"},
+    {"CacheWithPost", {"--cache", "-X", "POST", kUrl}, "--cache goes with GET alone"},
+    {"CacheWithHead", {"--cache", "-X", "HEAD", kUrl}, "--cache goes with GET alone"},
+    {"CacheWithData", {"--cache", "--data", "/dev/null", kUrl}, "--cache goes with GET alone"},
+    {"CacheWithRaw", {"--cache", "--raw", kUrl}, "not with --raw"},
+    {"CacheWithoutUrl", {"--cache"}, "URL is required"},
+    {"CacheListWithUrl", {"--cache-list", kUrl}, "no URL goes with"},
+    {"CacheClearWithUrl", {"--cache-clear", kUrl}, "no URL goes with"},
+    {"CacheListAndClear", {"--cache-list", "--cache-clear"}, "excludes"},
+    {"EmptyRoot", {"--root", "", kUrl}, "--root"},
+    {"OperatorWithAPath", {"--operator", "../x", kUrl}, "letters, digits"},
+    {"OperatorWithADot", {"--operator", "a.b", kUrl}, "letters, digits"},
+    {"EmptyOperator", {"--operator", "", kUrl}, "letters, digits"},
+    {"ConfigAlone", {"config"}, "subcommand is required"},
+    {"ConfigUnknown", {"config", "drop"}, "subcommand is required"},
+    {"ConfigWithUrl", {"config", "get", "proxy", kUrl}, "no URL goes with"},
+    {"ConfigWithCache", {"config", "list", "--cache"}, "does not go with"},
+    {"ConfigSetWithoutValue", {"config", "set", "proxy"}, "VALUE is required"},
+    {"ConfigSetUnknownKey", {"config", "set", "colour", "red"}, "no setting 'colour'"},
+    {"ConfigGetUnknownKey", {"config", "get", "Proxy"}, "no setting 'Proxy'"},
+    {"ConfigUnsetUnknownKey", {"config", "unset", "output"}, "no setting 'output'"},
+    {"ConfigSetBadProxy", {"config", "set", "proxy", "gateway"}, "proxy: not HOST:PORT"},
+    {"ConfigSetLineEnd", {"config", "set", "accept", "a\r\nb"}, "accept: a header value"},
+    {"ConfigSetBadTimeout", {"config", "set", "timeout", "soon"}, "timeout: not from 0.001"},
+    {"ConfigSetLongValue",
+     {"config", "set", "user-agent", std::string(2001, 'x')},
+     "user-agent: longer than 2000 bytes"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Qnget, QngetRefuses, testing::ValuesIn(kRefusals),
@@ -118,9 +144,11 @@ TEST(QngetHelp, NamesEveryOption) {
 
   EXPECT_EQ(result.exit_code, 0);
   for (const char *option :
-       {"-p,--proxy", "--user-agent", "--profile", "--accept ", "--accept-language", "-X,",
-        "--data", "--content-type", "-o,", "-i,", "--raw", "--trace", "--timeout", "--retry ",
-        "--retry-delay", "--version", "-h,--help"}) {
+       {"-p,--proxy", "--user-agent", "--profile",      "--accept ",    "--accept-language",
+        "-X,",        "--data",       "--content-type", "-o,",          "-i,",
+        "--raw",      "--trace",      "--timeout",      "--retry ",     "--retry-delay",
+        "--version",  "-h,--help",    "--cache ",       "--cache-list", "--cache-clear",
+        "--root",     "--operator",   "A word 'config'"}) {
     EXPECT_THAT(result.output, HasSubstr(option));
   }
 }

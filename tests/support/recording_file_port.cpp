@@ -48,6 +48,10 @@ void RecordingFilePort::Tear(std::string_view function, size_t kept, int nth) {
       {std::string(function), nth, false, {.fails = true, .kept = kept, .torn = true}});
 }
 
+void RecordingFilePort::Answer(std::string_view function, int32_t result, int nth) {
+  failures_.push_back({std::string(function), nth, false, {.answer = result}});
+}
+
 FileOutcome RecordingFilePort::NextOutcome(std::string_view function) {
   FileOutcome outcome;
   for (Failure &failure : failures_) {

@@ -11,8 +11,10 @@
 #define QNSTACK_TESTS_SUPPORT_RECORDING_FILE_PORT_H
 
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +39,7 @@ struct FileOutcome {
   bool fails = false;
   size_t kept = 0;  // bytes that a failing write leaves behind when it is torn
   bool torn = false;
+  std::optional<int32_t> answer = {};  // given at once, with nothing done
 };
 
 class RecordingFilePort {
@@ -64,6 +67,10 @@ class RecordingFilePort {
   // bytes have reached the file: WriteToFile and CopyFile leave them as the
   // whole content, AppendToFile, WriteToFileAtPos and File_Write in their place.
   void Tear(std::string_view function, size_t kept, int nth = 1);
+
+  // The nth following call of that primitive does nothing and gives `result`.
+  // For isFileExisted, getFileSize, ReadFromFile, WriteToFile and AppendToFile.
+  void Answer(std::string_view function, int32_t result, int nth = 1);
 
   // The following calls succeed again.
   void ClearFailures() { failures_.clear(); }

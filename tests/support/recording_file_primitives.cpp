@@ -68,6 +68,9 @@ void fnQNFS_SetCardSynFileFunc(QNFSCardSynFile callback) {
 
 int32_t fnQNFS_isFileExisted(const char *name) {
   const FileOutcome outcome = FilePort().Enter("isFileExisted", {Shown(name)});
+  if (outcome.answer) {
+    return *outcome.answer;
+  }
   return !outcome.fails && FilePort().files().Exists(Name(name)) ? 1 : 0;
 }
 
@@ -143,6 +146,9 @@ void fnQNFS_File_Close(QNFSFile handle) {
 
 int32_t fnQNFS_getFileSize(const char *name) {
   const FileOutcome outcome = FilePort().Enter("getFileSize", {Shown(name)});
+  if (outcome.answer) {
+    return *outcome.answer;
+  }
   const std::optional<std::string> content = FilePort().files().Content(Name(name));
   return outcome.fails || !content ? -1 : static_cast<int32_t>(content->size());
 }
@@ -193,6 +199,9 @@ uint32_t fnQNFS_File_CreateDir(const char *path) {
 
 int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination, int32_t *count) {
   const FileOutcome outcome = FilePort().Enter("ReadFromFile", {Shown(name), Shown(maximum)});
+  if (outcome.answer) {
+    return *outcome.answer;
+  }
   const std::optional<std::string> content = FilePort().files().Content(Name(name));
   if (outcome.fails || !content || maximum < 0 || destination == nullptr || count == nullptr) {
     return -1;
@@ -205,6 +214,9 @@ int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination
 int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name) {
   const FileOutcome outcome =
       FilePort().Enter("WriteToFile", {Shown(data, length), Shown(name)}, Bytes(data, length));
+  if (outcome.answer) {
+    return *outcome.answer;
+  }
   if (LeavesNothing(outcome) || !IsWritable(data, length, name)) {
     return -1;
   }
@@ -219,6 +231,9 @@ int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name) {
 int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name) {
   const FileOutcome outcome =
       FilePort().Enter("AppendToFile", {Shown(data, length), Shown(name)}, Bytes(data, length));
+  if (outcome.answer) {
+    return *outcome.answer;
+  }
   if (LeavesNothing(outcome) || !IsWritable(data, length, name)) {
     return -1;
   }

@@ -52,6 +52,15 @@ CHECK_FIELD(QNListNode, prev, QNListNode *, 8);
 CHECK_FIELD(QNListNode, next, QNListNode *, 16);
 static_assert(sizeof(QNListNode) == 24);
 
+CHECK_FIELD(QNCacheEntry, url, char *, 0);
+CHECK_FIELD(QNCacheEntry, label, char *, 8);
+CHECK_FIELD(QNCacheEntry, file_no, int32_t, 16);
+CHECK_FIELD(QNCacheEntry, size, int32_t, 20);
+CHECK_FIELD(QNCacheEntry, expires, int32_t, 24);
+CHECK_FIELD(QNCacheEntry, stored_at, int32_t, 28);
+CHECK_FIELD(QNCacheEntry, tag, int32_t, 32);
+static_assert(sizeof(QNCacheEntry) == 40);
+
 CHECK_FIELD(QNSocketSlot, fd, int32_t, 0);
 CHECK_FIELD(QNSocketSlot, addr, uint32_t, 4);
 CHECK_FIELD(QNSocketSlot, port, uint16_t, 8);
@@ -59,3 +68,19 @@ CHECK_FIELD(QNSocketSlot, connState, int32_t, 12);
 static_assert(sizeof(QNSocketSlot) == 16);
 
 static_assert(std::is_same_v<decltype(socket_list), QNSocketSlot[20]>);
+
+CHECK_FIELD(QNTime, year, uint32_t, 0);
+CHECK_FIELD(QNTime, month, uint32_t, 4);
+CHECK_FIELD(QNTime, day, uint32_t, 8);
+CHECK_FIELD(QNTime, hour, uint32_t, 12);
+CHECK_FIELD(QNTime, minute, uint32_t, 16);
+CHECK_FIELD(QNTime, second, uint32_t, 20);
+CHECK_FIELD(QNTime, extra, uint32_t, 24);
+static_assert(sizeof(QNTime) == 28);
+static_assert(std::is_same_v<decltype(start_time), uint32_t>);
+static_assert(std::is_same_v<decltype(end_time), uint32_t>);
+
+CHECK_FIELD(QNFSCallBack, owner, intptr_t[4], 0);
+CHECK_FIELD(QNFSCallBack, function, QNFSCallBackFunction, 32);
+CHECK_FIELD(QNFSCallBack, context, intptr_t, 40);
+static_assert(sizeof(QNFSCallBack) == 48);

@@ -10,6 +10,7 @@
 #include <random>
 #include <vector>
 
+#include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_list.h"
 #include "support/letter_list.h"
 

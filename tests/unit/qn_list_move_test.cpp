@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_list.h"
 #include "support/failing_heap.h"
 #include "support/letter_list.h"

@@ -1,5 +1,6 @@
 // Guards how a list is made, filled, walked and searched.
 #include "qnstack/qn_list.h"
+#include "qnstack/qn_fs_comm_tools.h"
 
 #include <gtest/gtest.h>
 

@@ -281,6 +281,28 @@ TEST_F(RecordingFilePortTest, FailsAllFromTheChosenCallOnUntilCleared) {
   EXPECT_EQ(Content("/b"), "1");
 }
 
+TEST_F(RecordingFilePortTest, GivesTheChosenAnswerWithNothingDone) {
+  Files().Write("/a", "content");
+  char bytes[] = "?";
+  int32_t count = 77;
+  FilePort().Answer("isFileExisted", 5);
+  FilePort().Answer("getFileSize", -5, 2);
+  FilePort().Answer("ReadFromFile", 0);
+  FilePort().Answer("WriteToFile", -2);
+  FilePort().Answer("AppendToFile", 0);
+
+  EXPECT_EQ(fnQNFS_isFileExisted("/none"), 5);
+  EXPECT_EQ(fnQNFS_getFileSize("/a"), 7);
+  EXPECT_EQ(fnQNFS_getFileSize("/a"), -5);
+  EXPECT_EQ(fnQNFS_ReadFromFile("/a", 1, bytes, &count), 0);
+  EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/a"), -2);
+  EXPECT_EQ(fnQNFS_AppendToFile("x", 1, "/a"), 0);
+
+  EXPECT_STREQ(bytes, "?");
+  EXPECT_EQ(count, 77);
+  EXPECT_EQ(Content("/a"), "content");
+}
+
 TEST_F(RecordingFilePortTest, TearsWritesAfterTheirFirstBytes) {
   Files().Write("/w", "old");
   Files().Write("/a", "old");

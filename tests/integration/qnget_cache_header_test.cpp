@@ -1,0 +1,157 @@
+// How qnget comes by the header lines that decide what is kept: in pieces, over
+// pauses of the library, behind redirects and interim answers. And that a hit
+// needs no network.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "qnget_cache_folder.h"
+#include "qnget_program.h"
+#include "support/process.h"
+#include "support/scratch_folder.h"
+#include "support/scripted_server.h"
+
+namespace qntest {
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+// The library pauses when so many bytes of a header are unread.
+constexpr std::size_t kPause = 20480;
+
+const std::string kForbidden = "Cache-Control: no-cache\r\n";
+
+// Header lines of about so many bytes that say nothing.
+std::string Padding(std::size_t bytes) {
+  std::string lines;
+  while (lines.size() < bytes) lines += "X-Padding: " + std::string(87, 'p') + "\r\n";
+  return lines;
+}
+
+class QngetCacheHeader : public CacheFolder {
+ protected:
+  // What qnget says of the cache after an answer that comes in these pieces.
+  std::string Told(const std::vector<std::string> &pieces) const {
+    ConnectionScript script{ReadHeader(), SendBytes("HTTP/1.0 200 OK\r\n")};
+    for (const std::string &piece : pieces) script.push_back(SendBytes(piece));
+    script.push_back(HalfClose());
+    script.push_back(ReadToEnd());
+    ScriptedServer server({script});
+    return Fetch({"-i", LocalUrl(server.port())}).error;
+  }
+};
+
+TEST_F(QngetCacheHeader, IsReadFromItsFirstLine) {
+  EXPECT_THAT(Told({kFresh, Padding(3 * kPause), "\r\n", "abc"}), HasSubstr("stored until"));
+}
+
+TEST_F(QngetCacheHeader, IsReadToItsLastLine) {
+  EXPECT_THAT(Told({Padding(3 * kPause), kFresh + "\r\n", "abc"}), HasSubstr("stored until"));
+}
+
+TEST_F(QngetCacheHeader, IsReadBetweenPauses) {
+  EXPECT_THAT(Told({kFresh, Padding(2 * kPause), kForbidden, Padding(2 * kPause), "\r\n", "abc"}),
+              EndsWith("cache: not stored\n"));
+}
+
+// The line begins before the mark and ends behind it, wherever a pause falls.
+TEST_F(QngetCacheHeader, IsReadWhereALineLiesAcrossAPause) {
+  const std::string lead = Padding(kPause - 1500);
+
+  EXPECT_THAT(Told({lead + "X: " + std::string(6000, 'y') + "\r\n" + kFresh + "\r\n", "abc"}),
+              HasSubstr("stored until"));
+}
+
+TEST_F(QngetCacheHeader, IsReadInPieces) {
+  EXPECT_THAT(Told({"Cache-Con", "trol: max", "-age=6", "00\r", "\n\r", "\nabc"}),
+              HasSubstr("stored until"));
+}
+
+TEST_F(QngetCacheHeader, DoesNotReachIntoTheBody) {
+  EXPECT_THAT(Told({kFresh + "\r\n" + kForbidden + kForbidden}), HasSubstr("stored until"));
+}
+
+class QngetCacheRedirect : public CacheFolder {
+ protected:
+  // What qnget says of the cache when a redirect and its target have such lines.
+  std::string Told(const std::string &redirect_lines, const std::string &lines) {
+    ScriptedServer target({AnswerWith(Answer("abc", lines))});
+    const std::string location = "Location: " + LocalUrl(target.port()) + "\r\n";
+    ScriptedServer server(
+        {AnswerWith(Answer("elsewhere", redirect_lines + location, "302 Found"))});
+    url_ = LocalUrl(server.port());
+    return Fetch({"-i", url_}).error;
+  }
+
+  std::string url_;
+};
+
+TEST_F(QngetCacheRedirect, IsFollowedByAHeaderThatAloneForbids) {
+  EXPECT_THAT(Told(kForbidden, kFresh), HasSubstr("stored until"));
+}
+
+TEST_F(QngetCacheRedirect, IsFollowedByAHeaderThatAloneAllows) {
+  EXPECT_THAT(Told(kFresh, ""), EndsWith("cache: not stored\n"));
+}
+
+// Then its lines have been looked at before it shows to be a redirect.
+TEST_F(QngetCacheRedirect, IsForgottenWhenItsHeaderCameOverPauses) {
+  EXPECT_THAT(Told(kForbidden + Padding(3 * kPause), kFresh), HasSubstr("stored until"));
+}
+
+TEST_F(QngetCacheRedirect, IsKeptUnderTheUrlThatWasGiven) {
+  Told("", kFresh);
+
+  EXPECT_EQ(Fetch({url_}).output, "abc");
+}
+
+TEST_F(QngetCacheHeader, OfAnInterimAnswerDoesNotCount) {
+  const std::string interim = "HTTP/1.1 100 Continue\r\n" + kForbidden + "\r\n";
+  ScriptedServer server({AnswerWith(interim + Answer("abc", kFresh))});
+
+  EXPECT_THAT(Fetch({"-i", LocalUrl(server.port())}).error, HasSubstr("stored until"));
+}
+
+TEST_F(QngetCacheHeader, OfAnEarlierTryDoesNotCount) {
+  ScriptedServer server({AnswerWith(""), AnswerWith(Answer("abc", kFresh))});
+
+  EXPECT_THAT(Fetch({"-i", "--retry", "1", "--retry-delay", "0", LocalUrl(server.port())}).error,
+              HasSubstr("stored until"));
+}
+
+using QngetCacheHit = CacheFolder;
+
+// The network calls of qnget --cache; the reason in `problem` if they cannot be had.
+std::string NetworkCalls(const std::string &root, const std::string &url, std::string &problem) {
+  const ScratchFolder folder;
+  const std::string calls = folder.path("calls");
+  std::vector<std::string> command{"strace", "-f", "-e", "trace=network", "-o", calls};
+  for (const std::string &word : QngetCommand({"--root", root, "--cache", url})) {
+    command.push_back(word);
+  }
+  // The leak checker wants to trace the program itself.
+  const ProcessResult result =
+      RunProgram(command, {.environment = {"ASAN_OPTIONS=detect_leaks=0"}});
+  if (result.exit_code != 0) problem = result.error;
+  return folder.read("calls");
+}
+
+TEST_F(QngetCacheHit, NeedsNoSocket) {
+  ScriptedServer server({AnswerWith(Answer("abc", kFresh))});
+  const std::string url = LocalUrl(server.port());
+  std::string problem;
+  const std::string first = NetworkCalls(root_, url, problem);
+  if (!problem.empty()) GTEST_SKIP() << "system calls cannot be traced here: " << problem;
+  ASSERT_THAT(first, HasSubstr("socket("));
+
+  const std::string second = NetworkCalls(root_, url, problem);
+
+  EXPECT_EQ(problem, "");
+  EXPECT_THAT(second, HasSubstr("exited with 0"));
+  EXPECT_THAT(second, Not(HasSubstr("socket")));
+  EXPECT_THAT(second, Not(HasSubstr("connect")));
+}
+
+}  // namespace
+}  // namespace qntest

@@ -1,0 +1,246 @@
+// A call is counted, then judged by the fault. A failing close closes all the
+// same, as the system's does.
+#include "posix/file_faults.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <type_traits>
+
+// NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
+extern "C" {
+int __real_open(const char *name, int flags, ...);
+int __real_openat(int folder, const char *name, int flags, ...);
+long __real_syscall(long number, ...);
+ssize_t __real_read(int fd, void *bytes, size_t count);
+ssize_t __real_write(int fd, const void *bytes, size_t count);
+ssize_t __real_pread(int fd, void *bytes, size_t count, off_t position);
+ssize_t __real_pwrite(int fd, const void *bytes, size_t count, off_t position);
+int __real_fsync(int fd);
+int __real_ftruncate(int fd, off_t size);
+int __real_renameat(int from_folder, const char *from, int to_folder, const char *to);
+int __real_unlinkat(int folder, const char *name, int flags);
+int __real_mkdirat(int folder, const char *name, mode_t mode);
+int __real_close(int fd);
+int __real_flock(int fd, int operation);
+int __real_fstat(int fd, struct stat *status);
+int __real_fstatat(int folder, const char *name, struct stat *status, int flags);
+int __real_fcntl(int fd, int command, ...);
+FILE *__real_fdopen(int fd, const char *mode);
+DIR *__real_fdopendir(int fd);
+dirent *__real_readdir(DIR *entries);
+int __real_closedir(DIR *entries);
+}
+
+namespace qntest {
+
+namespace {
+
+FileFaults *active = nullptr;
+
+bool TakesSpace(std::string_view name) {
+  constexpr std::array<std::string_view, 4> kTaking = {"write", "pwrite", "fsync", "mkdirat"};
+  return std::find(kTaking.begin(), kTaking.end(), name) != kTaking.end();
+}
+
+}  // namespace
+
+struct FileCalls {
+  // Counts the call; true if the fault lets it fail, with errno set.
+  static bool Fails(std::string_view name) {
+    FileFaults &faults = *active;
+    faults.names_.push_back(name);
+    const FileFault &fault = faults.fault_;
+    if (IsDue(FaultKind::kEnd)) _exit(FileFaults::kEndStatus);
+    const bool onwards = faults.Count() >= fault.at;
+    const bool fails = IsDue(FaultKind::kFail) ||
+                       (fault.kind == FaultKind::kFailOnwards && onwards) ||
+                       (fault.kind == FaultKind::kFullOnwards && onwards && TakesSpace(name));
+    if (fails) errno = fault.error;
+    return fails;
+  }
+
+  static bool IsDue(FaultKind kind) {
+    return active->fault_.kind == kind && active->Count() == active->fault_.at;
+  }
+
+  // Makes a call that moves no bytes.
+  template <typename Call>
+  static auto Make(std::string_view name, Call call) -> decltype(call()) {
+    using Result = decltype(call());
+    if (active == nullptr) return call();
+    if (Fails(name)) {
+      if constexpr (std::is_pointer_v<Result>) {
+        return nullptr;
+      } else {
+        return -1;
+      }
+    }
+    const Result result = call();
+    if (IsDue(FaultKind::kEndWithin)) _exit(FileFaults::kEndStatus);
+    return result;
+  }
+
+  // Makes a call that closes: what fails is closed too.
+  template <typename Call>
+  static int Close(std::string_view name, Call call) {
+    if (active == nullptr) return call();
+    const bool fails = Fails(name);
+    const int error = errno;
+    const int result = call();
+    if (IsDue(FaultKind::kEndWithin)) _exit(FileFaults::kEndStatus);
+    errno = error;
+    return fails ? -1 : result;
+  }
+
+  // Makes a call that moves `count` bytes.
+  template <typename Call>
+  static ssize_t Move(std::string_view name, std::size_t count, Call call) {
+    if (active == nullptr) return call(count);
+    if (Fails(name)) return -1;
+    if (IsDue(FaultKind::kShort)) return call(std::min<std::size_t>(count, 1));
+    if (!IsDue(FaultKind::kEndWithin)) return call(count);
+    call(count / 2);
+    _exit(FileFaults::kEndStatus);
+  }
+
+  static int ResolvingError() { return active == nullptr ? 0 : active->resolving_error_; }
+};
+
+FileFaults::FileFaults(FileFault fault) : fault_(fault) {
+  if (active != nullptr) std::abort();  // a mistake in the test
+  names_.reserve(1000);
+  active = this;
+}
+
+FileFaults::~FileFaults() { active = nullptr; }
+
+}  // namespace qntest
+
+using qntest::FileCalls;
+
+extern "C" {
+
+int __wrap_open(const char *name, int flags, ...) {
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+  va_end(rest);
+  return FileCalls::Make("open", [=] { return __real_open(name, flags, mode); });
+}
+
+int __wrap_openat(int folder, const char *name, int flags, ...) {
+  va_list rest;
+  va_start(rest, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
+  va_end(rest);
+  return FileCalls::Make("openat", [=] { return __real_openat(folder, name, flags, mode); });
+}
+
+long __wrap_syscall(long number, ...) {
+  std::array<long, 6> a = {};
+  va_list rest;
+  va_start(rest, number);
+  for (long &argument : a) argument = va_arg(rest, long);
+  va_end(rest);
+  const auto call = [=] { return __real_syscall(number, a[0], a[1], a[2], a[3], a[4], a[5]); };
+  if (number != SYS_openat2) return call();
+  if (FileCalls::ResolvingError() != 0) {
+    errno = FileCalls::ResolvingError();
+    return -1;
+  }
+  return FileCalls::Make("openat2", call);
+}
+
+ssize_t __wrap_read(int fd, void *bytes, size_t count) {
+  return FileCalls::Move("read", count, [=](size_t n) { return __real_read(fd, bytes, n); });
+}
+
+ssize_t __wrap_write(int fd, const void *bytes, size_t count) {
+  return FileCalls::Move("write", count, [=](size_t n) { return __real_write(fd, bytes, n); });
+}
+
+ssize_t __wrap_pread(int fd, void *bytes, size_t count, off_t position) {
+  return FileCalls::Move("pread", count,
+                         [=](size_t n) { return __real_pread(fd, bytes, n, position); });
+}
+
+ssize_t __wrap_pwrite(int fd, const void *bytes, size_t count, off_t position) {
+  return FileCalls::Move("pwrite", count,
+                         [=](size_t n) { return __real_pwrite(fd, bytes, n, position); });
+}
+
+int __wrap_fsync(int fd) {
+  if (qntest::active == nullptr) return __real_fsync(fd);
+  return FileCalls::Make("fsync", [] { return 0; });
+}
+
+int __wrap_ftruncate(int fd, off_t size) {
+  return FileCalls::Make("ftruncate", [=] { return __real_ftruncate(fd, size); });
+}
+
+int __wrap_renameat(int from_folder, const char *from, int to_folder, const char *to) {
+  return FileCalls::Make("renameat",
+                         [=] { return __real_renameat(from_folder, from, to_folder, to); });
+}
+
+int __wrap_unlinkat(int folder, const char *name, int flags) {
+  return FileCalls::Make("unlinkat", [=] { return __real_unlinkat(folder, name, flags); });
+}
+
+int __wrap_mkdirat(int folder, const char *name, mode_t mode) {
+  return FileCalls::Make("mkdirat", [=] { return __real_mkdirat(folder, name, mode); });
+}
+
+int __wrap_close(int fd) {
+  return FileCalls::Close("close", [=] { return __real_close(fd); });
+}
+
+int __wrap_flock(int fd, int operation) {
+  return FileCalls::Make("flock", [=] { return __real_flock(fd, operation); });
+}
+
+int __wrap_fstat(int fd, struct stat *status) {
+  return FileCalls::Make("fstat", [=] { return __real_fstat(fd, status); });
+}
+
+int __wrap_fstatat(int folder, const char *name, struct stat *status, int flags) {
+  return FileCalls::Make("fstatat", [=] { return __real_fstatat(folder, name, status, flags); });
+}
+
+int __wrap_fcntl(int fd, int command, ...) {
+  va_list rest;
+  va_start(rest, command);
+  const long argument = va_arg(rest, long);
+  va_end(rest);
+  return FileCalls::Make("fcntl", [=] { return __real_fcntl(fd, command, argument); });
+}
+
+FILE *__wrap_fdopen(int fd, const char *mode) {
+  return FileCalls::Make("fdopen", [=] { return __real_fdopen(fd, mode); });
+}
+
+DIR *__wrap_fdopendir(int fd) {
+  return FileCalls::Make("fdopendir", [=] { return __real_fdopendir(fd); });
+}
+
+dirent *__wrap_readdir(DIR *entries) {
+  return FileCalls::Make("readdir", [=] { return __real_readdir(entries); });
+}
+
+int __wrap_closedir(DIR *entries) {
+  return FileCalls::Close("closedir", [=] { return __real_closedir(entries); });
+}
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)

@@ -1,0 +1,61 @@
+// Stands between the objects of a test program and the system's file calls:
+// writes down every call, and lets one of them fail, do less than it was asked
+// to, or end the process. Calls pass through while no object lives. A program
+// is prepared by qnstack_wrap_files() (file_faults.cmake).
+#ifndef QNSTACK_TESTS_POSIX_FILE_FAULTS_H
+#define QNSTACK_TESTS_POSIX_FILE_FAULTS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace qntest {
+
+enum class FaultKind {
+  kNone,
+  kFail,         // the call fails
+  kFailOnwards,  // it and all after it fail
+  kFullOnwards,  // it and all after it that take space fail; moving and deleting go on
+  kShort,        // a read or write moves one byte
+  kEnd,          // the process ends before the call
+  kEndWithin     // the process ends after it; a write has then written half
+};
+
+struct FileFault {
+  FaultKind kind = FaultKind::kNone;
+  int at = 0;  // the call's number, from 1
+  int error = 0;
+};
+
+// One at a time. While it lives nothing is forced to the medium: that takes
+// time, and what a process leaves behind when it ends does not depend on it.
+class FileFaults {
+ public:
+  // Status of a process that a fault ended.
+  static constexpr int kEndStatus = 77;
+
+  explicit FileFaults(FileFault fault = {});
+  ~FileFaults();
+  FileFaults(const FileFaults &) = delete;
+  FileFaults &operator=(const FileFaults &) = delete;
+
+  // From now on the system has no call that resolves names beneath a folder;
+  // using it fails with `error`.
+  void TakeResolvingAway(int error) { resolving_error_ = error; }
+
+  // The calls so far, by their function's names.
+  const std::vector<std::string_view> &Names() const { return names_; }
+  int Count() const { return static_cast<int>(names_.size()); }
+
+ private:
+  friend struct FileCalls;
+
+  FileFault fault_;
+  int resolving_error_ = 0;
+  std::vector<std::string_view> names_;
+};
+
+}  // namespace qntest
+
+#endif

@@ -1,0 +1,321 @@
+// Guards which names reach a file and which are refused: where the kernel
+// resolves them beneath the root, and where it cannot and they are walked.
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <optional>
+
+#include "posix/file_faults.h"
+#include "posix/posix_root.h"
+#include "qnstack/qn_fs_file.h"
+
+namespace {
+
+using namespace qntest;
+using testing::ElementsAre;
+
+// The parameter is the error of the kernel's resolving; 0 where there is none.
+class PosixNames : public PosixRoot, public testing::WithParamInterface<int> {
+ protected:
+  PosixNames() { faults_.TakeResolvingAway(GetParam()); }
+
+  static bool KernelResolves() { return GetParam() == 0; }
+
+  // No operation reaches a file by that name, and none makes one.
+  static void ExpectRefused(const char *name) {
+    SCOPED_TRACE(std::string(name).substr(0, 80));
+    char byte = '?';
+    EXPECT_EQ(ReadText(name), "(failure)");
+    EXPECT_EQ(WriteText(name, "bytes"), -1);
+    EXPECT_EQ(AppendText(name, "bytes"), -1);
+    EXPECT_EQ(fnQNFS_WriteToFileAtPos("b", 1, 0, name), -1);
+    EXPECT_EQ(fnQNFS_ReadFromFileAtPos(name, 0, 1, &byte), -1);
+    EXPECT_EQ(fnQNFS_isFileExisted(name), 0);
+    EXPECT_EQ(fnQNFS_getFileSize(name), -1);
+    EXPECT_EQ(fnQNFS_CopyFile(name, "inside"), 0);
+    EXPECT_EQ(fnQNFS_CopyFile("inside2", name), 0);
+    EXPECT_EQ(fnQNFS_MoveFile(name, "inside"), 0);
+    EXPECT_EQ(fnQNFS_MoveFile("inside2", name), 0);
+    for (const char *mode : {"r", "r+", "w", "w+", "a", "a+"}) {
+      EXPECT_EQ(fnQNFS_File_Open(name, mode), nullptr);
+    }
+  }
+
+  FileFaults faults_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Resolving, PosixNames, testing::Values(0, ENOSYS, EPERM),
+                         [](const auto &test) {
+                           return test.param == 0        ? std::string("ByTheKernel")
+                                  : test.param == ENOSYS ? std::string("ByWalking")
+                                                         : std::string("ByWalkingInASandbox");
+                         });
+
+TEST_P(PosixNames, AreTakenBelowTheRoot) {
+  ASSERT_EQ(fnQNFS_MkDir("/wap/ca/"), 1);
+
+  EXPECT_EQ(WriteText("/wap/ca/x", "content"), 7);
+
+  EXPECT_EQ(folder_.read("wap/ca/x"), "content");
+  for (const char *name : {"/wap/ca/x", "wap/ca/x", "///wap//ca///x", "./wap/./ca/x"}) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(ReadText(name), "content");
+    EXPECT_EQ(fnQNFS_isFileExisted(name), 1);
+    EXPECT_EQ(AppendText(name, ""), 0);
+    EXPECT_EQ(fnQNFS_CopyFile(name, name), 1);
+  }
+}
+
+TEST_P(PosixNames, WithDotsThatArePartOfThemAreTaken) {
+  for (const char *name : {"..x", "x..", "...", "-4928", ".hidden", "a b", "\xC3\xA4"}) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(WriteText(name, "content"), 7);
+    EXPECT_EQ(ReadText(name), "content");
+  }
+}
+
+TEST_P(PosixNames, ThatWouldLeaveTheRootAreRefused) {
+  MakeFolder("root/folder");
+  folder_.write("root/inside", "inside");
+  folder_.write("outside", "outside");
+  fnQNFS_SetFullPath(folder_.path("root").c_str());
+
+  for (const char *name : {"../outside", "/../outside", "folder/../../outside", "..", "/..",
+                           "folder/..", "folder/../inside", "//../outside", "../new"}) {
+    ExpectRefused(name);
+    EXPECT_EQ(fnQNFS_DeleteFile(name), 0);
+  }
+  EXPECT_EQ(folder_.read("outside"), "outside");
+  EXPECT_EQ(folder_.read("root/inside"), "inside");
+  EXPECT_THAT(folder_.names(), ElementsAre("outside", "root"));
+}
+
+TEST_P(PosixNames, OfFoldersThatWouldLeaveTheRootAreRefused) {
+  MakeFolder("root/folder");
+  MakeFolder("other");
+  folder_.write("other/x", "outside");
+  fnQNFS_SetFullPath(folder_.path("root").c_str());
+
+  for (const char *name : {"..", "../", "../other", "../other/", "folder/../../other"}) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(fnQNFS_MkDir(name), 0);
+    EXPECT_EQ(fnQNFS_DelAllFiles(name), 0);
+    EXPECT_EQ(fnQNFS_RmDir(name), 0);
+  }
+  EXPECT_EQ(fnQNFS_MkDir("../new/"), 0);
+  EXPECT_EQ(fnQNFS_File_CreateDir("../new/"), 0U);
+
+  EXPECT_EQ(folder_.read("other/x"), "outside");
+  EXPECT_THAT(folder_.names(), ElementsAre("other", "root"));
+}
+
+TEST_P(PosixNames, OfNoFileAreRefused) {
+  folder_.write("inside", "inside");
+  MakeFolder("folder");
+
+  for (const char *name : {"", "/", "//", ".", "./", "folder", "folder/", "folder/.", "inside/",
+                           "inside/.", "inside//", "inside/x", "none/x", "new/"}) {
+    ExpectRefused(name);
+    EXPECT_EQ(fnQNFS_DeleteFile(name), 0);
+  }
+  EXPECT_EQ(folder_.read("inside"), "inside");
+  EXPECT_THAT(folder_.names(), ElementsAre("folder", "inside"));
+}
+
+TEST_P(PosixNames, ThatAreTooLongAreRefused) {
+  folder_.write("inside", "inside");
+  std::string folders;
+  while (folders.size() < 900) folders += std::string(99, 'f') + "/";
+  ASSERT_EQ(fnQNFS_MkDir(folders.c_str()), 1);
+
+  ExpectRefused(std::string(256, 'x').c_str());
+  ExpectRefused(std::string(1023, 'x').c_str());
+  ExpectRefused(std::string(1024, 'x').c_str());
+  ExpectRefused(std::string(100000, 'x').c_str());
+  // Each component would do; the whole is longer than any root may be.
+  ExpectRefused((folders + std::string(QNFS_PATH_BYTES - folders.size(), 'x')).c_str());
+  EXPECT_EQ(fnQNFS_MkDir(std::string(1024, 'x').c_str()), 0);
+  EXPECT_EQ(fnQNFS_MkDir(std::string(256, 'x').c_str()), 0);
+  EXPECT_EQ(fnQNFS_File_CreateDir((std::string(256, 'x') + "/").c_str()), 0U);
+  EXPECT_EQ(fnQNFS_File_CreateDir(std::string(1024, '/').c_str()), 0U);
+}
+
+TEST_P(PosixNames, ThatJustFitAreTaken) {
+  std::string folders;
+  while (folders.size() < 900) folders += std::string(99, 'f') + "/";
+  ASSERT_EQ(fnQNFS_MkDir(folders.c_str()), 1);
+  const std::string name = folders + std::string(QNFS_PATH_BYTES - 1 - folders.size(), 'x');
+
+  EXPECT_EQ(WriteText(name.c_str(), "content"), 7);
+
+  EXPECT_EQ(ReadText(name.c_str()), "content");
+  EXPECT_EQ(ReadText(("////" + name).c_str()), "content");
+  EXPECT_EQ(WriteText(std::string(250, 'x').c_str(), "content"), 7);
+}
+
+TEST_P(PosixNames, ReachNothingWithoutARoot) {
+  folder_.write("inside", "inside");
+  const std::string file = folder_.path("file");
+  folder_.write("file", "not a folder");
+  std::filesystem::current_path(folder_.path());
+
+  for (const std::string &root :
+       {std::string(), folder_.path("none"), file, std::string(1024, 'x')}) {
+    fnQNFS_SetFullPath(root.c_str());
+    ExpectRefused("inside");
+    EXPECT_EQ(fnQNFS_DeleteFile("inside"), 0);
+    EXPECT_EQ(fnQNFS_MkDir("folder"), 0);
+    EXPECT_EQ(fnQNFS_MkDir("/"), 0);
+    EXPECT_EQ(fnQNFS_File_CreateDir("folder/"), 0U);
+    EXPECT_EQ(fnQNFS_DelAllFiles("/"), 0);
+    EXPECT_EQ(fnQNFS_RmDir("folder"), 0);
+  }
+  std::filesystem::current_path("/");
+  EXPECT_THAT(folder_.names(), ElementsAre("file", "inside"));
+}
+
+TEST_P(PosixNames, ReachNothingOnceTheRootIsGone) {
+  MakeFolder("root");
+  fnQNFS_SetFullPath(folder_.path("root").c_str());
+  ASSERT_EQ(WriteText("inside", "inside"), 6);
+
+  std::filesystem::remove_all(folder_.path("root"));
+
+  ExpectRefused("inside");
+  EXPECT_EQ(fnQNFS_MkDir("folder"), 0);
+  EXPECT_THAT(folder_.names(), testing::IsEmpty());
+}
+
+TEST_P(PosixNames, OfLinksThatLeadOutAreRefused) {
+  MakeFolder("root");
+  MakeFolder("other");
+  folder_.write("root/inside", "inside");
+  folder_.write("outside", "outside");
+  folder_.write("other/x", "outside");
+  fnQNFS_SetFullPath(folder_.path("root").c_str());
+  MakeLink("root/relative", "../outside");
+  MakeLink("root/absolute", folder_.path("outside"));
+  MakeLink("root/other", "../other");
+  MakeLink("root/back", folder_.path("root/inside"));
+  MakeLink("root/dangling", "nowhere");
+  MakeLink("root/loop", "loop");
+
+  for (const char *name : {"relative", "absolute", "other/x", "other/new", "other", "back",
+                           "dangling", "loop", "loop/x"}) {
+    ExpectRefused(name);
+  }
+  EXPECT_EQ(fnQNFS_MkDir("other/new"), 0);
+  EXPECT_EQ(fnQNFS_MkDir("other"), 0);
+  EXPECT_EQ(fnQNFS_DelAllFiles("other"), 0);
+  EXPECT_EQ(fnQNFS_DeleteFile("other/x"), 0);
+  EXPECT_EQ(fnQNFS_RmDir("other"), 0);
+
+  EXPECT_EQ(folder_.read("outside"), "outside");
+  EXPECT_EQ(folder_.read("other/x"), "outside");
+  EXPECT_EQ(folder_.read("root/inside"), "inside");
+  EXPECT_FALSE(Exists("other/new"));
+  EXPECT_FALSE(Exists("root/nowhere"));
+}
+
+TEST_P(PosixNames, OfLinksThatStayInsideNeedTheKernel) {
+  MakeFolder("folder");
+  folder_.write("folder/x", "inside");
+  MakeLink("link", "folder/x");
+  MakeLink("shortcut", "folder");
+
+  EXPECT_EQ(ReadText("link"), KernelResolves() ? "inside" : "(failure)");
+  EXPECT_EQ(ReadText("shortcut/x"), KernelResolves() ? "inside" : "(failure)");
+  EXPECT_EQ(fnQNFS_getFileSize("link"), KernelResolves() ? 6 : -1);
+  EXPECT_EQ(AppendText("link", "+"), KernelResolves() ? 1 : -1);
+  EXPECT_EQ(WriteText("shortcut/y", "new"), KernelResolves() ? 3 : -1);
+  EXPECT_EQ(folder_.read("folder/x"), KernelResolves() ? "inside+" : "inside");
+  EXPECT_EQ(folder_.read("folder/y"), KernelResolves() ? "new" : "");
+}
+
+TEST_P(PosixNames, OfALinkAreDeletedWithoutItsTarget) {
+  MakeFolder("root");
+  fnQNFS_SetFullPath(folder_.path("root").c_str());
+  folder_.write("outside", "outside");
+  MakeLink("root/link", "../outside");
+
+  EXPECT_EQ(fnQNFS_DeleteFile("link"), 1);
+
+  EXPECT_FALSE(Exists("root/link"));
+  EXPECT_EQ(folder_.read("outside"), "outside");
+}
+
+TEST_P(PosixNames, ReachARootThatIsALink) {
+  MakeFolder("root");
+  MakeLink("way", "root");
+  fnQNFS_SetFullPath(folder_.path("way").c_str());
+
+  EXPECT_EQ(fnQNFS_MkDir("folder"), 1);
+  EXPECT_EQ(WriteText("folder/x", "content"), 7);
+  EXPECT_EQ(ReadText("folder/x"), "content");
+
+  EXPECT_EQ(folder_.read("root/folder/x"), "content");
+}
+
+TEST_P(PosixNames, OfAFifoAreRefusedAtOnce) {
+  folder_.write("inside", "inside");
+  MakeFifo("fifo");
+
+  ExpectRefused("fifo");
+
+  EXPECT_TRUE(std::filesystem::is_fifo(folder_.path("fifo")));
+  EXPECT_EQ(folder_.read("inside"), "inside");
+  EXPECT_EQ(fnQNFS_DeleteFile("fifo"), 1);
+}
+
+TEST_P(PosixNames, OfASocketAreRefused) {
+  folder_.write("inside", "inside");
+  const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address = {};
+  address.sun_family = AF_UNIX;
+  const std::string path = folder_.path("socket");
+  ASSERT_LT(path.size(), sizeof address.sun_path);
+  std::memcpy(address.sun_path, path.c_str(), path.size());
+  ASSERT_EQ(bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+  close(fd);
+
+  ExpectRefused("socket");
+
+  EXPECT_TRUE(std::filesystem::is_socket(path));
+}
+
+TEST_P(PosixNames, OfADeviceAreRefused) {
+  folder_.write("inside", "inside");
+  if (mknod(folder_.path("null").c_str(), S_IFCHR | 0600, makedev(1, 3)) != 0) {
+    GTEST_SKIP() << "devices can only be made by root: " << std::strerror(errno);
+  }
+
+  ExpectRefused("null");
+
+  EXPECT_TRUE(std::filesystem::is_character_file(folder_.path("null")));
+}
+
+TEST_P(PosixNames, OfTemporariesThatCannotBeTakenOverFailTheWrite) {
+  folder_.write("x", "old");
+  folder_.write("y", "other");
+  MakeFifo("x.~new");
+  EXPECT_EQ(WriteText("x", "new"), -1);
+  EXPECT_EQ(fnQNFS_CopyFile("x", "y"), 0);
+  ASSERT_EQ(unlink(folder_.path("x.~new").c_str()), 0);
+  MakeLink("x.~new", "y");
+  EXPECT_EQ(WriteText("x", "new"), -1);
+  ASSERT_EQ(unlink(folder_.path("x.~new").c_str()), 0);
+  MakeFolder("x.~new");
+  EXPECT_EQ(WriteText("x", "new"), -1);
+
+  EXPECT_EQ(folder_.read("x"), "old");
+  EXPECT_EQ(folder_.read("y"), "other");
+}
+
+}  // namespace

@@ -1,0 +1,349 @@
+// Guards the operations on whole files on their contract: results, content,
+// permissions, and when the callback is called.
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+
+#include "posix/posix_root.h"
+#include "qnstack/qn_fs_file.h"
+
+namespace {
+
+using namespace qntest;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+class PosixWholeFile : public PosixRoot {};
+
+TEST_F(PosixWholeFile, WriteMakesAPrivateFileAndTells) {
+  EXPECT_EQ(WriteText("/x", "content"), 7);
+
+  EXPECT_EQ(folder_.read("x"), "content");
+  EXPECT_EQ(ModeOf("x"), 0600);
+  EXPECT_THAT(told_written, ElementsAre(Pair("/x", QNFS_CARD_SYN_WRITE)));
+  EXPECT_THAT(folder_.names(), ElementsAre("x"));
+}
+
+TEST_F(PosixWholeFile, WriteReplacesTheWholeContent) {
+  folder_.write("x", "a much longer content");
+
+  EXPECT_EQ(WriteText("x", "new"), 3);
+  EXPECT_EQ(folder_.read("x"), "new");
+  EXPECT_EQ(WriteText("x", ""), 0);
+  EXPECT_EQ(folder_.read("x"), "");
+}
+
+TEST_F(PosixWholeFile, WriteTakesAnyBytesAndManyOfThem) {
+  std::string bytes(3000001, '\0');
+  for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 31);
+
+  EXPECT_EQ(WriteText("x", bytes), 3000001);
+
+  EXPECT_EQ(ReadText("x", 4000000), bytes);
+}
+
+TEST_F(PosixWholeFile, WriteSweepsWhatACrashLeftBeside) {
+  folder_.write("x", "old");
+  folder_.write("x.~new", "half of a content that was longer than the next");
+
+  EXPECT_EQ(WriteText("x", "next"), 4);
+
+  EXPECT_EQ(folder_.read("x"), "next");
+  EXPECT_THAT(folder_.names(), ElementsAre("x"));
+}
+
+TEST_F(PosixWholeFile, AppendMakesAPrivateFileThenAddsToIt) {
+  EXPECT_EQ(AppendText("/x", "ab"), 2);
+  EXPECT_EQ(AppendText("x", "cde"), 3);
+  EXPECT_EQ(AppendText("x", ""), 0);
+
+  EXPECT_EQ(folder_.read("x"), "abcde");
+  EXPECT_EQ(ModeOf("x"), 0600);
+  EXPECT_THAT(told_written, ElementsAre(Pair("/x", 2), Pair("x", 2), Pair("x", 2)));
+}
+
+TEST_F(PosixWholeFile, FailedWritesTellNothing) {
+  MakeFolder("folder");
+
+  EXPECT_EQ(WriteText("folder", "x"), -1);
+  EXPECT_EQ(WriteText("none/x", "x"), -1);
+  EXPECT_EQ(WriteText(nullptr, "x"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFile(nullptr, 1, "x"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFile("x", -1, "x"), -1);
+  EXPECT_EQ(AppendText("folder", "x"), -1);
+  EXPECT_EQ(AppendText("none/x", "x"), -1);
+  EXPECT_EQ(AppendText(nullptr, "x"), -1);
+  EXPECT_EQ(fnQNFS_AppendToFile(nullptr, 1, "x"), -1);
+  EXPECT_EQ(fnQNFS_AppendToFile("x", -1, "x"), -1);
+
+  EXPECT_THAT(told_written, IsEmpty());
+  EXPECT_THAT(folder_.names(), ElementsAre("folder"));
+}
+
+TEST_F(PosixWholeFile, WritesWithoutACallback) {
+  fnQNFS_SetCardSynFileFunc(nullptr);
+
+  EXPECT_EQ(WriteText("x", "a"), 1);
+  EXPECT_EQ(AppendText("x", "b"), 1);
+
+  EXPECT_EQ(folder_.read("x"), "ab");
+}
+
+TEST_F(PosixWholeFile, ReadGivesTheContentAndItsCount) {
+  folder_.write("x", std::string("a\0b", 3));
+
+  EXPECT_EQ(ReadText("/x"), std::string("a\0b", 3));
+  EXPECT_EQ(ReadText("x", 3), std::string("a\0b", 3));
+}
+
+TEST_F(PosixWholeFile, ReadStopsAtTheMaximum) {
+  folder_.write("x", "abcdef");
+  char destination[] = "??????";
+  int32_t count = -1;
+
+  EXPECT_EQ(fnQNFS_ReadFromFile("x", 4, destination, &count), 0);
+
+  EXPECT_EQ(count, 4);
+  EXPECT_STREQ(destination, "abcd??");
+  EXPECT_EQ(ReadText("x", 0), "");
+}
+
+TEST_F(PosixWholeFile, FailedReadsLeaveBytesAndCount) {
+  folder_.write("x", "abc");
+  MakeFolder("folder");
+  char destination[] = "???";
+  int32_t count = 77;
+
+  EXPECT_EQ(fnQNFS_ReadFromFile("none", 3, destination, &count), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile("folder", 3, destination, &count), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile(nullptr, 3, destination, &count), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile("x", -1, destination, &count), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile("x", 3, nullptr, &count), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile("x", 3, destination, nullptr), -1);
+
+  EXPECT_STREQ(destination, "???");
+  EXPECT_EQ(count, 77);
+}
+
+TEST_F(PosixWholeFile, ExistsAndHasASize) {
+  folder_.write("x", "abc");
+  folder_.write("empty", "");
+  MakeFolder("folder");
+
+  EXPECT_EQ(fnQNFS_isFileExisted("x"), 1);
+  EXPECT_EQ(fnQNFS_isFileExisted("none"), 0);
+  EXPECT_EQ(fnQNFS_isFileExisted("folder"), 0);
+  EXPECT_EQ(fnQNFS_isFileExisted(nullptr), 0);
+  EXPECT_EQ(fnQNFS_getFileSize("x"), 3);
+  EXPECT_EQ(fnQNFS_getFileSize("empty"), 0);
+  EXPECT_EQ(fnQNFS_getFileSize("none"), -1);
+  EXPECT_EQ(fnQNFS_getFileSize("folder"), -1);
+  EXPECT_EQ(fnQNFS_getFileSize(nullptr), -1);
+}
+
+TEST_F(PosixWholeFile, SizeIsUnknownWhereALoadCouldNotCount) {
+  constexpr int64_t kMost = std::numeric_limits<int32_t>::max() - 10000;
+  folder_.write("x", "");  // sparse: it takes no room
+
+  std::filesystem::resize_file(folder_.path("x"), kMost);
+  EXPECT_EQ(fnQNFS_getFileSize("x"), kMost);
+  for (const int64_t size : {kMost + 1, int64_t{1} << 31, (int64_t{1} << 32) + 5}) {
+    std::filesystem::resize_file(folder_.path("x"), static_cast<uintmax_t>(size));
+    EXPECT_EQ(fnQNFS_getFileSize("x"), -1) << size;
+  }
+}
+
+TEST_F(PosixWholeFile, CopyMakesAPrivateSecondFile) {
+  folder_.write("x", "content");
+  std::filesystem::permissions(folder_.path("x"), std::filesystem::perms(0644));
+
+  EXPECT_EQ(fnQNFS_CopyFile("/copy", "/x"), 1);
+
+  EXPECT_EQ(folder_.read("copy"), "content");
+  EXPECT_EQ(folder_.read("x"), "content");
+  EXPECT_EQ(ModeOf("copy"), 0600);
+  EXPECT_THAT(told_written, IsEmpty());
+}
+
+TEST_F(PosixWholeFile, CopyReplacesAndTakesLargeFiles) {
+  const std::string large(200001, 'L');
+  folder_.write("x", large);
+  folder_.write("copy", "old");
+
+  EXPECT_EQ(fnQNFS_CopyFile("copy", "x"), 1);
+
+  EXPECT_EQ(folder_.read("copy"), large);
+}
+
+TEST_F(PosixWholeFile, CopyOntoItselfKeepsTheContent) {
+  folder_.write("x", "content");
+
+  EXPECT_EQ(fnQNFS_CopyFile("/x", "x"), 1);
+
+  EXPECT_EQ(folder_.read("x"), "content");
+  EXPECT_THAT(folder_.names(), ElementsAre("x"));
+}
+
+TEST_F(PosixWholeFile, CopyThatFailsLeavesTheDestination) {
+  folder_.write("x", "content");
+  MakeFolder("folder");
+
+  EXPECT_EQ(fnQNFS_CopyFile("x", "none"), 0);
+  EXPECT_EQ(fnQNFS_CopyFile("x", "folder"), 0);
+  EXPECT_EQ(fnQNFS_CopyFile("folder", "x"), 0);
+  EXPECT_EQ(fnQNFS_CopyFile("none/x", "x"), 0);
+  EXPECT_EQ(fnQNFS_CopyFile(nullptr, "x"), 0);
+  EXPECT_EQ(fnQNFS_CopyFile("x", nullptr), 0);
+
+  EXPECT_EQ(folder_.read("x"), "content");
+  EXPECT_THAT(folder_.names(), ElementsAre("folder", "x"));
+}
+
+TEST_F(PosixWholeFile, MoveReplacesTheDestination) {
+  folder_.write("x", "content");
+  folder_.write("y", "old");
+
+  EXPECT_EQ(fnQNFS_MoveFile("/y", "/x"), 1);
+
+  EXPECT_EQ(folder_.read("y"), "content");
+  EXPECT_THAT(folder_.names(), ElementsAre("y"));
+  EXPECT_THAT(told_written, IsEmpty());
+}
+
+TEST_F(PosixWholeFile, MoveKeepsTheFileItself) {
+  folder_.write("x", "content");
+  MakeFolder("folder");
+  std::filesystem::create_hard_link(folder_.path("x"), folder_.path("same"));
+
+  EXPECT_EQ(fnQNFS_MoveFile("folder/y", "x"), 1);
+
+  EXPECT_TRUE(std::filesystem::equivalent(folder_.path("folder/y"), folder_.path("same")));
+}
+
+TEST_F(PosixWholeFile, MoveThatFailsLeavesBoth) {
+  folder_.write("x", "content");
+  MakeFolder("folder");
+
+  EXPECT_EQ(fnQNFS_MoveFile("x", "none"), 0);
+  EXPECT_EQ(fnQNFS_MoveFile("folder", "x"), 0);
+  EXPECT_EQ(fnQNFS_MoveFile("other", "folder"), 0);
+  EXPECT_EQ(fnQNFS_MoveFile("none/x", "x"), 0);
+  EXPECT_EQ(fnQNFS_MoveFile("y", "none/x"), 0);
+  EXPECT_EQ(fnQNFS_MoveFile(nullptr, "x"), 0);
+  EXPECT_EQ(fnQNFS_MoveFile("x", nullptr), 0);
+
+  EXPECT_EQ(folder_.read("x"), "content");
+  EXPECT_THAT(folder_.names(), ElementsAre("folder", "x"));
+}
+
+TEST_F(PosixWholeFile, DeleteTakesOneFile) {
+  folder_.write("x", "content");
+  folder_.write("y", "content");
+  MakeFolder("folder");
+
+  EXPECT_EQ(fnQNFS_DeleteFile("/x"), 1);
+  EXPECT_EQ(fnQNFS_DeleteFile("/x"), 0);
+  EXPECT_EQ(fnQNFS_DeleteFile("folder"), 0);
+  EXPECT_EQ(fnQNFS_DeleteFile("none/x"), 0);
+  EXPECT_EQ(fnQNFS_DeleteFile(nullptr), 0);
+
+  EXPECT_THAT(folder_.names(), ElementsAre("folder", "y"));
+}
+
+TEST_F(PosixWholeFile, WritesAtAPosition) {
+  folder_.write("x", "abcdef");
+
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("XY", 2, 1, "x"), 2);
+  EXPECT_EQ(folder_.read("x"), "aXYdef");
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("Z", 1, 7, "x"), 1);
+  EXPECT_EQ(folder_.read("x"), std::string("aXYdef\0Z", 8));
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("q", 0, 0, "x"), 0);
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("N", 1, 0, "new"), 1);
+  EXPECT_EQ(ModeOf("new"), 0600);
+  EXPECT_THAT(told_written, IsEmpty());
+}
+
+TEST_F(PosixWholeFile, ReadsAtAPosition) {
+  folder_.write("x", "abcdef");
+  char destination[] = "??????";
+
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 2, 3, destination), 3);
+  EXPECT_STREQ(destination, "cde???");
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 4, 6, destination), 2);
+  EXPECT_STREQ(destination, "efe???");
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 6, 6, destination), 0);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 0, 0, destination), 0);
+}
+
+TEST_F(PosixWholeFile, RefusesPositionsAndLengthsBelowZero) {
+  folder_.write("x", "abc");
+  char destination[] = "???";
+
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", 1, -1, "x"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", -1, 1, "x"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos(nullptr, 1, 1, "x"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", 1, 1, nullptr), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", -1, 1, destination), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 1, -1, destination), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 1, 1, nullptr), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("none", 1, 1, destination), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos(nullptr, 1, 1, destination), -1);
+
+  EXPECT_EQ(folder_.read("x"), "abc");
+  EXPECT_STREQ(destination, "???");
+}
+
+// Everything that takes space, with a file "x" in reach.
+void ExpectNoRoomFor(const std::string &bytes) {
+  EXPECT_EQ(WriteText("x", bytes), -1);
+  EXPECT_EQ(AppendText("x", bytes), -1);
+  EXPECT_EQ(WriteText("new", bytes), -1);
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos(bytes.data(), static_cast<int32_t>(bytes.size()), 3, "x"), -1);
+}
+
+TEST_F(PosixWholeFile, LimitOfTheFileSizeIsACleanFailure) {
+  folder_.write("x", "old");
+
+  EXPECT_TRUE(HoldsInChild([this] {
+    std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit = {1000, 1000};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    const std::string bytes(1500, 'b');
+    EXPECT_EQ(WriteText("x", bytes), -1);
+    EXPECT_EQ(AppendText("x", bytes), -1);
+    EXPECT_THAT(told_written, IsEmpty());
+    EXPECT_EQ(folder_.read("x"), "old");
+    EXPECT_EQ(WriteText("new", bytes), -1);
+    EXPECT_THAT(folder_.names(), ElementsAre("x"));
+    ExpectNoRoomFor(bytes);
+  }));
+  EXPECT_EQ(folder_.read("x").substr(0, 3), "old");
+}
+
+TEST_F(PosixWholeFile, LeavesNoDescriptorOpen) {
+  folder_.write("x", "abc");
+  MakeFolder("folder");
+  const int before = OpenDescriptors();
+
+  for (const char *name : {"x", "folder", "none", "none/x", "../x"}) {
+    WriteText(name, "abc");
+    AppendText(name, "abc");
+    ReadText(name);
+    fnQNFS_CopyFile("y", name);
+    fnQNFS_MoveFile("z", name);
+    fnQNFS_getFileSize(name);
+    fnQNFS_MkDir(name);
+    fnQNFS_DelAllFiles(name);
+    fnQNFS_RmDir(name);
+  }
+
+  EXPECT_EQ(OpenDescriptors(), before);
+}
+
+}  // namespace

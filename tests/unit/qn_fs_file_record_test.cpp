@@ -1,0 +1,320 @@
+// Guards the saving and appending of record files: the bytes, the order of
+// elements and of calls, what the log is told, and what does not fit.
+#include "qnstack/qn_fs_file_record.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "qn_fs_comm_tools_internal.h"
+#include "support/failing_heap.h"
+#include "support/file_port_test.h"
+#include "support/text_list.h"
+
+namespace {
+
+using namespace std::string_literals;
+using qntest::FailingHeap;
+using qntest::FilePort;
+using qntest::FilePortTest;
+using qntest::TextList;
+using qntest::WriteText;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char kName[] = "/abc";
+constexpr char kSource[] = "qnstack/qnfs/common/src/qn_fs_file_record";
+constexpr int32_t kNowhere = 7;
+
+using SaveFunction = int32_t (*)(const char *name, QNList *list, QNFSRecordWrite write);
+
+// A save and the log's places in it.
+struct Saver {
+  const char *name;
+  SaveFunction save;
+  int32_t enter;
+  int32_t success;
+  int32_t failure;
+};
+constexpr Saver kSave = {"FromHead", fnQNFS_Save_List_To_File, 177, 225, 231};
+constexpr Saver kSaveEx = {"FromTail", fnQNFS_Save_List_To_FileEx, 260, 308, 314};
+
+void PrintTo(const Saver &saver, std::ostream *out) { *out << saver.name; }
+
+// What the last write function saw.
+int32_t last_seen = 0;
+int32_t line_seen = 0;
+
+void WriteAndLook(QNFSBuffer *record, void *text) {
+  last_seen = record->last;
+  line_seen = qn::log_line;
+  WriteText(record, text);
+}
+
+class QnFsRecordSave : public FilePortTest, public testing::WithParamInterface<Saver> {
+ protected:
+  QnFsRecordSave() { fnQNFS_printLog_param("nowhere", kNowhere); }
+
+  int32_t Save(QNList *list, QNFSRecordWrite write = WriteText) {
+    return GetParam().save(kName, list, write);
+  }
+  bool IsEx() const { return GetParam().save == kSaveEx.save; }
+};
+
+INSTANTIATE_TEST_SUITE_P(Saves, QnFsRecordSave, testing::Values(kSave, kSaveEx),
+                         testing::PrintToStringParamName());
+
+TEST_P(QnFsRecordSave, WritesTheElementsInItsOrder) {
+  TextList list({"one", "two", "three"});
+
+  EXPECT_EQ(Save(list.get()), 1);
+
+  EXPECT_EQ(Content(kName), IsEx() ? "three\0\ntwo\0\none\0\n"s : "one\0\ntwo\0\nthree\0\n"s);
+}
+
+TEST_P(QnFsRecordSave, AsksForTheSizeAndReplacesTheFile) {
+  TextList list({"one", "two"});
+  Files().Write(kName, "old");
+
+  EXPECT_EQ(Save(list.get()), 1);
+
+  EXPECT_THAT(FilePort().Calls(),
+              ElementsAre("getFileSize(/abc)", "DeleteFile(/abc.bak)", "MoveFile(/abc.bak, /abc)",
+                          "CopyFile(/abc, /abc.bak)", "WriteToFile(10 bytes, /abc)",
+                          "DeleteFile(/abc.bak)"));
+}
+
+TEST_P(QnFsRecordSave, OfAnEmptyListEmptiesTheFile) {
+  TextList list;
+  Files().Write(kName, "old");
+
+  EXPECT_EQ(Save(list.get()), 1);
+
+  EXPECT_EQ(Content(kName), "");
+}
+
+TEST_P(QnFsRecordSave, TellsTheLogOfItsStartAndSuccess) {
+  TextList list({"one"});
+
+  EXPECT_EQ(Save(list.get(), WriteAndLook), 1);
+
+  EXPECT_EQ(line_seen, GetParam().enter);
+  EXPECT_EQ(qn::log_line, GetParam().success);
+  EXPECT_STREQ(qn::log_file, kSource);
+}
+
+TEST_P(QnFsRecordSave, TellsTheLogOfItsFailure) {
+  TextList list({"one"});
+  Files().Write(kName, "old");
+  FilePort().Fail("WriteToFile");
+
+  EXPECT_EQ(Save(list.get()), 0);
+
+  EXPECT_EQ(qn::log_line, GetParam().failure);
+  EXPECT_STREQ(qn::log_file, kSource);
+  EXPECT_EQ(Content(kName), "old");
+}
+
+TEST_P(QnFsRecordSave, WithANullArgumentDoesNothing) {
+  TextList list({"one"});
+
+  EXPECT_EQ(GetParam().save(nullptr, list.get(), WriteText), 0);
+  EXPECT_EQ(GetParam().save(kName, nullptr, WriteText), 0);
+  EXPECT_EQ(GetParam().save(kName, list.get(), nullptr), 0);
+
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+  EXPECT_EQ(qn::log_line, kNowhere);
+}
+
+TEST_P(QnFsRecordSave, OfANullElementWritesNothingAndDoesNotLogItsEnd) {
+  TextList list({"one", "two", "three"});
+  QNListNode *middle = list.get()->head->next;
+  void *text = middle->data;
+  middle->data = nullptr;
+
+  EXPECT_EQ(Save(list.get(), WriteAndLook), 0);
+
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("getFileSize(/abc)"));
+  EXPECT_EQ(qn::log_line, GetParam().enter);
+  middle->data = text;
+}
+
+TEST_P(QnFsRecordSave, WithoutMemoryWritesNothingAndDoesNotLogItsEnd) {
+  TextList list({"one"});
+  int32_t result = 77;
+  {
+    FailingHeap heap(2);  // behind the log's place
+    result = Save(list.get());
+  }
+
+  EXPECT_EQ(result, 0);
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("getFileSize(/abc)"));
+  EXPECT_EQ(qn::log_line, GetParam().enter);
+}
+
+TEST_P(QnFsRecordSave, HasRoomForTheFileAnd10000Bytes) {
+  struct Case {
+    int32_t size;
+    int32_t capacity;
+  };
+  constexpr Case kCases[] = {{-1, 10000}, {-5, 10000}, {std::numeric_limits<int32_t>::min(), 10000},
+                             {0, 10000},  {1, 10001},  {70000, 80000}};
+  TextList list({"one"});
+  for (const Case &c : kCases) {
+    SCOPED_TRACE(c.size);
+    FilePort().Answer("getFileSize", c.size);
+
+    EXPECT_EQ(Save(list.get(), WriteAndLook), 1);
+
+    EXPECT_EQ(last_seen, c.capacity - 1);
+  }
+}
+
+TEST_P(QnFsRecordSave, OfAFileThatLeavesNoRoomFails) {
+  TextList list({"one"});
+  for (const int32_t below : {0, 9999}) {
+    FilePort().ClearCalls();
+    FilePort().Answer("getFileSize", std::numeric_limits<int32_t>::max() - below);
+
+    EXPECT_EQ(Save(list.get()), 0);
+
+    EXPECT_THAT(FilePort().Calls(), ElementsAre("getFileSize(/abc)"));
+  }
+}
+
+TEST_P(QnFsRecordSave, DropsWhatDoesNotFit) {
+  TextList list(std::vector<std::string>(5, std::string(3000, 'x')));
+  const std::string record = std::string(3000, 'x') + "\0\n"s;
+
+  EXPECT_EQ(Save(list.get()), 1);
+  EXPECT_EQ(Content(kName), record + record + record);
+
+  // Now there is room for the old file's size more.
+  EXPECT_EQ(Save(list.get()), 1);
+  EXPECT_EQ(Content(kName), record + record + record + record + record);
+}
+
+TEST_P(QnFsRecordSave, WritesTheZeroByteBehindAnExactFit) {
+  TextList list({std::string(10000, 'x')});
+
+  EXPECT_EQ(Save(list.get()), 1);
+
+  EXPECT_EQ(Content(kName), std::string(10000, 'x') + '\0');
+}
+
+void WriteManyEmptyFields(QNFSBuffer *record, void * /*element*/) {
+  for (int i = 0; i < 30000; ++i) {
+    fnQNFS_Buffer_WriteString(record, nullptr, 0);
+  }
+}
+
+TEST_P(QnFsRecordSave, WritesZerosForEmptyFieldsBehindTheEnd) {
+  TextList list({"one"});
+
+  EXPECT_EQ(Save(list.get(), WriteManyEmptyFields), 1);
+
+  // Every field counts up to the end, every second one behind it.
+  EXPECT_EQ(Content(kName), std::string(20000, '\0'));
+}
+
+TEST_P(QnFsRecordSave, WithoutMemoryForFieldsBehindTheEndFails) {
+  TextList list({"one"});
+  int32_t result = 77;
+  {
+    FailingHeap heap(3);  // behind the log's place and the area
+    result = Save(list.get(), WriteManyEmptyFields);
+  }
+
+  EXPECT_EQ(result, 0);
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("getFileSize(/abc)"));
+  EXPECT_EQ(qn::log_line, GetParam().failure);
+}
+
+class QnFsRecordAppend : public FilePortTest {
+ protected:
+  QnFsRecordAppend() { fnQNFS_printLog_param("nowhere", kNowhere); }
+};
+
+TEST_F(QnFsRecordAppend, AppendsTheFirstElementAlone) {
+  TextList list({"one", "two", "three"});
+  Files().Write(kName, "zero\0\n"s);
+
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, list.get(), WriteAndLook), 1);
+
+  EXPECT_EQ(Content(kName), "zero\0\none\0\n"s);
+  EXPECT_EQ(last_seen, 9999);
+  EXPECT_THAT(
+      FilePort().Calls(),
+      ElementsAre("DeleteFile(/abc.bak)", "MoveFile(/abc.bak, /abc)", "CopyFile(/abc, /abc.bak)",
+                  "AppendToFile(5 bytes, /abc)", "DeleteFile(/abc.bak)"));
+}
+
+TEST_F(QnFsRecordAppend, OfAnEmptyListAppendsNothing) {
+  TextList list;
+  Files().Write(kName, "old");
+
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, list.get(), WriteText), 1);
+
+  EXPECT_EQ(FilePort().Calls()[3], "AppendToFile(0 bytes, /abc)");
+  EXPECT_EQ(Content(kName), "old");
+}
+
+TEST_F(QnFsRecordAppend, FailsWithThePort) {
+  TextList list({"one"});
+  Files().Write(kName, "old");
+  FilePort().Fail("AppendToFile");
+
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, list.get(), WriteText), 0);
+
+  EXPECT_EQ(Content(kName), "old");
+}
+
+TEST_F(QnFsRecordAppend, TellsTheLogNothing) {
+  TextList list({"one"});
+  FilePort().Fail("AppendToFile", 2);
+
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, list.get(), WriteText), 1);
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, list.get(), WriteText), 0);
+
+  EXPECT_EQ(qn::log_line, kNowhere);
+}
+
+TEST_F(QnFsRecordAppend, WithANullAnywhereTouchesNothing) {
+  TextList list({"one"});
+  QNListNode empty = {};
+  QNList of_null = {&empty, &empty, 1, 0};
+
+  EXPECT_EQ(fnQNFS_Append_List_To_File(nullptr, list.get(), WriteText), 0);
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, nullptr, WriteText), 0);
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, list.get(), nullptr), 0);
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, &of_null, WriteText), 0);
+
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+}
+
+TEST_F(QnFsRecordAppend, WithoutMemoryTouchesNothing) {
+  TextList list({"one"});
+  int32_t result = 77;
+  {
+    FailingHeap heap(1);
+    result = fnQNFS_Append_List_To_File(kName, list.get(), WriteText);
+  }
+
+  EXPECT_EQ(result, 0);
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+}
+
+TEST_F(QnFsRecordAppend, AppendsZerosForEmptyFieldsBehindTheEnd) {
+  TextList list({"one"});
+
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, list.get(), WriteManyEmptyFields), 1);
+
+  EXPECT_EQ(Content(kName), std::string(20000, '\0'));
+}
+
+}  // namespace

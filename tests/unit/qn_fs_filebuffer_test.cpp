@@ -1,0 +1,309 @@
+// Guards the writers of the typed file buffer: the bytes of every kind of
+// field, and where position and end stand after it, also once it is closed.
+#include "qnstack/qn_fs_filebuffer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+
+#include "support/typed_buffer.h"
+
+namespace {
+
+using namespace std::string_literals;
+using qntest::TypedBuffer;
+using testing::Pair;
+
+constexpr int32_t kHighest = std::numeric_limits<int32_t>::max();
+constexpr int32_t kLowest = std::numeric_limits<int32_t>::min();
+
+TEST(QnFsBufferInit, SetsThePlacesAndZeroesTheStorage) {
+  char storage[] = "xxxxxxxx";
+  QNFSBuffer record = {storage, 5, 6};
+
+  fnQNFS_Init_Buffer(&record, 7);
+
+  EXPECT_EQ(record.data, storage);
+  EXPECT_EQ(record.pos, -1);
+  EXPECT_EQ(record.last, 6);
+  EXPECT_EQ(std::string(storage, 8), "\0\0\0\0\0\0\0x"s);
+}
+
+TEST(QnFsBufferInit, OfNoCapacityIsAtItsEnd) {
+  TypedBuffer buffer(0);
+
+  EXPECT_THAT(buffer.Places(), Pair(-1, -1));
+  EXPECT_EQ(fnQNFS_Buffer_IsEnd(buffer.get()), 1);
+}
+
+TEST(QnFsBufferInit, TakesNullAndMissingStorage) {
+  QNFSBuffer record = {nullptr, 5, 6};
+
+  fnQNFS_Init_Buffer(nullptr, 8);
+  fnQNFS_Init_Buffer(&record, 8);
+
+  EXPECT_EQ(record.pos, -1);
+  EXPECT_EQ(record.last, 7);
+}
+
+TEST(QnFsBufferWrite, MixedFieldsByteForByte) {
+  TypedBuffer buffer(100);
+
+  fnQNFS_Buffer_WriteString(buffer.get(), "abc", 3);
+  fnQNFS_Buffer_WriteInteger(buffer.get(), 42);
+  fnQNFS_Buffer_WriteLineTag(buffer.get());
+
+  EXPECT_EQ(buffer.Image(), "abc\0"s + "42\0\n"s);
+  EXPECT_THAT(buffer.Places(), Pair(7, 99));
+}
+
+struct StringCase {
+  const char *text;
+  int32_t length;
+  std::string image;
+};
+
+TEST(QnFsBufferWriteString, WritesTheFieldOfEachText) {
+  const StringCase cases[] = {
+      {"abc", 3, "abc\0"s}, {"abc", 2, "ab\0"s},  {"abc", 0, "\0"s},
+      {"", 0, "\0"s},       {"", 1, "\0\0"s},     {nullptr, 0, "\0"s},
+      {nullptr, 5, "\0"s},  {nullptr, -5, "\0"s}, {nullptr, kHighest, "\0"s},
+      {"\n", 1, "\n"},      {"\n", 0, ""},        {"\n", 2, "\n\0"s},
+      {"\nx", 1, "\n\0"s},  {"a\n", 2, "a\n\0"s}, {"\n\n", 2, "\n\n\0"s},
+  };
+  for (const StringCase &c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.text) + " of length " + std::to_string(c.length));
+    TypedBuffer buffer(20);
+
+    fnQNFS_Buffer_WriteString(buffer.get(), c.text, c.length);
+
+    EXPECT_EQ(buffer.Image(), c.image);
+    EXPECT_THAT(buffer.Places(), Pair(static_cast<int32_t>(c.image.size()) - 1, 19));
+  }
+}
+
+TEST(QnFsBufferWriteMem, EndsEveryBlockWithAZeroByte) {
+  const StringCase cases[] = {
+      {"a\0b", 3, "a\0b\0"s}, {"\n", 1, "\n\0"s},  {"\n", 2, "\n\0\0"s}, {"x", 0, "\0"s},
+      {nullptr, 0, "\0"s},    {nullptr, 5, "\0"s}, {nullptr, -5, "\0"s},
+  };
+  for (const StringCase &c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.text) + " of length " + std::to_string(c.length));
+    TypedBuffer buffer(20);
+
+    fnQNFS_Buffer_WriteMem(buffer.get(), c.text, c.length);
+
+    EXPECT_EQ(buffer.Image(), c.image);
+    EXPECT_THAT(buffer.Places(), Pair(static_cast<int32_t>(c.image.size()) - 1, 19));
+  }
+}
+
+TEST(QnFsBufferWrite, ANegativeLengthWritesNothing) {
+  for (const int32_t length : {-1, -2, -100, kLowest}) {
+    SCOPED_TRACE(length);
+    TypedBuffer buffer(8);
+    buffer.Write("a");
+
+    fnQNFS_Buffer_WriteString(buffer.get(), "text", length);
+    fnQNFS_Buffer_WriteMem(buffer.get(), "text", length);
+
+    EXPECT_EQ(buffer.Image(), "a\0"s);
+    EXPECT_THAT(buffer.Places(), Pair(1, 7));
+  }
+}
+
+TEST(QnFsBufferWrite, ALengthNearTheTopClosesTheBuffer) {
+  for (const int32_t length : {kHighest, kHighest - 1, kHighest - 7}) {
+    SCOPED_TRACE(length);
+    for (const auto write :
+         {fnQNFS_Buffer_WriteString, +[](QNFSBuffer *record, const char *text, int32_t bytes) {
+            fnQNFS_Buffer_WriteMem(record, text, bytes);
+          }}) {
+      TypedBuffer buffer(8);
+      buffer.Write("abc");
+
+      write(buffer.get(), "text", length);
+
+      EXPECT_THAT(buffer.Places(), Pair(3, 3));
+      EXPECT_EQ(buffer.Image(), "abc\0"s);
+    }
+  }
+}
+
+TEST(QnFsBufferWrite, NumbersInDecimal) {
+  struct Case {
+    int32_t value;
+    std::string image;
+  };
+  const Case cases[] = {{0, "0\0"s},
+                        {42, "42\0"s},
+                        {-7, "-7\0"s},
+                        {kHighest, "2147483647\0"s},
+                        {kLowest, "-2147483648\0"s}};
+  for (const Case &c : cases) {
+    SCOPED_TRACE(c.value);
+    TypedBuffer integer(20);
+    TypedBuffer longer(20);
+
+    fnQNFS_Buffer_WriteInteger(integer.get(), c.value);
+    fnQNFS_Buffer_WriteLong(longer.get(), c.value);
+
+    EXPECT_EQ(integer.Image(), c.image);
+    EXPECT_EQ(longer.Image(), c.image);
+  }
+}
+
+TEST(QnFsBufferWriteDateTime, WritesSevenNumbers) {
+  TypedBuffer buffer(100);
+
+  fnQNFS_Buffer_WriteDateTime(buffer.get(), {2009, 1, 2, 3, 4, 5, 6});
+  fnQNFS_Buffer_WriteDateTime(buffer.get(), {});
+
+  EXPECT_EQ(buffer.Image(), "2009:1:2:3:4:5:6\0"s + "0:0:0:0:0:0:0\0"s);
+}
+
+TEST(QnFsBufferWriteDateTime, CutsAt34Characters) {
+  constexpr uint32_t kTop = std::numeric_limits<uint32_t>::max();
+  struct Case {
+    QNTime time;
+    std::string text;
+  };
+  const Case cases[] = {
+      {{12345, 1234, 1234, 1234, 1234, 123, 1234}, "12345:1234:1234:1234:1234:123:1234"},
+      {{12345, 1234, 1234, 1234, 1234, 1234, 5678}, "12345:1234:1234:1234:1234:1234:567"},
+      {{kTop, kTop, kTop, kTop, kTop, kTop, kTop}, "4294967295:4294967295:4294967295:4"},
+  };
+  for (const Case &c : cases) {
+    TypedBuffer buffer(100);
+
+    fnQNFS_Buffer_WriteDateTime(buffer.get(), c.time);
+
+    EXPECT_EQ(buffer.Image(), c.text + '\0');
+  }
+}
+
+TEST(QnFsBufferWriteLine, WritesTheStringAndTheTag) {
+  TypedBuffer buffer(100);
+
+  fnQNFS_Buffer_WriteLine(buffer.get(), "ab");
+  fnQNFS_Buffer_WriteLine(buffer.get(), "");
+  fnQNFS_Buffer_WriteLine(buffer.get(), nullptr);
+  fnQNFS_Buffer_WriteLine(buffer.get(), "\n");
+
+  EXPECT_EQ(buffer.Image(), "ab\0\n\0\n\n\n"s);
+}
+
+TEST(QnFsBufferWriteLine, LeavesOutTheTagOfALineThatDoesNotFit) {
+  TypedBuffer buffer(6);
+
+  fnQNFS_Buffer_WriteLine(buffer.get(), "a");
+  fnQNFS_Buffer_WriteLine(buffer.get(), "bcde");
+
+  EXPECT_EQ(buffer.Image(), "a\0\n"s);
+  EXPECT_THAT(buffer.Places(), Pair(2, 2));
+}
+
+TEST(QnFsBufferWrite, AFieldMayFillTheBufferExactly) {
+  TypedBuffer buffer(8);
+
+  buffer.Write("abcdefgh");
+
+  EXPECT_EQ(buffer.Image(), "abcdefgh\0"s);
+  EXPECT_THAT(buffer.Places(), Pair(8, 7));
+  EXPECT_EQ(fnQNFS_Buffer_IsEnd(buffer.get()), 1);
+}
+
+TEST(QnFsBufferWrite, ClosesBehindAnExactFit) {
+  TypedBuffer buffer(8);
+  buffer.Write("abcdefgh");
+
+  buffer.Write("x");
+
+  EXPECT_EQ(buffer.Image(), "abcdefgh\0"s);
+  EXPECT_THAT(buffer.Places(), Pair(8, 8));
+}
+
+TEST(QnFsBufferWrite, ATagMayFillTheBufferExactly) {
+  TypedBuffer buffer(4);
+  buffer.Write("ab");
+
+  fnQNFS_Buffer_WriteLineTag(buffer.get());
+
+  EXPECT_EQ(buffer.Image(), "ab\0\n"s);
+  EXPECT_THAT(buffer.Places(), Pair(3, 3));
+}
+
+TEST(QnFsBufferWrite, AFieldThatDoesNotFitClosesTheBufferForAllAfterIt) {
+  TypedBuffer buffer(8);
+  buffer.Write("abc");
+
+  buffer.Write("defgh");
+  EXPECT_THAT(buffer.Places(), Pair(3, 3));
+  EXPECT_EQ(fnQNFS_Buffer_IsEnd(buffer.get()), 1);
+
+  buffer.Write("d");
+  fnQNFS_Buffer_WriteInteger(buffer.get(), 1);
+  fnQNFS_Buffer_WriteLineTag(buffer.get());
+  fnQNFS_Buffer_WriteMem(buffer.get(), "m", 1);
+  fnQNFS_Buffer_WriteDateTime(buffer.get(), {});
+  EXPECT_THAT(buffer.Places(), Pair(3, 3));
+  EXPECT_EQ(std::string(buffer->data, 9), "abc\0\0\0\0\0\0"s);
+}
+
+TEST(QnFsBufferWrite, EmptyFieldsCreepOnInAClosedBuffer) {
+  TypedBuffer buffer(8);
+  buffer.Write("abc");
+  buffer.Write("too long");
+  ASSERT_THAT(buffer.Places(), Pair(3, 3));
+
+  fnQNFS_Buffer_WriteString(buffer.get(), nullptr, 0);
+  EXPECT_THAT(buffer.Places(), Pair(4, 3));
+  fnQNFS_Buffer_WriteString(buffer.get(), "", 0);
+  EXPECT_THAT(buffer.Places(), Pair(4, 4));
+  fnQNFS_Buffer_WriteMem(buffer.get(), nullptr, 4);
+  EXPECT_THAT(buffer.Places(), Pair(5, 4));
+  EXPECT_EQ(buffer.Image(), "abc\0\0\0"s);
+}
+
+TEST(QnFsBufferWrite, EveryWriterTakesNull) {
+  QNFSBuffer bare = {nullptr, -1, 7};
+  for (QNFSBuffer *record : {static_cast<QNFSBuffer *>(nullptr), &bare}) {
+    fnQNFS_Buffer_WriteString(record, "a", 1);
+    fnQNFS_Buffer_WriteMem(record, "a", 1);
+    fnQNFS_Buffer_WriteInteger(record, 1);
+    fnQNFS_Buffer_WriteLong(record, 1);
+    fnQNFS_Buffer_WriteDateTime(record, {});
+    fnQNFS_Buffer_WriteLineTag(record);
+    fnQNFS_Buffer_WriteLine(record, "a");
+  }
+
+  EXPECT_EQ(bare.pos, -1);
+  EXPECT_EQ(bare.last, 7);
+}
+
+TEST(QnFsBufferIsEnd, ComparesThePlacesAsSigned) {
+  struct Case {
+    int32_t pos;
+    int32_t last;
+    int32_t end;
+  };
+  constexpr Case kCases[] = {{-1, 0, 0},
+                             {-1, -1, 1},
+                             {0, 0, 1},
+                             {1, 0, 1},
+                             {0, 1, 0},
+                             {-2, -1, 0},
+                             {kLowest, kHighest, 0},
+                             {kHighest, kLowest, 1}};
+  for (const Case &c : kCases) {
+    const QNFSBuffer record = {nullptr, c.pos, c.last};
+
+    EXPECT_EQ(fnQNFS_Buffer_IsEnd(&record), c.end) << c.pos << " of " << c.last;
+  }
+  EXPECT_EQ(fnQNFS_Buffer_IsEnd(nullptr), 0);
+}
+
+}  // namespace

@@ -1,0 +1,376 @@
+// Guards the settings list and its file: the bytes, the order of calls, what a
+// failed load or save leaves, and a heap that refuses.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+
+#include "qnstack/qn_fs_ini.h"
+#include "qnstack/qn_share_mem.h"
+#include "support/failing_heap.h"
+#include "support/file_port_test.h"
+#include "support/settings_list.h"
+
+namespace {
+
+using namespace std::string_literals;
+using qntest::FailingHeap;
+using qntest::FilePort;
+using qntest::FilePortTest;
+using qntest::Settings;
+using qntest::SettingsList;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr char kName[] = "/ini";
+constexpr char kBackup[] = "/ini.bak";
+
+class QnFsIniLoad : public FilePortTest {};
+class QnFsIniSave : public FilePortTest {};
+class QnFsIniWrite : public FilePortTest {};
+
+TEST_F(QnFsIniLoad, TakesKeyAndValueInTurns) {
+  struct Case {
+    std::string content;
+    Settings settings;
+  };
+  const Case cases[] = {
+      {"port\0"s + "80\0\n"s, {{"port", "80"}}},
+      {"a\0x\0\nb\0y\0\n"s, {{"a", "x"}, {"b", "y"}}},
+      {"a\0x\0\na\0y\0\n"s, {{"a", "x"}, {"a", "y"}}},
+      {"a\0\0\n"s, {{"a", ""}}},
+      {"\0\0\n"s, {{"", ""}}},
+      {"a\0x\0b\0y\0"s, {{"a", "x"}, {"b", "y"}}},
+      {"a\0x"s, {{"a", "x"}}},
+      // A key alone has an empty value.
+      {"a\0"s, {{"a", ""}}},
+      {"a"s, {{"a", ""}}},
+      {"a\0x\0\nb\0"s, {{"a", "x"}, {"b", ""}}},
+      // A value loses the line tag that it begins with.
+      {"a\0\nx\0\n"s, {{"a", "x"}}},
+      {"", {}},
+  };
+  for (const Case &c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.content));
+    Files().Write(kName, c.content);
+    SettingsList list;
+
+    fnQNFS_Load_INI_To_List(kName, list.get());
+
+    EXPECT_EQ(list.Held(), c.settings);
+  }
+}
+
+TEST_F(QnFsIniLoad, ReplacesWhatTheListHolds) {
+  Files().Write(kName, "b\0y\0\n"s);
+  SettingsList list{{"a", "x"}};
+
+  fnQNFS_Load_INI_To_List(kName, list.get());
+
+  EXPECT_THAT(list.Held(), ElementsAre(Pair("b", "y")));
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("getFileSize(/ini)", "isFileExisted(/ini.bak)",
+                                              "getFileSize(/ini)", "ReadFromFile(/ini, 10005)"));
+}
+
+TEST_F(QnFsIniLoad, OfAFileThatCannotBeReadEmptiesTheList) {
+  SettingsList missing{{"a", "x"}};
+  SettingsList unreadable{{"a", "x"}};
+  SettingsList nameless{{"a", "x"}};
+
+  fnQNFS_Load_INI_To_List(kName, missing.get());
+  Files().Write(kName, "b\0y\0\n"s);
+  FilePort().Fail("ReadFromFile");
+  fnQNFS_Load_INI_To_List(kName, unreadable.get());
+  fnQNFS_Load_INI_To_List(nullptr, nameless.get());
+
+  EXPECT_THAT(missing.Held(), IsEmpty());
+  EXPECT_THAT(unreadable.Held(), IsEmpty());
+  EXPECT_THAT(nameless.Held(), IsEmpty());
+}
+
+TEST_F(QnFsIniLoad, AsksForTheSizeBeforeItLooksAtTheList) {
+  fnQNFS_Load_INI_To_List(kName, nullptr);
+
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("getFileSize(/ini)"));
+}
+
+TEST_F(QnFsIniLoad, WithoutRoomForTheFileLeavesTheList) {
+  SettingsList list{{"a", "x"}};
+  for (const int32_t size : {std::numeric_limits<int32_t>::max(), -10001}) {
+    FilePort().Answer("getFileSize", size);
+    fnQNFS_Load_INI_To_List(kName, list.get());
+  }
+  {
+    FailingHeap heap(1);
+    fnQNFS_Load_INI_To_List(kName, list.get());
+  }
+
+  EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "x")));
+  EXPECT_EQ(FilePort().CountOf("ReadFromFile"), 0);
+}
+
+TEST_F(QnFsIniLoad, ReadsWithASizeBelowZero) {
+  Files().Write(kName, "b\0y\0\n"s);
+  SettingsList list;
+  FilePort().Answer("getFileSize", -5, 1);
+  FilePort().Answer("getFileSize", -5, 2);
+
+  fnQNFS_Load_INI_To_List(kName, list.get());
+
+  EXPECT_THAT(list.Held(), ElementsAre(Pair("b", "y")));
+  EXPECT_EQ(FilePort().Calls().back(), "ReadFromFile(/ini, 9995)");
+}
+
+TEST_F(QnFsIniLoad, ReadsARestoredBackupThatIsLargerThanTheFileWas) {
+  const std::string value(30000, 'v');
+  Files().Write(kName, "torn");
+  Files().Write(kBackup, "a\0"s + value + "\0\nb\0y\0\n"s);
+  SettingsList list;
+
+  fnQNFS_Load_INI_To_List(kName, list.get());
+
+  EXPECT_THAT(list.Held(), ElementsAre(Pair("a", value), Pair("b", "y")));
+}
+
+TEST_F(QnFsIniLoad, KeepsWholeEntriesWhereverTheHeapRefuses) {
+  Files().Write(kName, "a\0x\0\nb\0y\0\n"s);
+  // The area, the backup's name, and for each entry its two strings, itself
+  // and its node.
+  for (int refused = 3; refused <= 10; ++refused) {
+    SCOPED_TRACE(refused);
+    SettingsList list;
+    int kept = 0;
+    {
+      FailingHeap heap(refused);
+      fnQNFS_Load_INI_To_List(kName, list.get());
+      kept = heap.Allocations() - heap.Refusals() - heap.Frees();
+    }
+
+    const Settings first = {{"a", "x"}};
+    EXPECT_EQ(list.Held(), refused > 6 ? first : Settings());
+    EXPECT_EQ(kept, 4 * list.get()->count);
+  }
+}
+
+TEST_F(QnFsIniLoad, InitForgetsWhatTheRecordHeld) {
+  Files().Write(kName, "b\0y\0\n"s);
+  QNListNode node = {};
+  QNList list = {&node, &node, 77, 77};
+
+  fnQNFS_INI_List_Init(kName, &list);
+
+  ASSERT_NE(list.head, nullptr);
+  EXPECT_NE(list.head, &node);
+  EXPECT_EQ(list.count, 1);
+  EXPECT_EQ(list.reserved, 0U);
+  EXPECT_STREQ(static_cast<QNFSIniEntry *>(list.head->data)->key, "b");
+  fnQNList_Clear(&list, fnQNFS_INI_FreeNode);
+}
+
+TEST_F(QnFsIniLoad, InitOfAMissingFileGivesAnEmptyList) {
+  QNListNode node = {};
+  QNList list = {&node, &node, 77, 77};
+
+  fnQNFS_INI_List_Init(kName, &list);
+
+  EXPECT_EQ(list.head, nullptr);
+  EXPECT_EQ(list.tail, nullptr);
+  EXPECT_EQ(list.count, 0);
+}
+
+TEST_F(QnFsIniSave, WritesEntryAfterEntry) {
+  SettingsList list{{"port", "80"}, {"a", ""}, {"a", "x"}};
+  Files().Write(kName, "old");
+
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+
+  EXPECT_EQ(Content(kName), "port\0"s + "80\0\na\0\0\na\0x\0\n"s);
+  EXPECT_THAT(FilePort().Calls(),
+              ElementsAre("getFileSize(/ini)", "DeleteFile(/ini.bak)", "MoveFile(/ini.bak, /ini)",
+                          "CopyFile(/ini, /ini.bak)", "WriteToFile(18 bytes, /ini)",
+                          "DeleteFile(/ini.bak)"));
+}
+
+TEST_F(QnFsIniSave, OfAnEmptyListEmptiesTheFile) {
+  SettingsList list;
+  Files().Write(kName, "old");
+
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+
+  EXPECT_EQ(Content(kName), "");
+}
+
+TEST_F(QnFsIniSave, WritesAMissingValueAsAnEmptyOne) {
+  SettingsList list{{"a", "x"}};
+  fnQN_Free(&list.Entry(0)->value);
+
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+
+  EXPECT_EQ(Content(kName), "a\0\0\n"s);
+}
+
+TEST_F(QnFsIniSave, WritesALineTagAsAValueWithoutItsZeroByte) {
+  SettingsList list{{"a", "\n"}};
+
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+
+  EXPECT_EQ(Content(kName), "a\0\n\n"s);
+}
+
+TEST_F(QnFsIniSave, HasRoomForTheFileAnd10000Bytes) {
+  const std::string value(6000, 'v');
+  SettingsList list{{"a", value}, {"b", value}};
+  const std::string first = "a\0"s + value + "\0\n"s;
+
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+  EXPECT_EQ(Content(kName), first + "b\0"s);
+
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+  EXPECT_EQ(Content(kName), first + "b\0"s + value + "\0\n"s);
+}
+
+TEST_F(QnFsIniSave, TakesEverySizeBelowZeroForNone) {
+  const std::string value(9998, 'v');
+  for (const int32_t size : {-1, -5, std::numeric_limits<int32_t>::min()}) {
+    SCOPED_TRACE(size);
+    SettingsList list{{"a", value}};
+    FilePort().Answer("getFileSize", size);
+
+    EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+
+    // The value fills the area exactly; its tag has no room left.
+    EXPECT_EQ(Content(kName), "a\0"s + value + "\0"s);
+  }
+}
+
+TEST_F(QnFsIniSave, FailsWithItsArgumentsItsMemoryOrThePort) {
+  SettingsList list{{"a", "x"}};
+  Files().Write(kName, "old");
+
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, nullptr), 0);
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(nullptr, list.get()), 0);
+  FilePort().Answer("getFileSize", std::numeric_limits<int32_t>::max());
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 0);
+  FilePort().Fail("WriteToFile");
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 0);
+  int32_t result = 77;
+  {
+    FailingHeap heap(1);
+    result = fnQNFS_Write_INI_To_File(kName, list.get());
+  }
+  EXPECT_EQ(result, 0);
+
+  EXPECT_EQ(Content(kName), "old");
+}
+
+TEST_F(QnFsIniSave, IsReadBackByALoad) {
+  SettingsList saved{{"proxy", "10.0.0.172:80"}, {"", "x"}, {"agent", "a b\nc"}};
+  SettingsList loaded;
+
+  fnQNFS_Write_INI_To_File(kName, saved.get());
+  fnQNFS_Load_INI_To_List(kName, loaded.get());
+
+  EXPECT_EQ(loaded.Held(), saved.Held());
+}
+
+TEST_F(QnFsIniWrite, SetsTheValueAndWritesTheFile) {
+  SettingsList list{{"a", "x"}, {"b", "y"}};
+  Files().Write(kName, "old");
+
+  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "a", "z"), 1);
+  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "c", nullptr), 1);
+
+  EXPECT_EQ(Content(kName), "a\0z\0\nb\0y\0\nc\0\0\n"s);
+  EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "z"), Pair("b", "y"), Pair("c", "")));
+}
+
+TEST_F(QnFsIniWrite, ReplacesTheFirstOfTwoEntriesOfAFile) {
+  Files().Write(kName, "a\0x\0\na\0y\0\n"s);
+  SettingsList list;
+  fnQNFS_Load_INI_To_List(kName, list.get());
+
+  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "a", "z"), 1);
+
+  EXPECT_EQ(Content(kName), "a\0z\0\na\0y\0\n"s);
+}
+
+TEST_F(QnFsIniWrite, NeedsANameAListAndAKey) {
+  SettingsList list;
+
+  EXPECT_EQ(fnQNFS_INI_Write(nullptr, list.get(), "a", "x"), 0);
+  EXPECT_EQ(fnQNFS_INI_Write(kName, nullptr, "a", "x"), 0);
+  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), nullptr, "x"), 0);
+
+  EXPECT_THAT(list.Held(), IsEmpty());
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+}
+
+TEST_F(QnFsIniWrite, ThatFailsOnTheFileKeepsTheChangeInMemory) {
+  SettingsList list{{"a", "x"}};
+  Files().Write(kName, "a\0x\0\n"s);
+  FilePort().Fail("WriteToFile", 1);
+  FilePort().Fail("WriteToFile", 2);
+
+  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "a", "z"), 0);
+  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "b", "y"), 0);
+
+  EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "z"), Pair("b", "y")));
+  EXPECT_EQ(Content(kName), "a\0x\0\n"s);
+}
+
+TEST_F(QnFsIniWrite, TakesTheListsOwnStrings) {
+  SettingsList list{{"a", "x"}};
+
+  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), list.Entry(0)->key, list.Entry(0)->value), 1);
+  EXPECT_EQ(Content(kName), "a\0x\0\n"s);
+  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), list.Entry(0)->value, list.Entry(0)->key), 1);
+  EXPECT_EQ(Content(kName), "a\0x\0\nx\0a\0\n"s);
+}
+
+TEST_F(QnFsIniWrite, WithoutMemoryForANewKeyWritesNothing) {
+  for (int refused = 1; refused <= 4; ++refused) {
+    SCOPED_TRACE(refused);
+    SettingsList list;
+    int32_t result = 77;
+    {
+      FailingHeap heap(refused);
+      result = fnQNFS_INI_Write(kName, list.get(), "a", "x");
+    }
+
+    EXPECT_EQ(result, 0);
+    EXPECT_THAT(list.Held(), IsEmpty());
+    EXPECT_THAT(FilePort().Calls(), IsEmpty());
+  }
+}
+
+TEST_F(QnFsIniWrite, WithoutMemoryForANewValueLeavesNoneAndWritesNothing) {
+  SettingsList list{{"a", "x"}};
+  int32_t result = 77;
+  {
+    FailingHeap heap(1);
+    result = fnQNFS_INI_Write(kName, list.get(), "a", "z");
+  }
+
+  EXPECT_EQ(result, 0);
+  EXPECT_EQ(list.Entry(0)->value, nullptr);
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+}
+
+TEST_F(QnFsIniWrite, WithoutMemoryForTheFileKeepsTheChangeInMemory) {
+  SettingsList list{{"a", "x"}};
+  int32_t result = 77;
+  {
+    FailingHeap heap(2);
+    result = fnQNFS_INI_Write(kName, list.get(), "a", "z");
+  }
+
+  EXPECT_EQ(result, 0);
+  EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "z")));
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("getFileSize(/ini)"));
+}
+
+}  // namespace

@@ -1,0 +1,176 @@
+// Guards the index of the cache: loading it from its file, once and when it is
+// first needed, and the exact bytes and calls of reading and writing it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "qn_stack_http_cache_internal.h"
+#include "support/cache_test.h"
+#include "support/failing_heap.h"
+
+namespace {
+
+using qntest::CachedAnswer;
+using qntest::FailingHeap;
+using qntest::FilePort;
+using qntest::InARow;
+using qntest::IndexOf;
+using qntest::IndexRead;
+using qntest::IndexRewrite;
+using qntest::kIndexName;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
+constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+
+const std::vector<CachedAnswer> kTwo = {{"http://a/", "text/plain", -4928, 120, 1000, 900, 200},
+                                        {"http://b/", "NULL", 42, 80, -7, -8, -9}};
+
+class QnCacheIndex : public qntest::CacheTest {};
+
+TEST_F(QnCacheIndex, LoadsTheIndexInTheOrderOfItsFile) {
+  WriteIndex(kTwo);
+
+  EXPECT_EQ(fnQNStack_LoadCache_To_List(), 1);
+
+  EXPECT_EQ(Held(), kTwo);
+  EXPECT_THAT(FilePort().Calls(),
+              ElementsAreArray(InARow({{"MkDir(/wap/ca/)"}, IndexRead(IndexOf(kTwo).size())})));
+}
+
+TEST_F(QnCacheIndex, LoadsOnceAndMakesTheFolderEveryTime) {
+  WriteIndex(kTwo);
+  fnQNStack_LoadCache_To_List();
+  FilePort().ClearCalls();
+
+  EXPECT_EQ(fnQNStack_LoadCache_To_List(), 1);
+
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("MkDir(/wap/ca/)"));
+  EXPECT_EQ(Held(), kTwo);
+}
+
+TEST_F(QnCacheIndex, LoadingLeavesTheCounters) {
+  WriteIndex(kTwo);
+  SetCounters(7, -70);
+
+  fnQNStack_LoadCache_To_List();
+
+  ExpectCounters(7, -70);
+}
+
+TEST_F(QnCacheIndex, LoadsAnEmptyIndexWhereThereIsNoFile) {
+  EXPECT_EQ(fnQNStack_LoadCache_To_List(), 1);
+
+  EXPECT_THAT(FilePort().Calls(),
+              ElementsAre("MkDir(/wap/ca/)", "getFileSize(/wap/ca/ca.txt)",
+                          "isFileExisted(/wap/ca/ca.txt.bak)", "getFileSize(/wap/ca/ca.txt)"));
+  ASSERT_NE(qn::http_cache_list, nullptr);
+  EXPECT_THAT(Held(), IsEmpty());
+}
+
+TEST_F(QnCacheIndex, LoadsAnEmptyIndexWhereTheFileCannotBeRead) {
+  WriteIndex(kTwo);
+  FilePort().Fail("MkDir");
+  FilePort().Fail("ReadFromFile");
+
+  EXPECT_EQ(fnQNStack_LoadCache_To_List(), 1);
+
+  ASSERT_NE(qn::http_cache_list, nullptr);
+  EXPECT_THAT(Held(), IsEmpty());
+}
+
+TEST_F(QnCacheIndex, RestoresABackupThatIsMuchLargerThanTheIndex) {
+  const std::vector<CachedAnswer> many = qntest::Answers(1000, 500);
+  FilePort().files().Write(kIndexName, "torn");
+  FilePort().files().Write("/wap/ca/ca.txt.bak", IndexOf(many));
+
+  fnQNStack_LoadCache_To_List();
+
+  EXPECT_EQ(Held(), many);
+  EXPECT_THAT(
+      FilePort().Calls(),
+      ElementsAre(
+          "MkDir(/wap/ca/)", "getFileSize(/wap/ca/ca.txt)", "isFileExisted(/wap/ca/ca.txt.bak)",
+          "DeleteFile(/wap/ca/ca.txt)", "MoveFile(/wap/ca/ca.txt, /wap/ca/ca.txt.bak)",
+          "getFileSize(/wap/ca/ca.txt)",
+          "ReadFromFile(/wap/ca/ca.txt, " + std::to_string(IndexOf(many).size() + 10000) + ")"));
+}
+
+TEST_F(QnCacheIndex, WritesTheIndexByteForByte) {
+  Start({{"U", "NULL", 42, 120, 1000, 900, 0}, {"", "", kLeast, kMost, kLeast, kMost, -1}});
+  constexpr char kBytes[] =
+      "U\0NULL\0"
+      "42\0"
+      "120\0"
+      "1000\0"
+      "900\0"
+      "0\0"
+      "\0\0"
+      "-2147483648\0"
+      "2147483647\0"
+      "-2147483648\0"
+      "2147483647\0"
+      "-1\0";
+  const std::string bytes(kBytes, sizeof kBytes - 1);
+
+  EXPECT_EQ(qn::SaveCacheIndex(), 1);
+
+  EXPECT_EQ(IndexFile(), bytes);
+  EXPECT_THAT(FilePort().Calls(), ElementsAreArray(IndexRewrite(bytes.size())));
+}
+
+TEST_F(QnCacheIndex, ReadsWhatIsMissingOfAnEntryAsEmpty) {
+  FilePort().files().Write(kIndexName, std::string("http://a/\0label\0-17\0", 20));
+
+  fnQNStack_LoadCache_To_List();
+
+  EXPECT_EQ(Held(), (std::vector<CachedAnswer>{{"http://a/", "label", -17, 0, 0, 0, 0}}));
+}
+
+TEST_F(QnCacheIndex, ListIsLoadedAgainAfterFreeAndNotCounted) {
+  Start(kTwo);
+  fnQNStack_Cache_Free();
+  SetCounters(7, -70);
+
+  const QNList *list = fnQNFS_http_cache_list();
+
+  ASSERT_NE(list, nullptr);
+  EXPECT_EQ(list, qn::http_cache_list);
+  EXPECT_EQ(Held(), kTwo);
+  ExpectCounters(7, -70);
+}
+
+TEST_F(QnCacheIndex, ListIsTheOneThatIsLoaded) {
+  Start(kTwo);
+  const QNList *list = qn::http_cache_list;
+
+  EXPECT_EQ(fnQNFS_http_cache_list(), list);
+
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+}
+
+TEST_F(QnCacheIndex, HasNoIndexWhenTheHeapRefusesTheList) {
+  {
+    FailingHeap heap(1);
+    EXPECT_EQ(fnQNStack_LoadCache_To_List(), 0);
+  }
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("MkDir(/wap/ca/)"));
+  for (const auto &use : std::vector<void (*)()>{
+           [] { EXPECT_EQ(fnQNFS_http_cache_list(), nullptr); },
+           [] { EXPECT_EQ(fnQNStack_Cache_Delete_All(), 0); },
+           [] { fnQNStack_Cache_Init(); },
+       }) {
+    FailingHeap heap(1);
+    use();
+    EXPECT_EQ(qn::http_cache_list, nullptr);
+  }
+  EXPECT_EQ(FilePort().CountOf("DelAllFiles"), 0);
+}
+
+}  // namespace

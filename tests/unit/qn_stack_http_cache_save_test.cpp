@@ -1,0 +1,341 @@
+// Guards saving into the cache: what is written in which order, what a failing
+// write, heap or collision does, and what becomes of a URL that is saved again.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "qn_stack_http_cache_internal.h"
+#include "support/cache_test.h"
+#include "support/failing_heap.h"
+
+namespace {
+
+using qntest::Answers;
+using qntest::CachedAnswer;
+using qntest::FailingHeap;
+using qntest::FilePort;
+using qntest::InARow;
+using qntest::IndexOf;
+using qntest::IndexRewrite;
+using qntest::kFileNoOfNow;
+using qntest::kNow;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+
+constexpr int32_t kFresh = kNow + 1000;
+
+class QnCacheSave : public qntest::CacheTest {
+ protected:
+  // What is in the file of that number; "none" if it is not there.
+  static std::string Body(int32_t file_no) {
+    return FilePort().files().Content("/wap/ca/" + std::to_string(file_no)).value_or("none");
+  }
+  static int32_t Save(const std::string &url, const std::string &body, int32_t expires = kFresh) {
+    return fnQNStack_Cache_Save(url.c_str(), nullptr, body.data(),
+                                static_cast<int32_t>(body.size()), expires, 0);
+  }
+  // An answer as Save() stores it.
+  static CachedAnswer Saved(const std::string &url, int32_t size, int32_t file_no = kFileNoOfNow) {
+    return {url, "NULL", file_no, size, kFresh, kNow, 0};
+  }
+};
+
+TEST_F(QnCacheSave, WritesTheBodyThenTheIndex) {
+  const std::string index = IndexOf({Saved("http://a/", 4)});
+
+  EXPECT_EQ(Save("http://a/", "body"), 1);
+
+  EXPECT_THAT(
+      FilePort().Calls(),
+      ElementsAreArray(InARow(
+          {{"MkDir(/wap/ca/)", "getFileSize(/wap/ca/ca.txt)", "isFileExisted(/wap/ca/ca.txt.bak)",
+            "getFileSize(/wap/ca/ca.txt)", "WriteToFile(4 bytes, /wap/ca/-4928)"},
+           IndexRewrite(index.size())})));
+  EXPECT_EQ(Body(kFileNoOfNow), "body");
+  EXPECT_EQ(IndexFile(), index);
+}
+
+TEST_F(QnCacheSave, KeepsEveryArgument) {
+  const std::string body("a\0\nb", 4);
+
+  EXPECT_EQ(fnQNStack_Cache_Save("u", "image/gif", body.data(), 4, kFresh, -200), 1);
+
+  EXPECT_EQ(Held(),
+            (std::vector<CachedAnswer>{{"u", "image/gif", kFileNoOfNow, 4, kFresh, kNow, -200}}));
+  EXPECT_EQ(Body(kFileNoOfNow), body);
+}
+
+TEST_F(QnCacheSave, CopiesItsStrings) {
+  std::string url = "url";
+  std::string label = "label";
+
+  fnQNStack_Cache_Save(url.c_str(), label.c_str(), "x", 1, kFresh, 0);
+  url = label = "?????";
+
+  EXPECT_EQ(Held().front().url, "url");
+  EXPECT_EQ(Held().front().label, "label");
+}
+
+TEST_F(QnCacheSave, KeepsAnEmptyLabelAndAnEmptyBody) {
+  EXPECT_EQ(fnQNStack_Cache_Save("u", "", "", 0, kFresh, 0), 1);
+
+  EXPECT_EQ(Held(), (std::vector<CachedAnswer>{{"u", "", kFileNoOfNow, 0, kFresh, kNow, 0}}));
+  EXPECT_EQ(Body(kFileNoOfNow), "");
+}
+
+TEST_F(QnCacheSave, KeepsAnAnswerWithoutAUrlWhereNoLookupFindsIt) {
+  EXPECT_EQ(fnQNStack_Cache_Save(nullptr, nullptr, "body", 4, kFresh, 0), 1);
+
+  EXPECT_EQ(fnQNStack_Cache_FindbyUrl(nullptr), nullptr);
+  EXPECT_EQ(fnQNStack_Cache_FindbyUrl(""), nullptr);
+  EXPECT_EQ(IndexFile(), IndexOf({Saved("", 4)}));
+}
+
+TEST_F(QnCacheSave, PutsTheNewEntryInFrontAndCountsIt) {
+  const std::vector<CachedAnswer> old = Answers(2, kFresh, 10);
+  Start(old);
+
+  EXPECT_EQ(Save("new", "body"), 1);
+
+  EXPECT_EQ(Held(), (std::vector<CachedAnswer>{Saved("new", 4), old[0], old[1]}));
+  EXPECT_EQ(IndexFile(), IndexOf(Held()));
+  ExpectCounters(3, 24);
+}
+
+TEST_F(QnCacheSave, LoadsTheIndexWithoutCountingIt) {
+  WriteIndex(Answers(2, kFresh, 10));
+
+  EXPECT_EQ(Save("new", "body"), 1);
+
+  EXPECT_THAT(HeldUrls(), ElementsAre("new", "u0", "u1"));
+  ExpectCounters(1, 4);
+}
+
+TEST_F(QnCacheSave, HeedsNeitherTheModeNorTheFreshnessFacts) {
+  fnQNStack_Cache_setMode(0);
+  qn::cache_time.cacheable = 0;
+
+  EXPECT_EQ(Save("u", "x"), 1);
+}
+
+TEST_F(QnCacheSave, DeletesTheOldBodyOfItsUrlFirst) {
+  const CachedAnswer old = {.url = "u", .file_no = 7, .size = 100, .expires = kFresh};
+  Start({old});
+  const std::vector<CachedAnswer> both = {Saved("u", 4), old};
+
+  EXPECT_EQ(Save("u", "body"), 1);
+
+  EXPECT_THAT(
+      FilePort().Calls(),
+      ElementsAreArray(InARow({{"DeleteFile(/wap/ca/7)", "WriteToFile(4 bytes, /wap/ca/-4928)"},
+                               IndexRewrite(IndexOf(both).size())})));
+  EXPECT_EQ(Held(), both);
+  EXPECT_EQ(fnQNStack_Cache_FindbyUrl("u")->file_no, kFileNoOfNow);
+  ExpectCounters(1, 4);
+}
+
+TEST_F(QnCacheSave, TakesTheOldEntryOfAUrlOffTwiceInTheEnd) {
+  Start({{.url = "u", .file_no = 7, .size = 100, .expires = kNow + 200}});
+  Save("u", "body");
+  clock_.SetLocal({.year = 2009, .month = 6, .day = 15, .hour = 12, .minute = 5});
+
+  EXPECT_EQ(Save("other", "x", kNow + 10000), 1);
+
+  EXPECT_THAT(HeldUrls(), ElementsAre("other", "u"));
+  ExpectCounters(1, 4 - 100 + 1);
+}
+
+TEST_F(QnCacheSave, TakesAStaleEntryOfItsUrlOffTwiceAtOnce) {
+  Start({{.url = "u", .file_no = 7, .size = 100, .expires = kNow}});
+
+  EXPECT_EQ(Save("u", "body"), 1);
+
+  EXPECT_EQ(FilePort().Calls()[0], "DeleteFile(/wap/ca/7)");
+  EXPECT_EQ(FilePort().Calls()[1], "DeleteFile(/wap/ca/7)");
+  EXPECT_EQ(Held(), (std::vector<CachedAnswer>{Saved("u", 4)}));
+  ExpectCounters(0, -96);
+}
+
+TEST_F(QnCacheSave, GoesOnWhenTheOldBodyIsNotThere) {
+  Start({{.url = "u", .file_no = 7, .expires = kFresh}});
+  FilePort().Fail("DeleteFile");
+
+  EXPECT_EQ(Save("u", "body"), 1);
+}
+
+TEST_F(QnCacheSave, FailsWhenTheBodyCannotBeWritten) {
+  std::vector<CachedAnswer> answers = {{.url = "u", .file_no = 7, .size = 100, .expires = kFresh},
+                                       {.url = "stale", .file_no = 8, .size = 10, .expires = kNow}};
+  Start(answers);
+  FilePort().Fail("WriteToFile");
+
+  EXPECT_EQ(Save("u", "body"), 0);
+
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("DeleteFile(/wap/ca/7)", "DeleteFile(/wap/ca/8)",
+                                              "WriteToFile(4 bytes, /wap/ca/-4928)"));
+  EXPECT_THAT(HeldUrls(), ElementsAre("u"));
+  EXPECT_EQ(IndexFile(), IndexOf(answers));
+  ExpectCounters(0, 0);
+}
+
+TEST_F(QnCacheSave, TakesAnyAnswerButMinusOneOfTheBodysWriteForSuccess) {
+  for (const int32_t answer : {0, 1, -2}) {
+    ResetCache();
+    FilePort().Answer("WriteToFile", answer);
+
+    EXPECT_EQ(Save("u", "body"), 1) << answer;
+  }
+}
+
+TEST_F(QnCacheSave, RefusesANegativeLength) {
+  Start(Answers(1, kFresh));
+
+  EXPECT_EQ(fnQNStack_Cache_Save("u", nullptr, "body", -1, kFresh, 0), 0);
+
+  EXPECT_THAT(HeldUrls(), ElementsAre("u0"));
+  EXPECT_EQ(qn::http_cache_size, 1);
+}
+
+TEST_F(QnCacheSave, SucceedsWhenTheIndexCannotBeWritten) {
+  const std::vector<CachedAnswer> old = Answers(1, kFresh);
+  Start(old);
+  FilePort().Fail("WriteToFile", 2);
+
+  EXPECT_EQ(Save("u", "body"), 1);
+
+  EXPECT_THAT(HeldUrls(), ElementsAre("u", "u0"));
+  EXPECT_EQ(IndexFile(), IndexOf(old));
+  EXPECT_EQ(qn::http_cache_items, 2);
+}
+
+TEST_F(QnCacheSave, GivesTheBodyTheNextNumberThatNoEntryHas) {
+  const auto with_number = [](int32_t file_no) {
+    return CachedAnswer{.url = std::to_string(file_no), .file_no = file_no, .expires = kFresh};
+  };
+  Start({with_number(-4927), with_number(-4925), with_number(-4928)});
+
+  Save("u", "body");
+
+  EXPECT_EQ(Held().front().file_no, -4926);
+  EXPECT_EQ(Body(-4926), "body");
+}
+
+TEST_F(QnCacheSave, GivesTheNumberOfAPurgedEntryOutAgain) {
+  Start({{.url = "stale", .file_no = kFileNoOfNow, .expires = kNow}});
+
+  Save("u", "body");
+
+  EXPECT_EQ(Held().front().file_no, kFileNoOfNow);
+  EXPECT_EQ(Body(kFileNoOfNow), "body");
+}
+
+TEST_F(QnCacheSave, KeepsTheNumberOfAnOldEntryOfItsUrlTaken) {
+  Start({{.url = "u", .file_no = kFileNoOfNow, .expires = kFresh}});
+
+  Save("u", "body");
+
+  EXPECT_EQ(Held().front().file_no, kFileNoOfNow + 1);
+  EXPECT_EQ(Body(kFileNoOfNow), "none");
+}
+
+TEST_F(QnCacheSave, TakesTheStringsOfAnEntryThatIsPurged) {
+  Start({{.url = "url", .label = "label", .file_no = 7, .size = 9, .expires = kNow}});
+  const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl("url");
+
+  EXPECT_EQ(fnQNStack_Cache_Save(entry->url, entry->label, "x", 1, kFresh, 5), 1);
+
+  EXPECT_EQ(Held(),
+            (std::vector<CachedAnswer>{{"url", "label", kFileNoOfNow, 1, kFresh, kNow, 5}}));
+}
+
+TEST_F(QnCacheSave, TakesTheStringsOfAnEntryThatIsEvicted) {
+  Start({{.url = "other", .file_no = 6, .expires = kFresh},
+         {.url = "url", .label = "label", .file_no = 7, .expires = kFresh}});
+  qn::http_cache_items = 200;
+  const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl("url");
+
+  EXPECT_EQ(fnQNStack_Cache_Save(entry->url, entry->label, "x", 1, kFresh, 5), 1);
+
+  EXPECT_THAT(HeldUrls(), ElementsAre("url", "other"));
+  EXPECT_EQ(Held().front().label, "label");
+}
+
+TEST_F(QnCacheSave, TakesABodyThatIsAStringOfAnEntryThatIsPurged) {
+  Start({{.url = "first", .label = "its label", .file_no = 7, .expires = kNow},
+         {.url = "second url", .file_no = 8, .expires = kNow}});
+  const char *label = fnQNStack_Cache_FindbyUrl("first")->label;
+  EXPECT_EQ(fnQNStack_Cache_Save("u", nullptr, label + 4, 5, kFresh, 0), 1);
+  EXPECT_EQ(Body(kFileNoOfNow), "label");
+
+  const QNCacheEntry *evicted = fnQNStack_Cache_FindbyUrl("u");
+  qn::http_cache_items = 199;
+  EXPECT_EQ(fnQNStack_Cache_Save("v", nullptr, evicted->url, 2, kFresh, 0), 1);
+  EXPECT_EQ(Body(kFileNoOfNow), std::string("u\0", 2));
+}
+
+TEST_F(QnCacheSave, IsWholeOrNotAtAllWhenTheHeapRefuses) {
+  const std::vector<CachedAnswer> old = Answers(3, kFresh, 10);
+  int refusals = 1;
+  int failures = 0;
+  for (int k = 1; refusals > 0; ++k) {
+    SCOPED_TRACE(k);
+    ResetCache();
+    Start(old);
+    int32_t result = -1;
+    {
+      FailingHeap heap(k);
+      result = Save("new", "body");
+      refusals = heap.Refusals();
+    }
+    failures += result == 0 ? 1 : 0;
+
+    ASSERT_THAT(result, testing::AnyOf(0, 1));
+    EXPECT_EQ(Held().size(), 3U + static_cast<size_t>(result));
+    ExpectCounters(3 + result, 30 + 4 * result);
+    EXPECT_THAT(IndexFile(), testing::AnyOf(IndexOf(old), IndexOf(Held())));
+    EXPECT_EQ(Save("later", "body"), 1);
+    EXPECT_EQ(IndexFile(), IndexOf(Held()));
+  }
+  // The entry, its two strings and its node are needed; the rest is the index
+  // file's.
+  EXPECT_EQ(failures, 4);
+}
+
+TEST_F(QnCacheSave, FailsWithoutAnIndexWhenTheHeapRefusesIt) {
+  FailingHeap heap(4);
+
+  EXPECT_EQ(Save("u", "body"), 0);
+
+  EXPECT_EQ(qn::http_cache_list, nullptr);
+  EXPECT_EQ(FilePort().CountOf("WriteToFile"), 0);
+}
+
+TEST_F(QnCacheSave, CutsAnIndexThatOutgrowsItsArea) {
+  const std::string url(10100, 'x');
+  Start(Answers(1, kFresh));
+
+  EXPECT_EQ(Save(url, "body"), 1);
+
+  // Nothing fits behind the URL that does not, so the file ends before it.
+  EXPECT_EQ(Held().size(), 2U);
+  EXPECT_NE(fnQNStack_Cache_FindbyUrl(url.c_str()), nullptr);
+  EXPECT_EQ(IndexFile(), "");
+}
+
+TEST_F(QnCacheSave, KeepsOfAnIndexWhatFitsItsArea) {
+  const std::string label(10000, 'l');
+
+  EXPECT_EQ(fnQNStack_Cache_Save("u", label.c_str(), "body", 4, kFresh, 0), 1);
+  EXPECT_EQ(IndexFile(), std::string("u\0", 2));
+  EXPECT_EQ(Save("v", "body"), 1);
+  EXPECT_EQ(IndexFile(), IndexOf({Held()[0]}) + std::string("u\0", 2));
+
+  fnQNStack_Cache_Free();
+  fnQNStack_Cache_Init();
+  EXPECT_EQ(Held().at(1), (CachedAnswer{.url = "u", .label = ""}));
+}
+
+}  // namespace

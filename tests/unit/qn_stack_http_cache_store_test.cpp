@@ -1,0 +1,257 @@
+// Guards the cache store: the index in memory and in its file, the counters,
+// the bodies' names and the exact calls by which files are read and deleted.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "qn_stack_http_cache_internal.h"
+#include "qnstack/qn_share_mem.h"
+#include "qnstack/qn_stack_tools.h"
+#include "support/cache_test.h"
+#include "support/failing_heap.h"
+
+namespace {
+
+using qntest::CachedAnswer;
+using qntest::FailingHeap;
+using qntest::FilePort;
+using qntest::InARow;
+using qntest::IndexOf;
+using qntest::IndexRead;
+using qntest::IndexRewrite;
+using qntest::kIndexName;
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
+constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
+
+// The values before any call of the program.
+const QNList *const list_at_load = qn::http_cache_list;
+const int32_t items_at_load = qn::http_cache_items;
+const int32_t size_at_load = qn::http_cache_size;
+const int32_t mode_at_load = fnQNStack_Cache_getState();
+
+const std::vector<CachedAnswer> kTwo = {{"http://a/", "text/plain", -4928, 120, 1000, 900, 200},
+                                        {"http://b/", "NULL", 42, 80, -7, -8, -9}};
+
+class QnCacheStore : public qntest::CacheTest {};
+
+TEST_F(QnCacheStore, BeginsWithoutAnIndex) {
+  EXPECT_EQ(list_at_load, nullptr);
+  EXPECT_EQ(items_at_load, 0);
+  EXPECT_EQ(size_at_load, 0);
+  EXPECT_EQ(mode_at_load, 2);
+}
+
+TEST_F(QnCacheStore, CountsAtInit) {
+  WriteIndex(kTwo);
+  SetCounters(7, -70);
+
+  fnQNStack_Cache_Init();
+
+  ExpectCounters(2, 200);
+}
+
+TEST_F(QnCacheStore, CountsAgainAtASecondInitWithoutReadingAgain) {
+  Start(kTwo);
+  SetCounters(7, -70);
+
+  fnQNStack_Cache_Init();
+
+  ExpectCounters(2, 200);
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("MkDir(/wap/ca/)"));
+}
+
+TEST_F(QnCacheStore, CountsSizesAsTheyWrap) {
+  WriteIndex({{.url = "a", .size = kMost}, {.url = "b", .size = 2}, {.url = "c", .size = -5}});
+
+  fnQNStack_Cache_Init();
+
+  ExpectCounters(3, kMost - 3);
+}
+
+TEST_F(QnCacheStore, FreeKeepsCountersAndFiles) {
+  Start(kTwo);
+
+  fnQNStack_Cache_Free();
+
+  EXPECT_EQ(qn::http_cache_list, nullptr);
+  ExpectCounters(2, 200);
+  EXPECT_EQ(IndexFile(), IndexOf(kTwo));
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+}
+
+TEST_F(QnCacheStore, FreeGivesEveryBlockBack) {
+  Start(kTwo);
+  FailingHeap heap(FailingHeap::kCountOnly);
+
+  fnQNStack_Cache_Free();
+
+  // Of each entry the record, two strings and a node; and the list.
+  EXPECT_EQ(heap.Frees(), 2 * 4 + 1);
+}
+
+TEST_F(QnCacheStore, FreeOfNothingDoesNothing) {
+  SetCounters(3, 30);
+
+  fnQNStack_Cache_Free();
+
+  ExpectCounters(3, 30);
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+}
+
+TEST_F(QnCacheStore, FreeNodeLeavesTheVariable) {
+  auto *entry = static_cast<QNCacheEntry *>(fnQN_Malloc_Local(sizeof(QNCacheEntry), nullptr, 0));
+  entry->url = fnQNStack_StrDup("u");
+  entry->label = fnQNStack_StrDup("l");
+  void *variable = entry;
+  const void *before = variable;
+  FailingHeap heap(FailingHeap::kCountOnly);
+
+  qn::fnQNStack_Cache_FreeNode(&variable);
+
+  EXPECT_EQ(variable, before);
+  EXPECT_EQ(heap.Frees(), 3);
+}
+
+TEST_F(QnCacheStore, FreeNodeTakesNulls) {
+  void *variable = nullptr;
+  FailingHeap heap(FailingHeap::kCountOnly);
+
+  qn::fnQNStack_Cache_FreeNode(nullptr);
+  qn::fnQNStack_Cache_FreeNode(&variable);
+
+  EXPECT_EQ(heap.Frees(), 0);
+}
+
+TEST_F(QnCacheStore, NamesBodiesByTheirNumber) {
+  struct Case {
+    int32_t file_no;
+    const char *name;
+  };
+  constexpr Case kCases[] = {{-5, "/wap/ca/-5"},
+                             {0, "/wap/ca/0"},
+                             {42, "/wap/ca/42"},
+                             {-4928, "/wap/ca/-4928"},
+                             {kMost, "/wap/ca/2147483647"},
+                             {kLeast, "/wap/ca/-2147483648"}};
+  for (const Case &c : kCases) {
+    std::array<char, 50> name = {};
+
+    qn::init_node_filename(c.file_no, name.data());
+
+    EXPECT_STREQ(name.data(), c.name);
+  }
+}
+
+TEST_F(QnCacheStore, DeletesABodyAndTakesItOffTheCountersOnly) {
+  Start(kTwo);
+  const auto *entry = static_cast<const QNCacheEntry *>(qn::http_cache_list->head->data);
+
+  EXPECT_EQ(qn::delete_node_filename(entry), 1);
+  ExpectCounters(1, 80);
+  EXPECT_EQ(qn::delete_node_filename(entry), 0);
+  ExpectCounters(0, -40);
+
+  EXPECT_THAT(FilePort().Calls(),
+              ElementsAre("DeleteFile(/wap/ca/-4928)", "DeleteFile(/wap/ca/-4928)"));
+  EXPECT_EQ(Held(), kTwo);
+}
+
+TEST_F(QnCacheStore, ReadsABodyAndGivesNoLength) {
+  FilePort().files().Write("/wap/ca/-17", "content");
+  std::string buffer(10, '?');
+
+  EXPECT_EQ(fnQNStack_Cache_LoadFileToBuffer(-17, buffer.data(), 10), 0);
+
+  EXPECT_EQ(buffer, "content???");
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("ReadFromFile(/wap/ca/-17, 10)"));
+}
+
+TEST_F(QnCacheStore, ReadsNoMoreOfABodyThanThereIsRoomFor) {
+  FilePort().files().Write("/wap/ca/5", "content");
+  std::string buffer(5, '?');
+
+  EXPECT_EQ(fnQNStack_Cache_LoadFileToBuffer(5, buffer.data(), 4), 0);
+
+  EXPECT_EQ(buffer, "cont?");
+}
+
+TEST_F(QnCacheStore, GivesTheFailureOfABodyThatCannotBeRead) {
+  char byte = '?';
+
+  EXPECT_EQ(fnQNStack_Cache_LoadFileToBuffer(5, &byte, 1), -1);
+
+  EXPECT_EQ(byte, '?');
+}
+
+TEST_F(QnCacheStore, DeleteAllLoadsThenDeletesThenWritesAnEmptyIndex) {
+  WriteIndex(kTwo);
+  FilePort().files().Write("/wap/ca/-4928", "body");
+  SetCounters(7, -70);
+
+  EXPECT_EQ(fnQNStack_Cache_Delete_All(), 1);
+
+  EXPECT_THAT(FilePort().Calls(), ElementsAreArray(InARow({{"MkDir(/wap/ca/)"},
+                                                           IndexRead(IndexOf(kTwo).size()),
+                                                           {"DelAllFiles(/wap/ca/)"},
+                                                           IndexRewrite(0)})));
+  EXPECT_THAT(Held(), IsEmpty());
+  EXPECT_THAT(FilePort().files().Names(), ElementsAre(kIndexName));
+  EXPECT_EQ(IndexFile(), "");
+  ExpectCounters(7, -70);
+}
+
+TEST_F(QnCacheStore, DeleteAllKeepsTheListRecordAndTheCountersUntilInit) {
+  Start(kTwo);
+  const QNList *list = qn::http_cache_list;
+
+  EXPECT_EQ(fnQNStack_Cache_Delete_All(), 1);
+
+  EXPECT_EQ(qn::http_cache_list, list);
+  EXPECT_THAT(FilePort().Calls(),
+              ElementsAreArray(InARow({{"DelAllFiles(/wap/ca/)"}, IndexRewrite(0)})));
+  ExpectCounters(2, 200);
+  fnQNStack_Cache_Init();
+  ExpectCounters(0, 0);
+}
+
+TEST_F(QnCacheStore, DeleteAllGivesTheResultOfTheIndexAlone) {
+  Start(kTwo);
+  FilePort().Fail("WriteToFile");
+  EXPECT_EQ(fnQNStack_Cache_Delete_All(), 0);
+  EXPECT_THAT(Held(), IsEmpty());
+
+  FilePort().Fail("DelAllFiles");
+  EXPECT_EQ(fnQNStack_Cache_Delete_All(), 1);
+}
+
+TEST_F(QnCacheStore, ComparesUrlsExactlyAndFileNumbersByValue) {
+  std::string lower = "u";
+  std::string upper = "U";
+  const QNCacheEntry a = {lower.data(), nullptr, 7, 0, 0, 0, 0};
+  const QNCacheEntry b = {upper.data(), nullptr, 7, 0, 0, 0, 0};
+  const QNCacheEntry c = {lower.data(), nullptr, -7, 0, 0, 0, 0};
+
+  EXPECT_NE(qn::fnQNStack_Cache_Compare(&a, &b), 0);
+  EXPECT_EQ(qn::fnQNStack_Cache_Compare(&a, &c), 0);
+  EXPECT_EQ(qn::fnQNStack_Cache_Compare_FileID(&a, &b), 0);
+  EXPECT_NE(qn::fnQNStack_Cache_Compare_FileID(&a, &c), 0);
+}
+
+TEST_F(QnCacheStore, KeepsAnyMode) {
+  for (const int32_t mode : {0, 1, -1, kLeast, kMost}) {
+    fnQNStack_Cache_setMode(mode);
+
+    EXPECT_EQ(fnQNStack_Cache_getState(), mode);
+  }
+}
+
+}  // namespace
