@@ -12,6 +12,7 @@ constexpr char kSubmitPath[] = "/mms";
 constexpr char kNotifiedPath[] = "/mms/m1";
 constexpr char kContentPath[] = "/mms/store/7/m1";
 constexpr char kMessageName[] = "m1@centre.example";
+constexpr char kForAWeek[] = "max-age=604800";
 
 constexpr uint8_t kStatusOk = 0x80;
 constexpr uint8_t kPersonal = 0x80;
@@ -147,6 +148,7 @@ void Centre::Deliver(const httplib::Request &request, httplib::Response &answer)
   if (received.empty()) return Refuse(answer, "there is no message");
 
   const std::string message = Retrieval(Decode(received));
+  answer.set_header("Cache-Control", kForAWeek);
   answer.set_content(message, kMmsMediaType);
   const std::lock_guard lock(mutex_);
   delivered_ = message;

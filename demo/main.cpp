@@ -1,11 +1,12 @@
 // The demo: a multimedia message travels from a handset through a gateway to a
-// centre and back, on loopback ports, with qnget as the handset. Every step is
-// said, shown as the network saw it, and checked.
+// centre and back, on loopback ports, with qnget as the handset, which then does
+// without them. Every step is said, shown as the network saw it, and checked.
 #include <cstdio>
 #include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "centre.h"
@@ -24,6 +25,7 @@ constexpr char kMessageText[] =
     "C.";
 constexpr char kUserAgent[] = "DemoHandset/1.0 Profile/MIDP-2.0 Configuration/CLDC-1.1";
 constexpr char kProfile[] = "http://www.example.com/uaprof/demo-handset.xml";
+constexpr char kHandsetFolder[] = "handset";  // what the handset keeps, in the demo's own folder
 
 std::string ComposeMessage() {
   constexpr uint8_t kInsertAddress = 0x81;  // the network fills the sender in
@@ -52,7 +54,11 @@ std::optional<std::string> HeaderValue(std::string_view message, const std::stri
 
 class Story {
  public:
-  explicit Story(std::string qnget) : qnget_(std::move(qnget)), tap_(gateway_.port()) {}
+  explicit Story(std::string qnget)
+      : qnget_(std::move(qnget)),
+        centre_(std::in_place),
+        gateway_(std::in_place),
+        tap_(gateway_->port()) {}
 
   void Tell() {
     Introduce();
@@ -60,15 +66,17 @@ class Story {
     const std::string url = Notify();
     Fetch(url);
     Read();
-    Say("\nThat is all: the message went out and came back whole.");
+    Remember(url);
+    FetchWithoutNetwork(url);
+    Say("\nThat is all: the message went out, came back whole, and stays.");
   }
 
  private:
   void Introduce() const {
     Say("An MMS message over HTTP, there and back");
     Say("");
-    Say("The MMS centre listens on 127.0.0.1:" + std::to_string(centre_.port()) +
-        ", the gateway on 127.0.0.1:" + std::to_string(gateway_.port()) + ".");
+    Say("The MMS centre listens on 127.0.0.1:" + std::to_string(centre_->port()) +
+        ", the gateway on 127.0.0.1:" + std::to_string(gateway_->port()) + ".");
     Say("A tap on " + TapAddress() + " stands before the gateway, passes all bytes on");
     Say("and shows them here. qnget plays the handset.");
   }
@@ -79,14 +87,14 @@ class Story {
     Say("\n1. The handset posts a message of " + std::to_string(message.size()) +
         " bytes through the gateway.");
     const Outcome outcome = Qnget({"--data", "message.mms", "--content-type", kMmsMediaType, "-o",
-                                   "confirmation.mms", centre_.SubmitUrl()});
+                                   "confirmation.mms", centre_->SubmitUrl()});
     const std::vector<Exchange> seen = ShowExchanges();
     CheckDone(outcome);
     Check(seen.size() == 1, "one request was enough");
-    Check(FirstLine(seen[0].request) == "POST " + centre_.SubmitUrl() + " HTTP/1.0",
+    Check(FirstLine(seen[0].request) == "POST " + centre_->SubmitUrl() + " HTTP/1.0",
           "the request names the whole URL, as a gateway needs it");
     CheckHandset(seen[0].request);
-    Check(centre_.Received() == message, "the centre holds the message byte for byte");
+    Check(centre_->Received() == message, "the centre holds the message byte for byte");
     CheckConfirmation(Decode(folder_.Read("confirmation.mms")));
   }
 
@@ -97,7 +105,7 @@ class Story {
   }
 
   std::string Notify() const {
-    const Pdu notification = Decode(centre_.Notification());
+    const Pdu notification = Decode(centre_->Notification());
     std::string url = notification.Text(kContentLocation);
     Say("\n2. The centre notifies the recipient (on a phone, by a push message).");
     Say("   subject: " + notification.Text(kSubject));
@@ -109,7 +117,7 @@ class Story {
 
   void Fetch(const std::string &url) {
     Say("\n3. The handset fetches the message; the centre sets a cookie and redirects it.");
-    const Outcome outcome = Qnget({"-i", "-o", "received.mms", url});
+    const Outcome outcome = Qnget({"--cache", "-i", "-o", "received.mms", url});
     const std::vector<Exchange> seen = ShowExchanges();
     Say("   qnget says:");
     ShowMessage(outcome.messages, "|");
@@ -117,6 +125,8 @@ class Story {
     Check(seen.size() == 2, "the redirect was followed");
     CheckRedirect(seen[0], url);
     CheckFollowed(seen[1].request, HeaderValue(seen[0].answer, "Location").value_or(""));
+    Check(outcome.messages.find("cache: stored until ") != std::string::npos,
+          "the message may be kept, and is");
   }
 
   static void CheckRedirect(const Exchange &first, const std::string &url) {
@@ -139,7 +149,7 @@ class Story {
   void Read() const {
     Say("\n4. The saved message is read.");
     const std::string saved = folder_.Read("received.mms");
-    Check(!saved.empty() && saved == centre_.Delivered(),
+    Check(!saved.empty() && saved == centre_->Delivered(),
           "the file holds the " + std::to_string(saved.size()) + " bytes that the centre sent");
     const Pdu received = Decode(saved);
     Check(received.Octet(kMessageType) == kRetrieveConfirmation, "it is a retrieved message");
@@ -149,6 +159,36 @@ class Story {
     Say("   text:    " + TextOfContent(received.content));
     Check(received.Text(kSubject) == kSubjectText, "the subject is the posted one");
     Check(TextOfContent(received.content) == kMessageText, "the text is the posted one");
+  }
+
+  void Remember(const std::string &url) {
+    Say("\n5. The handset is told of its gateway for good; the next call finds it by itself.");
+    CheckDone(Run({"config", "set", "proxy", TapAddress()}));
+    const Outcome told = Run({"config", "get", "proxy"});
+    Say("   qnget says:");
+    ShowMessage(told.output, "|");
+    Check(told.output == TapAddress() + "\n", "the setting has survived the call that made it");
+    CheckDone(Run(AsHandset({"-o", "again.mms", url})));
+    const std::vector<Exchange> seen = tap_.Take();
+    for (const Exchange &exchange : seen) {
+      Say("   The network carried " + FirstLine(exchange.request));
+    }
+    Check(seen.size() == 2, "without -p, the handset went through the gateway");
+    Check(folder_.Read("again.mms") == centre_->Delivered(), "and has the message again");
+  }
+
+  void FetchWithoutNetwork(const std::string &url) {
+    const std::string delivered = folder_.Read("received.mms");
+    Say("\n6. The centre and the gateway are stopped; the handset asks for the message again.");
+    gateway_.reset();
+    centre_.reset();
+    const Outcome outcome = Run(AsHandset({"--cache", "-i", "-o", "kept.mms", url}));
+    Say("   qnget says:");
+    ShowMessage(outcome.messages, "|");
+    CheckDone(outcome);
+    Check(outcome.messages.ends_with("cache: hit\n"), "the answer comes from the cache");
+    Check(tap_.Take().empty(), "nothing went over the network");
+    Check(folder_.Read("kept.mms") == delivered, "it is the message of step 3, byte for byte");
   }
 
   static void CheckHandset(const std::string &request) {
@@ -164,17 +204,29 @@ class Story {
     if (outcome.exit_code != 0) {
       Say("   qnget ends with " + std::to_string(outcome.exit_code) + " and says:");
       ShowMessage(outcome.messages, "|");
-      Say("   The centre's complaint: " + centre_.Complaint());
+      if (centre_) Say("   The centre's complaint: " + centre_->Complaint());
     }
     Check(outcome.exit_code == 0, "qnget ends with success");
   }
 
   std::string TapAddress() const { return "127.0.0.1:" + std::to_string(tap_.port()); }
 
+  // Through the gateway, as a handset.
   Outcome Qnget(const std::vector<std::string> &arguments) const {
-    std::vector<std::string> words = {"-p",        TapAddress(), "--user-agent", kUserAgent,
-                                      "--profile", kProfile,     "--timeout",    "10"};
+    std::vector<std::string> words = AsHandset(arguments);
+    words.insert(words.begin(), {"-p", TapAddress()});
+    return Run(words);
+  }
+
+  static std::vector<std::string> AsHandset(const std::vector<std::string> &arguments) {
+    std::vector<std::string> words = {"--user-agent", kUserAgent,  "--profile",
+                                      kProfile,       "--timeout", "10"};
     words.insert(words.end(), arguments.begin(), arguments.end());
+    return words;
+  }
+
+  Outcome Run(std::vector<std::string> words) const {
+    words.insert(words.begin(), {"--root", kHandsetFolder});
     ShowCommand("qnget", words);
     return RunProgram(folder_, qnget_, words);
   }
@@ -192,8 +244,8 @@ class Story {
 
   std::string qnget_;
   ScratchFolder folder_;
-  Centre centre_;
-  Gateway gateway_;
+  std::optional<Centre> centre_;
+  std::optional<Gateway> gateway_;
   Tap tap_;
 };
 

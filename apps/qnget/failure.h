@@ -3,6 +3,7 @@
 #ifndef QNGET_FAILURE_H
 #define QNGET_FAILURE_H
 
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 
@@ -33,6 +34,9 @@ class Failure : public std::runtime_error {
   ExitCode code_;
   bool retryable_;
 };
+
+/** A line on standard error. */
+inline void Say(const std::string &text) { fprintf(stderr, "qnget: %s\n", text.c_str()); }
 
 }  // namespace qnget
 

@@ -1,11 +1,14 @@
-// qnget: fetches or sends one message and ends with a code that says how it
-// went. Here is the order of things and the retrying.
+// qnget: fetches or sends one message, or looks after what it keeps, and ends
+// with a code that says how it went. Here is the order of things and the retrying.
 #include <unistd.h>
 
 #include <cstdio>
 #include <exception>
+#include <optional>
 #include <string>
 
+#include "cache_use.h"
+#include "config.h"
 #include "failure.h"
 #include "input.h"
 #include "options.h"
@@ -19,8 +22,6 @@ namespace {
 
 constexpr int kFirstErrorStatus = 400;
 
-void Say(const std::string &text) { fprintf(stderr, "qnget: %s\n", text.c_str()); }
-
 void SayRetry(const Failure &failure, int retry, const Options &options, double pause) {
   char when[64];
   snprintf(when, sizeof when, "; retry %d of %d in %g s", retry, options.retries, pause);
@@ -28,18 +29,30 @@ void SayRetry(const Failure &failure, int retry, const Options &options, double 
 }
 
 // Each try has a context of its own, freed before the next is opened.
-int Fetch(const Options &options, const std::string &body, Output &output) {
+int Fetch(const Options &options, const std::string &body, Output &output, AnswerRecord *record) {
   const Stack stack(options);
   Progress progress(isatty(STDERR_FILENO) == 1 && !output.IsTerminal());
   double pause = options.retry_delay;
   for (int retry = 1;; ++retry, pause *= 2) {
     try {
-      return Transfer(options, body).Run(output, progress);
+      return Transfer(options, body, record).Run(output, progress);
     } catch (const Failure &failure) {
       if (!failure.retryable() || retry > options.retries) throw;
       SayRetry(failure, retry, options, pause);
     }
     PauseFor(pause, "waiting to try again");
+  }
+}
+
+void RunTransfer(const Options &options, const std::string &body, Output &output) {
+  CacheUse cache(options);
+  const std::optional<int> cached = cache.Deliver(output);
+  const int status = cached ? *cached : Fetch(options, body, output, cache.Record());
+  StopDeadline();
+  output.Commit();
+  if (!cached) cache.Keep();
+  if (status >= kFirstErrorStatus) {
+    throw Failure(kErrorStatus, "the answer has status " + std::to_string(status));
   }
 }
 
@@ -50,11 +63,11 @@ void Run(const Options &options) {
   const std::string body = options.data ? ReadRequestBody(*options.data) : "";
   Output output(options.output, standard_output);
   RedirectStandardOutput(options.trace);
-  const int status = Fetch(options, body, output);
-  StopDeadline();
-  output.Commit();
-  if (status >= kFirstErrorStatus) {
-    throw Failure(kErrorStatus, "the answer has status " + std::to_string(status));
+  if (options.task == Task::kTransfer) {
+    RunTransfer(options, body, output);
+  } else {
+    output.Write(LookAfterStore(options));
+    output.Commit();
   }
 }
 

@@ -1,83 +1,40 @@
-// CLI11 does the reading; the checks here are those that the library leaves to
-// its callers: line ends in header values, text that it would cut, schemes.
+// CLI11 does the reading. What can be a setting is read as text and put in its
+// place when the settings are known.
 #include "options.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
 #include <iostream>
-#include <string_view>
+#include <map>
 
 #include "failure.h"
 #include "qnstack/qn_version.h"
+#include "settings.h"
 
 namespace qnget {
 namespace {
 
-// The library cuts formatted pieces of a request at 2047 bytes.
-constexpr size_t kLongestPiece = 2000;
 constexpr int kMostRetries = 20;
-constexpr double kShortestTimeout = 0.001;
-constexpr double kLongestTimeout = 1e6;
 constexpr double kLongestDelay = 3600;
+constexpr size_t kLongestOperator = 100;
 
-constexpr const char *kExitCodes =
+constexpr const char *kFooter =
+    "A word 'config' in the place of the URL is the command; ask for a server of that name by\n"
+    "http://config/. See qnget config --help.\n\n"
     "Exit codes:\n"
     "  0   success\n"
-    "  1   wrong usage, or a --data file that cannot be read\n"
+    "  1   wrong usage, a --data file that cannot be read, or a setting that is not set\n"
     "  2   the name of the server or the proxy did not resolve\n"
     "  3   no connection, or sending failed\n"
     "  4   receiving failed, the answer is incomplete, or the time was up\n"
     "  5   more than 10 redirects\n"
-    "  6   the output or the trace file could not be written\n"
+    "  6   the output, the trace file, the settings or the emptied cache could not be written\n"
     "  22  the answer's status is 400 or above (its body is delivered all the same)\n"
     "A FILE that is given with -o appears only when the answer is complete.";
 
 std::string VersionText() {
   return "qnget " + std::to_string(QNSTACK_VERSION_MAJOR) + "." +
          std::to_string(QNSTACK_VERSION_MINOR) + "." + std::to_string(QNSTACK_VERSION_PATCH);
-}
-
-bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }
-
-bool StartsWithScheme(std::string_view url, std::string_view scheme) {
-  return url.size() >= scheme.size() &&
-         std::equal(scheme.begin(), scheme.end(), url.begin(), [](char a, char b) {
-           return a == (b >= 'A' && b <= 'Z' ? static_cast<char>(b - 'A' + 'a') : b);
-         });
-}
-
-// The part of a URL that the library takes for the host.
-std::string_view HostOf(std::string_view url) {
-  const size_t scheme = url.find("://");
-  if (scheme != std::string_view::npos) url.remove_prefix(scheme + 3);
-  return url.substr(0, url.find_first_of(":/?"));
-}
-
-std::string CheckHeaderValue(const std::string &value) {
-  if (value.find_first_of("\r\n") == std::string::npos) return {};
-  return "a header value has no line ends";
-}
-
-std::string CheckContentType(const std::string &value) {
-  if (value.size() > kLongestPiece) return "longer than 2000 bytes";
-  return CheckHeaderValue(value);
-}
-
-std::optional<Proxy> ReadProxy(std::string_view text) {
-  const size_t colon = text.rfind(':');
-  if (colon == std::string_view::npos || colon == 0) return {};
-  const std::string_view host = text.substr(0, colon);
-  const std::string_view digits = text.substr(colon + 1);
-  if (host.find_first_of(":/ ") != std::string_view::npos) return {};
-  uint16_t port = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
-  if (error != std::errc() || end != digits.data() + digits.size() || port == 0) return {};
-  return Proxy{std::string(host), port};
-}
-
-std::string CheckProxy(const std::string &text) {
-  return ReadProxy(text) ? "" : "not HOST:PORT with a port from 1 to 65535: " + text;
 }
 
 // A range that a value which is no number does not pass.
@@ -92,27 +49,40 @@ CLI::Validator Between(double low, double high, const std::string &words) {
 
 // What is read by CLI11 and put in its place afterwards.
 struct Raw {
-  std::string proxy;
-  std::string user_agent;
-  std::string profile;
-  std::string accept;
-  std::string accept_language;
+  std::map<std::string, std::string> settable;  // by its key as a setting
   std::string data;
   std::string content_type;
+  bool list_cache = false;
+  bool clear_cache = false;
 };
 
+std::string CheckOperator(const std::string &name) {
+  const bool plain = std::all_of(name.begin(), name.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+           c == '_';
+  });
+  if (plain && !name.empty() && name.size() <= kLongestOperator) return {};
+  return "not up to 100 letters, digits, '-' and '_': " + name;
+}
+
+std::string CheckNotEmpty(const std::string &text) { return text.empty() ? "it is empty" : ""; }
+
+// An option that can be a setting of the same name.
+void AddSettable(CLI::App &app, Raw &raw, const std::string &names, const char *key,
+                 const char *help, const char *type) {
+  app.add_option(names, raw.settable[key], help)
+      ->check(CLI::Validator(FindSettingKind(key)->check, ""))
+      ->type_name(type);
+}
+
 void AddRequestOptions(CLI::App &app, Options &options, Raw &raw) {
-  const CLI::Validator value(CheckHeaderValue, "");
   app.add_option("URL", options.url, "What to ask for, as in http://host:port/path")
-      ->required()
       ->check(CLI::Validator(ProblemOfUrl, ""));
   app.add_option("-X,--method", options.method,
                  "GET, HEAD, POST or PUT; GET if it is not given, POST with --data")
       ->check(CLI::IsMember({"GET", "HEAD", "POST", "PUT"}))
       ->type_name("METHOD");
-  app.add_option("-p,--proxy", raw.proxy, "Ask through the gateway at HOST:PORT")
-      ->check(CLI::Validator(CheckProxy, ""))
-      ->type_name("HOST:PORT");
+  AddSettable(app, raw, "-p,--proxy", "proxy", "Ask through the gateway at HOST:PORT", "HOST:PORT");
   app.add_option("--data", raw.data, "Send FILE as the request body; - is standard input")
       ->type_name("FILE");
   app.add_option("--content-type", raw.content_type,
@@ -120,16 +90,12 @@ void AddRequestOptions(CLI::App &app, Options &options, Raw &raw) {
       ->check(CLI::Validator(CheckContentType, ""))
       ->needs("--data")
       ->type_name("TYPE");
-  app.add_option("--user-agent", raw.user_agent, "The User-Agent header")
-      ->check(value)
-      ->type_name("TEXT");
-  app.add_option("--profile", raw.profile, "The Profile header: URL of the handset's profile")
-      ->check(value)
-      ->type_name("URL");
-  app.add_option("--accept", raw.accept, "The Accept header")->check(value)->type_name("TYPES");
-  app.add_option("--accept-language", raw.accept_language, "The Accept-Language header")
-      ->check(value)
-      ->type_name("LANGUAGES");
+  AddSettable(app, raw, "--user-agent", "user-agent", "The User-Agent header", "TEXT");
+  AddSettable(app, raw, "--profile", "profile", "The Profile header: URL of the handset's profile",
+              "URL");
+  AddSettable(app, raw, "--accept", "accept", "The Accept header", "TYPES");
+  AddSettable(app, raw, "--accept-language", "accept-language", "The Accept-Language header",
+              "LANGUAGES");
 }
 
 void AddOutputOptions(CLI::App &app, Options &options) {
@@ -144,11 +110,9 @@ void AddOutputOptions(CLI::App &app, Options &options) {
       ->type_name("FILE");
 }
 
-void AddPatienceOptions(CLI::App &app, Options &options) {
-  app.add_option("--timeout", options.timeout,
-                 "Give up after SECONDS for everything, retries included")
-      ->check(Between(kShortestTimeout, kLongestTimeout, "from 0.001 to 1000000 seconds"))
-      ->type_name("SECONDS");
+void AddPatienceOptions(CLI::App &app, Options &options, Raw &raw) {
+  AddSettable(app, raw, "--timeout", "timeout",
+              "Give up after SECONDS for everything, retries included", "SECONDS");
   app.add_option("--retry", options.retries,
                  "Try up to N times more where no status came, after doubling pauses")
       ->check(Between(0, kMostRetries, "from 0 to 20 times"))
@@ -158,21 +122,134 @@ void AddPatienceOptions(CLI::App &app, Options &options) {
       ->type_name("SECONDS");
 }
 
-void FillIn(const CLI::App &app, const Raw &raw, Options &options) {
-  const auto header = [&](const char *option, const char *name, const std::string &value) {
-    if (app.count(option) > 0) options.headers.emplace_back(name, value);
+void AddStoreOptions(CLI::App &app, Options &options, Raw &raw) {
+  app.add_flag("--cache", options.cache,
+               "Deliver a fresh answer from the cache, and keep what may be kept; GET alone");
+  app.add_flag("--cache-list", raw.list_cache,
+               "Print what the cache holds; times are the library's seconds")
+      ->excludes("--cache");
+  app.add_flag("--cache-clear", raw.clear_cache, "Empty the cache")
+      ->excludes("--cache", "--cache-list");
+  app.add_option("--root", options.root,
+                 "Folder of cache and settings (default: $XDG_CACHE_HOME/qnget or "
+                 "$HOME/.cache/qnget)")
+      ->check(CLI::Validator(CheckNotEmpty, ""))
+      ->type_name("DIR");
+  app.add_option("--operator", options.operator_name, "Use the settings of this NAME")
+      ->check(CLI::Validator(CheckOperator, ""))
+      ->type_name("NAME");
+}
+
+std::string CheckKey(const std::string &key) {
+  if (FindSettingKind(key) != nullptr) return {};
+  std::string known;
+  for (const SettingKind &kind : SettingKinds()) known += std::string(" ") + kind.key;
+  return "no setting '" + key + "'; there are" + known;
+}
+
+void AddConfigCommands(CLI::App &app, Options &options) {
+  CLI::App *config = app.add_subcommand("config", "Keep defaults for options in the settings");
+  config->fallthrough()->require_subcommand(1);
+  const auto add = [&](const char *name, const char *help, Task task) {
+    CLI::App *command = config->add_subcommand(name, help);
+    command->fallthrough()->callback([&options, task] { options.task = task; });
+    if (task != Task::kListSettings) {
+      command->add_option("KEY", options.key, "The option's name without its dashes")
+          ->required()
+          ->check(CLI::Validator(CheckKey, ""));
+    }
+    return command;
   };
-  header("--accept", "Accept", raw.accept);
-  header("--user-agent", "User-Agent", raw.user_agent);
-  header("--profile", "Profile", raw.profile);
-  header("--accept-language", "Accept-Language", raw.accept_language);
+  add("set", "Set a default", Task::kSetSetting)
+      ->add_option("VALUE", options.value, "What the option would be given")
+      ->required();
+  add("get", "Print one setting", Task::kGetSetting);
+  add("list", "Print all settings", Task::kListSettings);
+  add("unset", "Remove a setting", Task::kUnsetSetting);
+}
+
+// The settings stand in for what is not given, and are checked like it.
+void FillInSettings(const CLI::App &app, const Options &options, Raw &raw) {
+  const Settings settings(options.root, options.operator_name, IfMissing::kLeave);
+  if (!options.operator_name.empty() && !settings.Exist()) {
+    throw Failure(kUsage, "there are no settings of operator " + options.operator_name);
+  }
+  for (const SettingKind &kind : SettingKinds()) {
+    if (app.count(std::string("--") + kind.key) > 0) continue;
+    const std::optional<std::string> value = settings.Get(kind.key);
+    if (!value) continue;
+    const std::string problem = ProblemOfSetting(kind, *value);
+    if (!problem.empty()) {
+      throw Failure(kUsage, std::string("setting ") + kind.key + ": " + Printable(problem));
+    }
+    raw.settable[kind.key] = *value;
+  }
+}
+
+// What has neither been given nor set is not sent.
+void DropUnset(const CLI::App &app, Raw &raw) {
+  std::erase_if(raw.settable, [&](const auto &item) {
+    return item.second.empty() && app.count("--" + item.first) == 0;
+  });
+}
+
+void ReadSettings(const CLI::App &app, const Options &options, Raw &raw) {
+  try {
+    FillInSettings(app, options, raw);
+  } catch (const Failure &failure) {
+    // Without its folder qnget does what it does without settings.
+    if (failure.code() == kUsage || !options.operator_name.empty()) throw;
+    Say(std::string("no settings: ") + failure.what());
+  }
+  DropUnset(app, raw);
+}
+
+void FillIn(const CLI::App &app, const Raw &raw, Options &options) {
+  const auto header = [&](const char *key, const char *name) {
+    const auto value = raw.settable.find(key);
+    if (value != raw.settable.end()) options.headers.emplace_back(name, value->second);
+  };
+  header("accept", "Accept");
+  header("user-agent", "User-Agent");
+  header("profile", "Profile");
+  header("accept-language", "Accept-Language");
+  if (const auto proxy = raw.settable.find("proxy"); proxy != raw.settable.end()) {
+    options.proxy = ReadProxy(proxy->second);
+  }
+  if (const auto timeout = raw.settable.find("timeout"); timeout != raw.settable.end()) {
+    CLI::detail::lexical_cast(timeout->second, options.timeout);
+  }
   if (app.count("--data") > 0) options.data = raw.data;
   if (app.count("--content-type") > 0) options.content_type = raw.content_type;
-  if (app.count("--proxy") > 0) options.proxy = ReadProxy(raw.proxy);
   if (options.method.empty()) options.method = options.data ? "POST" : "GET";
+}
+
+void CheckTransfer(const CLI::App &app, const Options &options) {
+  if (app.count("URL") == 0) throw Failure(kUsage, "URL is required (see qnget --help)");
   if (options.data && (options.method == "GET" || options.method == "HEAD")) {
     throw Failure(kUsage, "--data goes with POST or PUT, not with " + options.method);
   }
+  if (options.cache && (options.raw || options.method != "GET")) {
+    throw Failure(kUsage, "--cache goes with GET alone, and not with --raw");
+  }
+}
+
+void CheckStoreTask(const CLI::App &app, const Options &options) {
+  if (app.count("URL") > 0) {
+    throw Failure(kUsage, "no URL goes with config, --cache-list and --cache-clear");
+  }
+  if (options.task != Task::kSetSetting) return;
+  const std::string problem = ProblemOfSetting(*FindSettingKind(options.key), options.value);
+  if (!problem.empty()) throw Failure(kUsage, options.key + ": " + problem);
+}
+
+void FindTask(const CLI::App &app, const Raw &raw, Options &options) {
+  const bool config = app.got_subcommand("config");
+  if (config && (raw.list_cache || raw.clear_cache || options.cache)) {
+    throw Failure(kUsage, "config does not go with the cache's options");
+  }
+  if (raw.list_cache) options.task = Task::kListCache;
+  if (raw.clear_cache) options.task = Task::kClearCache;
 }
 
 void Print(const std::string &text) {
@@ -182,23 +259,17 @@ void Print(const std::string &text) {
 
 }  // namespace
 
-std::string ProblemOfUrl(const std::string &url) {
-  if (StartsWithScheme(url, "https://")) return "qnget speaks plain HTTP, not https";
-  if (url.size() > kLongestPiece) return "longer than 2000 bytes";
-  if (std::any_of(url.begin(), url.end(), IsControl)) return "it has control characters";
-  if (HostOf(url).empty()) return "'" + url + "' names no server";
-  return {};
-}
-
 std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   CLI::App app("Fetches or sends a message over HTTP/1.0, as a handset does.", "qnget");
   Options options;
   Raw raw;
   app.set_version_flag("--version", VersionText());
-  app.footer(kExitCodes);
+  app.footer(kFooter);
   AddRequestOptions(app, options, raw);
   AddOutputOptions(app, options);
-  AddPatienceOptions(app, options);
+  AddPatienceOptions(app, options, raw);
+  AddStoreOptions(app, options, raw);
+  AddConfigCommands(app, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {
@@ -210,7 +281,15 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   } catch (const CLI::ParseError &error) {
     throw Failure(kUsage, error.what() + std::string(" (see qnget --help)"));
   }
+  FindTask(app, raw, options);
+  options.root = RootFolder(options.root);
+  if (options.task != Task::kTransfer) {
+    CheckStoreTask(app, options);
+    return options;
+  }
+  if (app.count("URL") > 0) ReadSettings(app, options, raw);
   FillIn(app, raw, options);
+  CheckTransfer(app, options);
   return options;
 }
 

@@ -2,20 +2,32 @@
 #ifndef QNGET_OPTIONS_H
 #define QNGET_OPTIONS_H
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "checks.h"
+
 namespace qnget {
 
-struct Proxy {
-  std::string host;
-  int32_t port = 0;
+enum class Task {
+  kTransfer,
+  kListCache,
+  kClearCache,
+  kSetSetting,
+  kGetSetting,
+  kListSettings,
+  kUnsetSetting
 };
 
 struct Options {
+  Task task = Task::kTransfer;
+  std::string root;           // of settings and cache; empty: the user has no folder
+  std::string operator_name;  // whose settings; empty: those without a name
+  std::string key;            // of a setting
+  std::string value;          // for it
+  bool cache = false;
   std::string url;
   std::string method;                                        // GET, HEAD, POST or PUT
   std::optional<Proxy> proxy;                                // none: straight to the server
@@ -32,15 +44,9 @@ struct Options {
 };
 
 /**
- * Says why a URL cannot be asked for, or gives an empty string. The library
- * takes any text; this keeps those away from it that would become a different
- * request than the user meant.
- */
-std::string ProblemOfUrl(const std::string &url);
-
-/**
- * Reads the command line. Throws Failure for a usage error; gives nothing when
- * it has printed the help or the version.
+ * Reads the command line, and for a transfer the settings, which count where an
+ * option is not given. Throws Failure for a usage error; gives nothing when it
+ * has printed the help or the version.
  */
 std::optional<Options> ParseOptions(int argc, const char *const *argv);
 

@@ -3,9 +3,9 @@
 // reset here at each hop, and what has come is compared with what was said.
 #include "transfer.h"
 
-#include <cstdio>
 #include <string_view>
 
+#include "info.h"
 #include "signals.h"
 
 namespace qnget {
@@ -35,10 +35,16 @@ bool TookEmptyLine(const QNMemBuffer &buffer) {
   return taken == "\r\n" || taken.ends_with("\r\n\r\n");
 }
 
-std::string TypeText(const QNHttpCtx &ctx) {
+// How many bytes of the answer have been taken off its buffer since that was empty.
+uint32_t TakenOff(const QNMemBuffer &buffer) {
+  return buffer.total - (buffer.length - buffer.cursor);
+}
+
+// The answer's media type; empty if it is not known.
+std::string TypeOf(const QNHttpCtx &ctx) {
   std::string type = ctx.retCtxType == nullptr ? "" : ctx.retCtxType;
   if (type.ends_with(';')) type.pop_back();
-  return type.empty() ? "unknown" : type;
+  return type;
 }
 
 const char *EncodingText(const QNHttpCtx &ctx) {
@@ -61,8 +67,9 @@ Stack::~Stack() {
   fnQNStack_Http_SetProxy(nullptr, 0);
 }
 
-Transfer::Transfer(const Options &options, const std::string &body)
+Transfer::Transfer(const Options &options, const std::string &body, AnswerRecord *record)
     : options_(options),
+      record_(record),
       hop_(options.proxy),
       ctx_(OpenContext(options, body)),
       url_(options.url),
@@ -81,17 +88,33 @@ int Transfer::Run(Output &output, Progress &progress) {
   ReadHead();
   if (options_.info) PrintInfo();
   if (options_.method != "HEAD") ReadBody(output, progress);
+  if (record_ != nullptr) RecordEnd();
   return ctx_->retValue;
 }
 
 // Asks for no body bytes yet, so that nothing of a header can get lost among them.
 void Transfer::ReadHead() {
   do {
-    while (ctx_->headParsed == 0) {
-      StepTo(fnQNStack_Http_ReadRecvContext(ctx_.get(), chunk_.data(), 0));
-    }
+    if (record_ != nullptr) record_->Start();
+    while (ctx_->headParsed == 0) ReadHeaderLines();
   } while (StepOverInterimAnswer());
   CheckHead();
+}
+
+// The lines that a call takes off the buffer stay before its cursor until the
+// next call, unless the call began another answer.
+void Transfer::ReadHeaderLines() {
+  const QNMemBuffer &buffer = *ctx_->recvBuf;
+  const uint32_t before = TakenOff(buffer);
+  const int32_t redirects = ctx_->redirectCount;
+  const int32_t result = fnQNStack_Http_ReadRecvContext(ctx_.get(), chunk_.data(), 0);
+  if (record_ != nullptr && ctx_->redirectCount != redirects) {
+    record_->Start();
+  } else if (record_ != nullptr) {
+    const uint32_t taken = TakenOff(buffer) - before;
+    record_->TakeHeader({buffer.data + buffer.cursor - taken, taken});
+  }
+  StepTo(result);
 }
 
 void Transfer::StepTo(int32_t result) {
@@ -144,13 +167,16 @@ void Transfer::CheckHead() const {
 }
 
 void Transfer::PrintInfo() const {
-  const bool known = !options_.raw;
-  const std::string length = known && ctx_->retCtxLen >= 0 ? std::to_string(ctx_->retCtxLen) : "";
-  fprintf(stderr, "status: %s\n", known ? std::to_string(ctx_->retValue).c_str() : "unknown");
-  fprintf(stderr, "type: %s\n", known ? TypeText(*ctx_).c_str() : "unknown");
-  fprintf(stderr, "length: %s\n", length.empty() ? "unknown" : length.c_str());
-  fprintf(stderr, "encoding: %s\n", known ? EncodingText(*ctx_) : "unknown");
-  fprintf(stderr, "url: %s\n", url_.c_str());
+  AnswerInfo info;
+  info.url = url_;
+  if (!options_.raw) {
+    const std::string type = TypeOf(*ctx_);
+    info.status = std::to_string(ctx_->retValue);
+    if (!type.empty()) info.type = type;
+    if (ctx_->retCtxLen >= 0) info.length = std::to_string(ctx_->retCtxLen);
+    info.encoding = EncodingText(*ctx_);
+  }
+  qnget::PrintInfo(info);
 }
 
 void Transfer::ReadBody(Output &output, Progress &progress) {
@@ -170,6 +196,12 @@ void Transfer::ReadRaw(Output &output, Progress &progress) {
   if (options_.info) PrintInfo();
 }
 
+// A context whose connection broke has lost its socket; what came before that
+// need not be all.
+void Transfer::RecordEnd() {
+  if (ctx_->socket > 0) record_->Complete(ctx_->retValue, TypeOf(*ctx_));
+}
+
 void Transfer::Deliver(ReadFunction read, Output &output, Progress &progress) {
   const auto room = static_cast<int32_t>(chunk_.size());
   for (;;) {
@@ -178,7 +210,9 @@ void Transfer::Deliver(ReadFunction read, Output &output, Progress &progress) {
     if (count == 0) break;
     if (count == -1) Fail();
     if (count < 0) continue;
-    output.Write({chunk_.data(), static_cast<size_t>(count)});
+    const std::string_view bytes(chunk_.data(), static_cast<size_t>(count));
+    output.Write(bytes);
+    if (record_ != nullptr) record_->TakeBody(bytes);
     received_ += count;
     progress.Update(received_);
   }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "cache.h"
 #include "hop.h"
 #include "options.h"
 #include "output.h"
@@ -28,8 +29,11 @@ class Stack {
 
 class Transfer {
  public:
-  /** Opens a context; `body` and `options` must live as long as this. */
-  Transfer(const Options &options, const std::string &body);
+  /**
+   * Opens a context. What comes goes into `record` too, unless that is null; all
+   * three must live as long as this.
+   */
+  Transfer(const Options &options, const std::string &body, AnswerRecord *record);
 
   /**
    * Delivers the answer's body, or the raw answer. Throws Failure, also where
@@ -47,6 +51,7 @@ class Transfer {
   };
 
   void ReadHead();
+  void ReadHeaderLines();
   void StepTo(int32_t result);
   void NoteRedirect();
   void RefuseUnusableRedirect() const;
@@ -55,12 +60,14 @@ class Transfer {
   void PrintInfo() const;
   void ReadBody(Output &output, Progress &progress);
   void ReadRaw(Output &output, Progress &progress);
+  void RecordEnd();
   void Deliver(ReadFunction read, Output &output, Progress &progress);
   void CheckTime() const;
   [[noreturn]] void Fail() const;
   [[noreturn]] void FailReceiving(const std::string &message) const;
 
   const Options &options_;
+  AnswerRecord *record_;
   Hop hop_;
   std::unique_ptr<QNHttpCtx, Release> ctx_;
   std::string url_;  // the one asked for last

@@ -1,0 +1,58 @@
+#include "config.h"
+
+#include "cache.h"
+#include "failure.h"
+#include "settings.h"
+
+namespace qnget {
+namespace {
+
+Settings OpenSettings(const Options &options, IfMissing missing) {
+  return {options.root, options.operator_name, missing};
+}
+
+std::string SetSetting(const Options &options) {
+  OpenSettings(options, IfMissing::kCreate).Set(options.key, options.value);
+  return {};
+}
+
+std::string UnsetSetting(const Options &options) {
+  OpenSettings(options, IfMissing::kLeave).Unset(options.key);
+  return {};
+}
+
+std::string GetSetting(const Options &options) {
+  const auto value = OpenSettings(options, IfMissing::kLeave).Get(options.key);
+  if (!value) throw Failure(kUsage, options.key + " is not set");
+  return *value + "\n";
+}
+
+std::string ListSettings(const Options &options) {
+  std::string text;
+  for (const auto &[key, value] : OpenSettings(options, IfMissing::kLeave).All()) {
+    text += Printable(key) + ": " + Printable(value) + "\n";
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string LookAfterStore(const Options &options) {
+  switch (options.task) {
+    case Task::kSetSetting:
+      return SetSetting(options);
+    case Task::kGetSetting:
+      return GetSetting(options);
+    case Task::kListSettings:
+      return ListSettings(options);
+    case Task::kUnsetSetting:
+      return UnsetSetting(options);
+    case Task::kClearCache:
+      ClearCache(options.root);
+      return {};
+    default:
+      return CacheTable(options.root);
+  }
+}
+
+}  // namespace qnget

@@ -1,0 +1,24 @@
+// The lines of -i on standard error.
+#ifndef QNGET_INFO_H
+#define QNGET_INFO_H
+
+#include <string>
+
+namespace qnget {
+
+struct AnswerInfo {
+  std::string status = "unknown";
+  std::string type = "unknown";
+  std::string length = "unknown";
+  std::string encoding = "unknown";
+  std::string url{};
+};
+
+void PrintInfo(const AnswerInfo &info);
+
+/** The line about the cache: "hit", "stored until ...", "not stored". */
+void PrintCacheInfo(const std::string &what);
+
+}  // namespace qnget
+
+#endif
