@@ -31,6 +31,7 @@ add_library(qnstack_core OBJECT
   qnstack/qnfs/common/src/qn_fs_ini.cpp
   qnstack/qnshare/Mac_porting/src/qn_share_mem.cpp
   qnstack/qnshare/Mac_porting/src/qn_share_string.cpp
+  qnstack/qnshare/common/src/Transcode.cpp
   qnstack/qnshare/common/src/qn_itoa.cpp
   qnstack/qnshare/common/src/qn_list.cpp
   qnstack/qnshare/common/src/qn_list_sort.cpp

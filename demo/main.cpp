@@ -14,6 +14,7 @@
 #include "narration.h"
 #include "pdu.h"
 #include "run_program.h"
+#include "subjects.h"
 #include "tap.h"
 
 namespace demo {
@@ -68,6 +69,7 @@ class Story {
     Read();
     Remember(url);
     FetchWithoutNetwork(url);
+    TellSubjects();
     Say("\nThat is all: the message went out, came back whole, and stays.");
   }
 

@@ -116,6 +116,31 @@ std::string SizedValue(std::string_view inner) {
   return written.append(inner);
 }
 
+std::string EncodedTextValue(const EncodedText &text) {
+  const bool is_short = text.charset < kFirstOctetValue;
+  const std::string charset =
+      is_short ? OctetValue(static_cast<uint8_t>(text.charset | kFirstOctetValue))
+               : NumberValue(text.charset);
+  return SizedValue(charset + TextValue(text.bytes));
+}
+
+EncodedText ReadEncodedText(std::string_view value) {
+  Reader reader(value);
+  if (reader.TakeOctet() == kLengthFollows) reader.TakeUintvar();
+  EncodedText text;
+  const uint8_t first = reader.TakeOctet();
+  if (first >= kFirstOctetValue) {
+    text.charset = first & 0x7FU;
+  } else {
+    for (const char octet : reader.Take(first)) {
+      text.charset = text.charset << 8 | static_cast<uint8_t>(octet);
+    }
+  }
+  text.bytes = reader.Rest();
+  if (!text.bytes.empty()) text.bytes.pop_back();  // its end
+  return text;
+}
+
 std::string Encode(const Pdu &pdu) {
   std::string bytes;
   for (const auto &[code, value] : pdu.fields) {

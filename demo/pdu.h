@@ -60,6 +60,14 @@ std::string TextValue(std::string_view text);
 std::string NumberValue(uint64_t number);
 std::string SizedValue(std::string_view inner);
 
+// A text in a character set (an IANA MIBenum), as fields for people hold it.
+struct EncodedText {
+  uint32_t charset = 0;
+  std::string bytes;
+};
+std::string EncodedTextValue(const EncodedText &text);
+EncodedText ReadEncodedText(std::string_view value);
+
 std::string Encode(const Pdu &pdu);
 // Throws std::runtime_error for bytes that are no such unit.
 Pdu Decode(std::string_view bytes);

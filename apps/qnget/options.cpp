@@ -15,6 +15,7 @@ namespace qnget {
 namespace {
 
 constexpr int kMostRetries = 20;
+constexpr int kHighestCharset = 65535;
 constexpr double kLongestDelay = 3600;
 constexpr size_t kLongestOperator = 100;
 
@@ -106,6 +107,11 @@ void AddOutputOptions(CLI::App &app, Options &options) {
                "Print status, media type, length, encoding and final URL on standard error");
   app.add_flag("--raw", options.raw,
                "Deliver the answer as it comes, with its header; follow no redirect");
+  app.add_option("--charset", options.charset,
+                 "Decode a text body from the character set MIBENUM (4 Latin-1, 1000 UCS-2, "
+                 "1015 UTF-16) to UTF-8")
+      ->check(Between(1, kHighestCharset, "a number from 1 to 65535"))
+      ->type_name("MIBENUM");
   app.add_option("--trace", options.trace, "Keep the library's trace lines in FILE")
       ->type_name("FILE");
 }
@@ -231,6 +237,9 @@ void CheckTransfer(const CLI::App &app, const Options &options) {
   }
   if (options.cache && (options.raw || options.method != "GET")) {
     throw Failure(kUsage, "--cache goes with GET alone, and not with --raw");
+  }
+  if (options.charset && options.raw) {
+    throw Failure(kUsage, "--charset decodes a body, not a --raw answer");
   }
 }
 

@@ -2,6 +2,7 @@
 #ifndef QNGET_OPTIONS_H
 #define QNGET_OPTIONS_H
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
@@ -38,7 +39,8 @@ struct Options {
   std::string trace;                                         // empty: nowhere
   bool info = false;
   bool raw = false;
-  double timeout = 0;  // seconds; 0: none
+  std::optional<uint32_t> charset;  // decode the body from it; none: as it comes
+  double timeout = 0;               // seconds; 0: none
   int retries = 0;
   double retry_delay = 1;  // seconds before the first retry
 };

@@ -14,6 +14,7 @@
 
 #include "failure.h"
 #include "signals.h"
+#include "text.h"
 
 namespace qnget {
 namespace {
@@ -106,6 +107,14 @@ void Output::OpenBeside(const std::string &file) {
 }
 
 void Output::Write(std::string_view bytes) {
+  if (charset_) {
+    text_ += bytes;
+  } else {
+    WriteOut(bytes);
+  }
+}
+
+void Output::WriteOut(std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t count = ::write(descriptor_, bytes.data(), bytes.size());
     if (count >= 0) {
@@ -125,6 +134,7 @@ void Output::WaitForRoom() const {
 }
 
 void Output::Commit() {
+  if (charset_) WriteOut(TextFrom(*charset_, text_));
   if (!temporary_.empty()) {
     fchmod(descriptor_, kFileMode & ~CurrentUmask());  // some media have no modes to change
     if (fsync(descriptor_) != 0) Fail("write");

@@ -4,6 +4,8 @@
 #ifndef QNGET_OUTPUT_H
 #define QNGET_OUTPUT_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -34,6 +36,9 @@ class Output {
   Output(const Output &) = delete;
   Output &operator=(const Output &) = delete;
 
+  /** From now on the bytes are a text, to be written as UTF-8 once it is complete. */
+  void DecodeFrom(uint32_t charset) { charset_ = charset; }
+
   void Write(std::string_view bytes);
 
   /** Makes the file appear under its name, with everything on the medium. */
@@ -42,6 +47,7 @@ class Output {
   bool IsTerminal() const;
 
  private:
+  void WriteOut(std::string_view bytes);
   void OpenDirectly(const std::string &file);
   void OpenBeside(const std::string &file);
   void WaitForRoom() const;
@@ -51,6 +57,8 @@ class Output {
   std::string target_;     // the file that the temporary one becomes; empty: none
   std::string temporary_;  // empty once it has gone
   int descriptor_ = -1;
+  std::optional<uint32_t> charset_;
+  std::string text_;  // to be decoded
 };
 
 }  // namespace qnget

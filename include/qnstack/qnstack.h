@@ -22,6 +22,7 @@
 #ifndef QNSTACK_QNSTACK_H
 #define QNSTACK_QNSTACK_H
 
+#include "qnstack/Transcode.h"
 #include "qnstack/qn_export.h"
 #include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_fs_file.h"

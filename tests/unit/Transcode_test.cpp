@@ -1,0 +1,341 @@
+// Guards the converters between UCS-2, UTF-16, UCS-4 and UTF-8: every rule, the
+// ones that are not Unicode's included, over all units where that is cheap.
+#include "qnstack/Transcode.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <iconv.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/transcode_reference.h"
+
+namespace {
+
+using qntest::AsBytes;
+using qntest::ReferenceStream;
+using qntest::ReferenceUcs2;
+using qntest::ReferenceUcs4;
+using qntest::ReferenceUtf8;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using StreamEncoder = void (*)(const void *src, int32_t len, char *out);
+
+int32_t Length(std::size_t size) { return static_cast<int32_t>(size); }
+
+// A copy that ends where the memory ends, so that a sanitizer sees a byte read
+// too much.
+template <typename T>
+std::unique_ptr<T[]> Exact(const T *from, std::size_t count) {
+  auto copy = std::make_unique<T[]>(count);
+  std::copy_n(from, count, copy.get());
+  return copy;
+}
+
+// The output up to its terminator, whose place is found by filling the area.
+std::string Written(const std::vector<char> &area) {
+  std::size_t end = area.size();
+  while (end > 0 && area[end - 1] == '\x55') --end;
+  EXPECT_GT(end, 0u);
+  EXPECT_EQ(area[end - 1], '\0');
+  return std::string(area.data(), end - 1);
+}
+
+std::string Encode(StreamEncoder encode, std::string_view bytes) {
+  const auto source = Exact(bytes.data(), bytes.size());
+  std::vector<char> out(3 * ((bytes.size() + 1) / 2) + 1 + 4, '\x55');
+  encode(source.get(), Length(bytes.size()), out.data());
+  return Written(out);
+}
+
+std::string EncodeUnits(const std::vector<uint16_t> &units) {
+  std::vector<char> out(3 * units.size() + 1 + 4, '\x55');
+  UCS2toUTF8(Exact(units.data(), units.size()).get(), Length(units.size()), out.data());
+  return Written(out);
+}
+
+std::string EncodeValues(const std::vector<uint32_t> &values) {
+  std::vector<char> out(6 * values.size() + 1 + 4, '\x55');
+  UCS4toUTF8(Exact(values.data(), values.size()).get(), Length(values.size()), out.data());
+  return Written(out);
+}
+
+std::vector<uint16_t> DecodeUtf8(std::string_view bytes) {
+  std::vector<uint16_t> out(bytes.size() + 2, 0x5555);
+  UTF8toUCS2(Exact(bytes.data(), bytes.size()).get(), Length(bytes.size()), out.data());
+  while (!out.empty() && out.back() == 0x5555) out.pop_back();
+  EXPECT_EQ(out.back(), 0);
+  out.pop_back();
+  return out;
+}
+
+std::vector<uint32_t> DecodeUtf16(std::string_view bytes) {
+  std::vector<uint32_t> out(bytes.size() / 2 + 2, 0x55555555);
+  const int32_t count =
+      UTF16toUCS4(Exact(bytes.data(), bytes.size()).get(), Length(bytes.size()), out.data());
+  EXPECT_EQ(out.at(static_cast<std::size_t>(count)), 0u);
+  EXPECT_EQ(out.at(static_cast<std::size_t>(count) + 1), 0x55555555u);
+  out.resize(static_cast<std::size_t>(count));
+  return out;
+}
+
+// What the C library makes of it.
+std::string Iconv(const char *charset, std::string_view bytes) {
+  const iconv_t converter = iconv_open("UTF-8", charset);
+  std::string out(4 * bytes.size() + 4, '\0');
+  std::string in(bytes);
+  char *from = in.data();
+  char *to = out.data();
+  size_t left = in.size();
+  size_t room = out.size();
+  EXPECT_EQ(iconv(converter, &from, &left, &to, &room), 0u);
+  iconv_close(converter);
+  out.resize(out.size() - room);
+  return out;
+}
+
+const std::string kMixedUtf8 = "A\xC3\xA9\xE4\xB8\xAD";
+
+TEST(TranscodeStream, EncodesOneTwoAndThreeByteCharacters) {
+  EXPECT_EQ(Encode(BigEndianUCS2toUTF8, std::string("\x00\x41\x00\xE9\x4E\x2D", 6)), kMixedUtf8);
+  EXPECT_EQ(Encode(LitEndianUCS2toUTF8, std::string("\x41\x00\xE9\x00\x2D\x4E", 6)), kMixedUtf8);
+}
+
+TEST(TranscodeStream, LeadByteOfTwoLosesABit) {
+  EXPECT_EQ(Encode(BigEndianUCS2toUTF8, "\x04\x10"), "\xC0\x90");
+  EXPECT_EQ(Encode(LitEndianUCS2toUTF8, "\x10\x04"), "\xC0\x90");
+}
+
+TEST(TranscodeStream, EveryUnitIsEncodedByTheRule) {
+  for (uint32_t x = 0; x <= 0xFFFF; ++x) {
+    const std::vector<uint16_t> unit = {static_cast<uint16_t>(x)};
+    const std::string expected = ReferenceUtf8(x, 0x0F);
+    ASSERT_EQ(Encode(BigEndianUCS2toUTF8, AsBytes(unit, true)), expected) << x;
+    ASSERT_EQ(Encode(LitEndianUCS2toUTF8, AsBytes(unit, false)), expected) << x;
+  }
+}
+
+TEST(TranscodeStream, EveryLengthWithAndWithoutARunOfAscii) {
+  std::mt19937 random(1);
+  for (std::size_t length = 0; length <= 70; ++length) {
+    for (int round = 0; round < 50; ++round) {
+      std::string bytes(length, '\0');
+      for (std::size_t i = 0; i < length; ++i) {
+        // Mostly ASCII units in one of the orders, broken here and there.
+        const bool other = random() % 16 == 0;
+        const bool low = (i % 2 == 0) == (round % 2 == 0);
+        bytes[i] = static_cast<char>(other ? random() : low ? random() % 128 : 0);
+      }
+      ASSERT_EQ(Encode(BigEndianUCS2toUTF8, bytes), ReferenceStream(bytes, true));
+      ASSERT_EQ(Encode(LitEndianUCS2toUTF8, bytes), ReferenceStream(bytes, false));
+    }
+  }
+}
+
+TEST(TranscodeStream, MissingLastByteCountsAsZero) {
+  EXPECT_EQ(Encode(BigEndianUCS2toUTF8, "\x4E"), "\xE4\xB8\x80");
+  EXPECT_EQ(Encode(LitEndianUCS2toUTF8, "A"), "A");
+}
+
+TEST(TranscodeStream, ZeroUnitIsWrittenAndTheConversionGoesOn) {
+  EXPECT_EQ(Encode(BigEndianUCS2toUTF8, std::string("\0\0\0A", 4)), std::string("\0A", 2));
+}
+
+TEST(TranscodeStream, NothingOrLessWritesTheTerminatorAlone) {
+  for (const StreamEncoder encode : {BigEndianUCS2toUTF8, LitEndianUCS2toUTF8}) {
+    for (const int32_t length : {0, -1, INT32_MIN}) {
+      char out[2] = {'x', 'x'};
+      encode("", length, out);
+      EXPECT_EQ(std::string(out, 2), std::string("\0x", 2));
+    }
+  }
+}
+
+TEST(TranscodeStream, NullConvertsNothing) {
+  char out = 'x';
+  BigEndianUCS2toUTF8(nullptr, 2, &out);
+  LitEndianUCS2toUTF8(nullptr, 2, &out);
+  BigEndianUCS2toUTF8("ab", 2, nullptr);
+  LitEndianUCS2toUTF8("ab", 2, nullptr);
+  EXPECT_EQ(out, 'x');
+}
+
+TEST(TranscodeUcs2, EveryUnitIsEncodedByTheRule) {
+  for (uint32_t x = 0; x <= 0xFFFF; ++x) {
+    ASSERT_EQ(EncodeUnits({static_cast<uint16_t>(x)}), ReferenceUtf8(x)) << x;
+  }
+  EXPECT_EQ(EncodeUnits({0x0410}), "\xD0\x90");
+}
+
+TEST(TranscodeUcs2, AgreesWithTheCLibraryOutsideTheSurrogates) {
+  for (uint32_t x = 1; x <= 0xFFFF; ++x) {
+    // A mark at the start is not text for the C library.
+    if ((x >= 0xD800 && x <= 0xDFFF) || x == 0xFEFF || x == 0xFFFE) continue;
+    const std::vector<uint16_t> unit = {static_cast<uint16_t>(x)};
+    if (x % 7 == 0 || x < 0x900) {
+      ASSERT_EQ(EncodeUnits(unit), Iconv("UCS-2LE", AsBytes(unit, false))) << x;
+    }
+  }
+}
+
+TEST(TranscodeUcs2, NothingOrNullOrLess) {
+  char out[2] = {'x', 'x'};
+  const uint16_t unit = 'A';
+  UCS2toUTF8(nullptr, 1, out);
+  UCS2toUTF8(&unit, 1, nullptr);
+  EXPECT_EQ(out[0], 'x');
+  UCS2toUTF8(&unit, -1, out);
+  EXPECT_EQ(std::string(out, 2), std::string("\0x", 2));
+  out[0] = 'x';
+  UCS2toUTF8(&unit, 0, out);
+  EXPECT_EQ(std::string(out, 2), std::string("\0x", 2));
+}
+
+TEST(TranscodeUcs4, EveryThresholdIsTheGivenOne) {
+  const uint32_t edges[] = {0x7F,      0x80,       0x7FF,      0x800,     0xFFFF,
+                            0x10000,   0x1F600,    0x1FFFF,    0x20000,   0x3FFFF,
+                            0x40000,   0x10FFFF,   0x1FFFFF,   0x200000,  0x3FFFFFF,
+                            0x4000000, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF};
+  for (const uint32_t edge : edges) EXPECT_EQ(EncodeValues({edge}), ReferenceUtf8(edge)) << edge;
+  EXPECT_EQ(EncodeValues({0x1F600}), "\xF0\x9F\x98\x80");
+  EXPECT_EQ(EncodeValues({0x20000}), "\xF8\x80\xA0\x80\x80");
+  EXPECT_EQ(EncodeValues({0x10FFFF}), "\xFC\x80\x84\x8F\xBF\xBF");
+}
+
+TEST(TranscodeUcs4, EveryBitOfAValueHasItsPlace) {
+  for (int bit = 0; bit < 32; ++bit) {
+    const uint32_t value = 1U << bit;
+    EXPECT_EQ(EncodeValues({value, ~value}), ReferenceUtf8(value) + ReferenceUtf8(~value)) << bit;
+  }
+}
+
+TEST(TranscodeUcs4, NothingOrNullOrLess) {
+  char out[2] = {'x', 'x'};
+  const uint32_t value = 'A';
+  UCS4toUTF8(nullptr, 1, out);
+  UCS4toUTF8(&value, 1, nullptr);
+  EXPECT_EQ(out[0], 'x');
+  UCS4toUTF8(&value, -1, out);
+  EXPECT_EQ(std::string(out, 2), std::string("\0x", 2));
+}
+
+TEST(TranscodeUtf8, EveryPairOfBytes) {
+  for (int first = 0; first < 256; ++first) {
+    for (int second = 0; second < 256; ++second) {
+      const std::string bytes = {static_cast<char>(first), static_cast<char>(second)};
+      ASSERT_EQ(DecodeUtf8(bytes), ReferenceUcs2(bytes)) << first << " " << second;
+    }
+  }
+}
+
+TEST(TranscodeUtf8, RandomTriplesAndLongerTexts) {
+  std::mt19937 random(2);
+  for (int round = 0; round < 200000; ++round) {
+    std::string bytes(3 + (round % 64 == 0 ? random() % 68 : 0), '\0');
+    for (char &byte : bytes) byte = static_cast<char>(random());
+    ASSERT_EQ(DecodeUtf8(bytes), ReferenceUcs2(bytes));
+  }
+}
+
+TEST(TranscodeUtf8, SequencesThatTheEndCutsAreSkipped) {
+  EXPECT_THAT(DecodeUtf8("\xC3\xA9"), ElementsAre(0x00E9));
+  EXPECT_THAT(DecodeUtf8("\xE4\xB8\xAD"), ElementsAre(0x4E2D));
+  EXPECT_THAT(DecodeUtf8("\xC3"), IsEmpty());
+  EXPECT_THAT(DecodeUtf8("\xE4"), IsEmpty());
+  // One byte is skipped, and the rest read anew.
+  EXPECT_THAT(DecodeUtf8("\xE4"
+                         "A"),
+              ElementsAre('A'));
+  EXPECT_THAT(DecodeUtf8("\xE4\x81"), IsEmpty());
+}
+
+TEST(TranscodeUtf8, StrayBytesLeadAPairAndNothingIsChecked) {
+  EXPECT_THAT(DecodeUtf8("\x80"
+                         "A"),
+              ElementsAre(0x0001));
+  EXPECT_THAT(DecodeUtf8("\xC3"
+                         "A"),
+              ElementsAre(0x00C1));
+  EXPECT_THAT(DecodeUtf8("\xF0\x9F\x98\x80"), ElementsAre(0x07D8));
+}
+
+TEST(TranscodeUtf8, NothingOrNullOrLess) {
+  uint16_t out[2] = {7, 7};
+  UTF8toUCS2(nullptr, 1, out);
+  UTF8toUCS2("A", 1, nullptr);
+  EXPECT_EQ(out[0], 7);
+  UTF8toUCS2("A", -1, out);
+  EXPECT_THAT(out, ElementsAre(0, 7));
+  out[0] = 7;
+  UTF8toUCS2("A", 0, out);
+  EXPECT_THAT(out, ElementsAre(0, 7));
+}
+
+TEST(TranscodeUtf16, MarksGiveAndSwitchTheOrder) {
+  EXPECT_THAT(DecodeUtf16(std::string("\xFF\xFE\x41\x00\x3D\xD8\x00\xDE", 8)),
+              ElementsAre(0x41, 0x1F600));
+  EXPECT_THAT(DecodeUtf16(std::string("\xFE\xFF\x00\x41", 4)), ElementsAre(0x41));
+  EXPECT_THAT(DecodeUtf16(std::string("\x00\x41\xFF\xFE\x42\x00", 6)), ElementsAre(0x41, 0x42));
+  EXPECT_THAT(DecodeUtf16(std::string("\x00\x41\xFE\xFF\x00\x42", 6)), ElementsAre(0x41, 0x42));
+  EXPECT_THAT(DecodeUtf16(std::string("\xFF\xFE\xFE\xFF\x00\x41", 6)), ElementsAre(0x41));
+}
+
+// Every kind of unit behind every other, in both orders, cut at every length.
+TEST(TranscodeUtf16, EverySituationOfSurrogatesAndMarks) {
+  const uint16_t kinds[] = {0x0000, 0x0041, 0x00E9, 0xD7FF, 0xD800, 0xDBFF,
+                            0xDC00, 0xDFFF, 0xE000, 0xFEFF, 0xFFFE, 0xFFFF};
+  for (const uint16_t a : kinds) {
+    for (const uint16_t b : kinds) {
+      for (const uint16_t c : kinds) {
+        for (const uint16_t d : kinds) {
+          for (const bool big_endian : {true, false}) {
+            const std::string bytes = AsBytes({a, b, c, d}, big_endian);
+            for (const std::size_t length : {8u, 7u, 5u}) {
+              const std::string_view cut(bytes.data(), length);
+              ASSERT_EQ(DecodeUtf16(cut), ReferenceUcs4(cut));
+            }
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST(TranscodeUtf16, AllPairsOfSurrogatesAreTheStandardOnes) {
+  for (uint32_t value = 0x10000; value <= 0x10FFFF; value += 0x101) {
+    const uint32_t above = value - 0x10000;
+    const std::vector<uint16_t> pair = {static_cast<uint16_t>(0xD800 + (above >> 10)),
+                                        static_cast<uint16_t>(0xDC00 + (above & 0x3FF))};
+    ASSERT_THAT(DecodeUtf16(AsBytes(pair, true)), ElementsAre(value));
+  }
+}
+
+TEST(TranscodeUtf16, EveryLength) {
+  std::mt19937 random(3);
+  for (std::size_t length = 0; length <= 70; ++length) {
+    for (int round = 0; round < 40; ++round) {
+      std::string bytes(length, '\0');
+      for (char &byte : bytes) byte = static_cast<char>(random());
+      ASSERT_EQ(DecodeUtf16(bytes), ReferenceUcs4(bytes));
+    }
+  }
+}
+
+TEST(TranscodeUtf16, NothingOrNullOrLess) {
+  uint32_t out[2] = {7, 7};
+  EXPECT_EQ(UTF16toUCS4(nullptr, 2, out), 0);
+  EXPECT_EQ(UTF16toUCS4("ab", 2, nullptr), 0);
+  EXPECT_EQ(out[0], 7u);
+  EXPECT_EQ(UTF16toUCS4("ab", -2, out), 0);
+  EXPECT_THAT(out, ElementsAre(0, 7));
+  EXPECT_THAT(DecodeUtf16("A"), IsEmpty());
+}
+
+}  // namespace
