@@ -110,7 +110,7 @@ QN_API int32_t fnQNStack_Cache_getExpired(void);
  *
  * @param url the key; copied, and may be that of an entry.
  * @param label any text, copied; NULL is kept as "NULL".
- * @param body the body; stays the caller's.
+ * @param body the body; stays the caller's, and may be a string of an entry.
  * @param length its length in bytes.
  * @param expires from fnQNStack_Cache_getExpired().
  * @param tag any number.
