@@ -4,6 +4,9 @@
 #include <malloc.h>
 
 #include <ostream>
+#include <span>
+
+#include "qn_stack_membuffer_internal.h"
 
 namespace qntest {
 namespace {
@@ -41,7 +44,10 @@ BufferFields Buffer::Fields() const {
   EXPECT_LE(buffer_->cursor, buffer_->length);
   EXPECT_LE(buffer_->length, buffer_->capacity);
   EXPECT_EQ(buffer_->data[buffer_->length], '\0');
-  EXPECT_GE(malloc_usable_size(buffer_->data), size_t{buffer_->capacity} + kSpareBytes);
+  const std::span<const char> block = qn::Block(buffer_);
+  EXPECT_GE(malloc_usable_size(const_cast<char *>(block.data())), block.size());
+  EXPECT_GE(buffer_->data, block.data());
+  EXPECT_LE(buffer_->data + buffer_->capacity + kSpareBytes, block.data() + block.size());
   return {.held = {buffer_->data, buffer_->length},
           .capacity = buffer_->capacity,
           .cursor = buffer_->cursor,

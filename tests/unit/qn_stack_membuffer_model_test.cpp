@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 
+#include "qn_stack_membuffer_internal.h"
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_stack_membuffer.h"
 #include "support/buffer.h"
@@ -68,9 +69,10 @@ class Walk {
     switch (Below(10)) {
       case 0:
       case 1:
+        return Write();
       case 2:
       case 3:
-        return Write();
+        return Below(100) == 0 ? ExpectAnswer() : WriteInPlace();
       case 4:
       case 5:
         return Read();
@@ -115,6 +117,24 @@ class Walk {
     buffer_.Write(bytes);
     model_.Write(bytes);
   }
+
+  // As the transfer engine does: fewer bytes may come than were asked for.
+  void WriteInPlace() {
+    const uint32_t room = 40;
+    const BufferFields before = buffer_.Fields();
+    char *area = qn::WriteArea(buffer_.get(), room);
+    EXPECT_EQ(buffer_.Fields(), before);
+    if (area == nullptr) return Write();
+    std::string bytes = Bytes();
+    bytes.push_back('x');
+    std::copy(bytes.begin(), bytes.end(), area);
+    const char *unread = buffer_->data + buffer_->cursor;
+    qn::Written(buffer_.get(), area, static_cast<uint32_t>(bytes.size()));
+    EXPECT_TRUE(buffer_->data == unread || buffer_->length == bytes.size());
+    model_.Write(bytes);
+  }
+
+  void ExpectAnswer() { qn::ExpectAnswer(buffer_.get()); }
 
   void Read() {
     const uint32_t count = Below(60);

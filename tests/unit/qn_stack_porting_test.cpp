@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <iterator>
 #include <vector>
 
 #include "qn_stack_porting_internal.h"
@@ -185,6 +186,22 @@ TEST_F(QnStackGetHostByName, TakesTheFirstAddress) {
 TEST_F(QnStackGetHostByName, TakesDottedAddresses) {
   EXPECT_EQ(fnQN_Stack_GetHostByName(19, "127.0.0.1", 80), 1);
   EXPECT_EQ(socket_list[19].addr, inet_addr("127.0.0.1"));
+}
+
+TEST_F(QnStackGetHostByName, ADottedAddressNeedsNoResolver) {
+  for (const char *address : {"127.0.0.1", "0.0.0.0", "255.255.255.255", "192.0.2.200"}) {
+    SCOPED_TRACE(address);
+    fnQN_Stack_GetHostByName(19, address, 80);
+    EXPECT_EQ(socket_list[19].addr, inet_addr(address));
+  }
+  EXPECT_EQ(network_.Count("gethostbyname"), 0u);
+}
+
+TEST_F(QnStackGetHostByName, WhatMerelyLooksLikeAnAddressGoesToTheResolver) {
+  const char *const names[] = {"127.1",      "0127.0.0.1", "127.0.0.01",  "127.0.0.1 ",
+                               "127.0.0.1.", "2130706433", "127.0.0.256", ""};
+  for (const char *name : names) fnQN_Stack_GetHostByName(19, name, 80);
+  EXPECT_EQ(network_.Count("gethostbyname"), std::size(names));
 }
 
 TEST_F(QnStackGetHostByName, UnknownNameKeepsTheAddressButStoresThePort) {

@@ -81,6 +81,16 @@ class SigpipeGuard {
   bool was_pending_;
 };
 
+// The first address that the resolver knows for a name; false for none.
+bool LookUp(const char *name, in_addr *address) {
+  const hostent *host = gethostbyname(name);
+  if (host == nullptr || host->h_addrtype != AF_INET || host->h_addr_list[0] == nullptr) {
+    return false;
+  }
+  std::memcpy(address, host->h_addr_list[0], sizeof *address);
+  return true;
+}
+
 // What stands before every transfer on a slot: 0, or the result that refuses
 // it.
 int32_t RefuseTransfer(int32_t slot, const void *bytes, int32_t count) {
@@ -112,9 +122,10 @@ int32_t fnQN_Stack_GetHostByName(int32_t slot, const char *name, int32_t port) {
   if (!IsSlot(slot) || name == nullptr) return -1;
   QNSocketSlot &entry = socket_list[slot];
   entry.port = static_cast<uint16_t>(port);
-  const hostent *host = gethostbyname(name);
-  if (host == nullptr || host->h_addrtype != AF_INET || host->h_addr_list[0] == nullptr) return -1;
-  std::memcpy(&entry.addr, host->h_addr_list[0], sizeof entry.addr);
+  // What is an address already needs no resolver, nor its look at files.
+  in_addr address = {};
+  if (inet_pton(AF_INET, name, &address) != 1 && !LookUp(name, &address)) return -1;
+  entry.addr = address.s_addr;
   return entry.addr == INADDR_NONE ? -1 : 1;
 }
 

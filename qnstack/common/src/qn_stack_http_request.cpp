@@ -1,7 +1,9 @@
 // Composing requests: the whole request is written once into the context's
 // send buffer, from where the transfer engine sends it. Owns nothing.
 #include <cstdint>
+#include <string_view>
 
+#include "qn_shown.h"
 #include "qn_stack_http_internal.h"
 #include "qn_stack_membuffer_internal.h"
 #include "qn_stack_trace.h"
@@ -37,17 +39,19 @@ void TraceTarget(const QNHttpCtx &ctx) {
 
 // The first line up to its version; through a proxy the URL is absolute.
 void WriteTarget(const QNHttpCtx &ctx) {
+  const std::string_view method = qn::Shown(ctx.method);
+  const std::string_view path = qn::Shown(ctx.path);
   if (qn::http_proxy == nullptr) {
-    fnQN_MemBuffer_Printf(ctx.sendBuf, "%s %s", ctx.method, ctx.path);
+    qn::WritePiece(ctx.sendBuf, {method, " ", path});
     return;
   }
   qn::Trace("HTTP.c  PROXY = ", qn::http_proxy);
   qn::Trace("ctx port  = ", ctx.port);
+  const std::string_view host = qn::Shown(ctx.hostname);
   if (ctx.port == kDefaultPort) {
-    fnQN_MemBuffer_Printf(ctx.sendBuf, "%s http://%s%s", ctx.method, ctx.hostname, ctx.path);
+    qn::WritePiece(ctx.sendBuf, {method, " http://", host, path});
   } else {
-    fnQN_MemBuffer_Printf(ctx.sendBuf, "%s http://%s:%d%s", ctx.method, ctx.hostname, ctx.port,
-                          ctx.path);
+    qn::WritePiece(ctx.sendBuf, {method, " http://", host, ":", qn::Shown(ctx.port), path});
   }
   TraceTarget(ctx);
 }
@@ -59,12 +63,12 @@ void WriteTableHeaders(QNMemBuffer *request) {
 }
 
 void WriteBodyHeaders(const QNHttpCtx &ctx) {
-  fnQN_MemBuffer_Printf(ctx.sendBuf, "Content-Type: %s\r\n", ctx.contentType);
+  qn::WritePiece(ctx.sendBuf, {"Content-Type: ", qn::Shown(ctx.contentType), "\r\n"});
   if (fnQN_STRCMP(ctx.method, "PUT") == 0) {
     // The leading blank is kept: servers have always seen it.
     qn::WriteText(ctx.sendBuf, " Expect: 100-Continue\r\n");
   }
-  fnQN_MemBuffer_Printf(ctx.sendBuf, "Content-Length: %d\r\n", ctx.contentLen);
+  qn::WritePiece(ctx.sendBuf, {"Content-Length: ", qn::Shown(ctx.contentLen), "\r\n"});
 }
 
 }  // namespace
@@ -74,7 +78,8 @@ int32_t fnQNStack_Http_PrepareQuest(QNHttpCtx *ctx) {
   const bool has_body = ctx->contentLen > 0;
   WriteTarget(*ctx);
   qn::WriteText(ctx->sendBuf, " HTTP/1.0\r\n");
-  fnQN_MemBuffer_Printf(ctx->sendBuf, "Host: %s:%d\r\n", ctx->hostname, ctx->port);
+  qn::WritePiece(ctx->sendBuf,
+                 {"Host: ", qn::Shown(ctx->hostname), ":", qn::Shown(ctx->port), "\r\n"});
   qn::Trace(kTraceHost, ctx->hostname);
   WriteTableHeaders(ctx->sendBuf);
   if (has_body) WriteBodyHeaders(*ctx);
@@ -87,7 +92,8 @@ int32_t fnQNStack_Http_PrepareQuest(QNHttpCtx *ctx) {
 int32_t fnQNStack_Http_PrepareQuest_Connect(QNHttpCtx *ctx) {
   if (ctx == nullptr || qn::http_proxy == nullptr) return -1;
   TraceTarget(*ctx);
-  fnQN_MemBuffer_Printf(ctx->sendBuf, "%s %s:%d", ctx->method, ctx->hostname, ctx->port);
+  qn::WritePiece(ctx->sendBuf, {qn::Shown(ctx->method), " ", qn::Shown(ctx->hostname), ":",
+                                qn::Shown(ctx->port)});
   qn::WriteText(ctx->sendBuf, " HTTP/1.1\r\n");
   qn::WriteText(ctx->sendBuf, "Proxy-Connection: Keep-Alive\r\n");
   qn::WriteText(ctx->sendBuf, "\r\n");

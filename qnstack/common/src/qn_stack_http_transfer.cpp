@@ -1,6 +1,7 @@
 // The transfer engine: it moves one context forward through resolving,
 // connecting, composing, sending and receiving, as far as each call gets.
-// Owns the receive area that all contexts share within one call.
+// Owns the area, shared by all contexts, for chunks whose answer has no room
+// for them yet.
 #include <algorithm>
 #include <cstdint>
 
@@ -53,8 +54,7 @@ int32_t Resolve(QNHttpCtx *ctx) {
   const bool proxy = qn::http_proxy != nullptr;
   const int32_t result = fnQN_Stack_GetHostByName(
       ctx->socket, proxy ? qn::http_proxy : ctx->hostname, proxy ? qn::http_proxyPort : ctx->port);
-  qn::Trace("host:", ctx->hostname);
-  qn::Trace(",", ctx->port);
+  qn::Trace("host:", ctx->hostname, ",", ctx->port);
   if (result == -1) return FailAndCount(ctx, QN_HTTP_RESOLVE_FAILED);
   ctx->tryCount = 0;
   return Advance(ctx);
@@ -63,8 +63,7 @@ int32_t Resolve(QNHttpCtx *ctx) {
 int32_t Connect(QNHttpCtx *ctx) {
   if (!EnsureSocket(ctx)) return FailAndCount(ctx, QN_HTTP_CONNECT_FAILED);
   const int32_t result = fnQN_Stack_Connect(ctx->socket);
-  qn::Trace("connet socket:", ctx->socket);
-  qn::Trace(" result:", result);
+  qn::Trace("connet socket:", ctx->socket, " result:", result);
   if (result == 0) {
     fnQN_Stack_CloseSocket(ctx->socket);
     ctx->socket = 0;
@@ -116,14 +115,27 @@ int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
   return 0;
 }
 
+// Receives one chunk, straight into the answer where that has room for it.
+int32_t ReceiveChunk(QNHttpCtx *ctx) {
+  char *area = qn::WriteArea(ctx->recvBuf, kChunk);
+  const int32_t received =
+      fnQN_Stack_RecvData(ctx->socket, area != nullptr ? area : buffer, kChunk);
+  if (received <= 0) return received;
+  if (area != nullptr) {
+    qn::Written(ctx->recvBuf, area, static_cast<uint32_t>(received));
+  } else {
+    qn::ExpectAnswer(ctx->recvBuf);
+    fnQN_MemBuffer_Write(ctx->recvBuf, buffer, received);
+  }
+  ctx->tryCount = 0;
+  return received;
+}
+
 int32_t ReceiveAnswer(QNHttpCtx *ctx) {
   while (qn::Unread(ctx->recvBuf) <= kUnreadHighWater) {
-    const int32_t received = fnQN_Stack_RecvData(ctx->socket, buffer, kChunk);
+    const int32_t received = ReceiveChunk(ctx);
     if (received <= 0) return EndReceiving(ctx, received);
-    qn::Trace("socket ", ctx->socket);
-    qn::Trace(" recv len:", received);
-    fnQN_MemBuffer_Write(ctx->recvBuf, buffer, received);
-    ctx->tryCount = 0;
+    qn::Trace("socket ", ctx->socket, " recv len:", received);
   }
   CountTry(ctx);
   return -2;
@@ -201,14 +213,8 @@ int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx) {
 int32_t fnQNStack_Http_RecvConnectData(QNHttpCtx *ctx) {
   if (ctx == nullptr) return -1;
   while (qn::Unread(ctx->recvBuf) <= kUnreadHighWater) {
-    const int32_t received = fnQN_Stack_RecvData(ctx->socket, buffer, kChunk);
-    if (received <= 0) {
-      CountTry(ctx);
-      continue;
-    }
-    fnQN_MemBuffer_Write(ctx->recvBuf, buffer, received);
-    ctx->tryCount = 0;
-    return -2;
+    if (ReceiveChunk(ctx) > 0) return -2;
+    CountTry(ctx);
   }
   return -2;
 }

@@ -3,6 +3,7 @@
 #include "qnstack/qn_stack_membuffer.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdarg>
 #include <cstring>
 #include <functional>
@@ -16,45 +17,100 @@
 
 namespace {
 
-constexpr uint32_t kSpareBytes = 10;        // behind the capacity; they hold the terminator
-constexpr uint32_t kFormattedBytes = 2048;  // bound of one formatted piece with its terminator
+constexpr std::size_t kSpareBytes = 10;          // behind the capacity; they hold the terminator
+constexpr std::size_t kMostSlack = 1024 * 1024;  // a block doubles up to this much
+constexpr uint32_t kFormattedBytes = 2048;       // bound of one formatted piece with its terminator
 constexpr char kLineEnd[] = "\r\n";
 
-// Squeezes out what has been read, so that the unread bytes stand in front.
-void Compact(QNMemBuffer *buffer) {
-  if (buffer->cursor == 0) return;
-  const uint32_t unread = qn::Unread(buffer);
-  if (unread > 0) std::memmove(buffer->data, buffer->data + buffer->cursor, unread);
-  buffer->data[unread] = '\0';
-  buffer->length = unread;
-  buffer->cursor = 0;
+// What stands behind the public record. The storage is a part of a block that
+// may be larger: bytes that were read are left behind by moving `data` up, and
+// growth is mostly a matter of counting.
+struct Buffer {
+  QNMemBuffer face;
+  char *block;
+  std::size_t block_bytes;
+};
+
+Buffer *Behind(QNMemBuffer *buffer) { return reinterpret_cast<Buffer *>(buffer); }
+
+// Whether the block reaches `capacity` and the spare bytes from `data` on.
+bool Holds(const Buffer &buffer, const char *data, std::size_t capacity) {
+  const auto left_behind = static_cast<std::size_t>(data - buffer.block);
+  return buffer.block_bytes - left_behind >= capacity + kSpareBytes;
 }
 
-// Makes room for `count` more bytes; the capacity grows by exactly that.
-bool Reserve(QNMemBuffer *buffer, uint32_t count) {
-  if (buffer->capacity - buffer->length >= count) return true;
-  if (buffer->capacity > std::numeric_limits<uint32_t>::max() - kSpareBytes - count) return false;
-  void *grown = fnQNStack_ReMalloc(buffer->data, buffer->capacity + count + kSpareBytes);
+// Lets the unread bytes be the first of the storage again. They stay where
+// they are as long as the block has room for the capacity from there on.
+void Compact(Buffer *buffer) {
+  QNMemBuffer &face = buffer->face;
+  if (face.cursor == 0) return;
+  const uint32_t unread = qn::Unread(&face);
+  char *first = face.data + face.cursor;
+  if (unread == 0 || !Holds(*buffer, first, face.capacity)) {
+    if (unread > 0) std::memmove(buffer->block, first, unread);
+    first = buffer->block;
+  }
+  face.data = first;
+  face.data[unread] = '\0';
+  face.length = unread;
+  face.cursor = 0;
+}
+
+// Makes the block reach `capacity` from the first byte of the storage on.
+bool Widen(Buffer *buffer, std::size_t capacity, std::size_t slack) {
+  QNMemBuffer &face = buffer->face;
+  if (Holds(*buffer, face.data, capacity)) return true;
+  if (face.data != buffer->block) {
+    std::memmove(buffer->block, face.data, face.length + std::size_t{1});
+    face.data = buffer->block;
+    if (Holds(*buffer, face.data, capacity)) return true;
+  }
+  const std::size_t bytes = capacity + kSpareBytes + slack;
+  if (bytes > std::numeric_limits<uint32_t>::max()) return false;
+  void *grown = fnQNStack_ReMalloc(buffer->block, static_cast<uint32_t>(bytes));
   if (grown == nullptr) return false;
-  buffer->data = static_cast<char *>(grown);
-  buffer->capacity += count;
+  buffer->block = static_cast<char *>(grown);
+  buffer->block_bytes = bytes;
+  face.data = buffer->block;
   return true;
 }
 
-// Whether `bytes` lie in the buffer's own storage, which is about to move.
-bool IsOwnStorage(const QNMemBuffer *buffer, const void *bytes) {
-  const auto *byte = static_cast<const char *>(bytes);
-  return !std::less<>()(byte, buffer->data) &&
-         std::less<>()(byte, buffer->data + buffer->capacity + kSpareBytes);
+// By how much the capacity grows when `count` bytes follow `held` ones: by all
+// of them if they do not fit, else by none.
+uint32_t Growth(const QNMemBuffer &face, uint32_t held, uint32_t count) {
+  return face.capacity - held >= count ? 0 : count;
 }
 
-void Append(QNMemBuffer *buffer, const void *bytes, uint32_t count) {
+// Makes room for `count` more bytes; the capacity grows by exactly that.
+bool Reserve(Buffer *buffer, uint32_t count) {
+  const uint32_t growth = Growth(buffer->face, buffer->face.length, count);
+  if (growth == 0) return true;
+  const std::size_t capacity = std::size_t{buffer->face.capacity} + growth;
+  if (capacity > std::numeric_limits<uint32_t>::max() - kSpareBytes) return false;
+  if (!Widen(buffer, capacity, std::min(capacity, kMostSlack))) return false;
+  buffer->face.capacity += growth;
+  return true;
+}
+
+// Whether `bytes` lie in the buffer's own block, which is about to move.
+bool IsOwnStorage(const Buffer &buffer, const void *bytes) {
+  const auto *byte = static_cast<const char *>(bytes);
+  return !std::less<>()(byte, buffer.block) &&
+         std::less<>()(byte, buffer.block + buffer.block_bytes);
+}
+
+// Counts `count` bytes in that stand behind those held and have room there.
+void CountIn(QNMemBuffer *face, uint32_t count) {
+  face->length += count;
+  face->data[face->length] = '\0';
+  face->total += count;
+}
+
+void Append(Buffer *buffer, const void *bytes, uint32_t count) {
   Compact(buffer);
   if (count == 0 || !Reserve(buffer, count)) return;
-  std::memcpy(buffer->data + buffer->length, bytes, count);
-  buffer->length += count;
-  buffer->data[buffer->length] = '\0';
-  buffer->total += count;
+  std::memcpy(buffer->face.data + buffer->face.length, bytes, count);
+  CountIn(&buffer->face, count);
 }
 
 }  // namespace
@@ -66,6 +122,15 @@ void qn::WriteText(QNMemBuffer *buffer, std::string_view text) {
   fnQN_MemBuffer_Write(buffer, text.data(), static_cast<int32_t>(text.size()));
 }
 
+void qn::WritePiece(QNMemBuffer *buffer, std::initializer_list<std::string_view> texts) {
+  std::array<char, kFormattedBytes - 1> piece;
+  std::size_t size = 0;
+  for (const std::string_view text : texts) {
+    size += text.copy(piece.data() + size, piece.size() - size);
+  }
+  WriteText(buffer, {piece.data(), size});
+}
+
 std::optional<std::string_view> qn::TakeLine(QNMemBuffer *buffer) {
   const char *unread = buffer->data + buffer->cursor;
   const char *line_end = std::strstr(unread, kLineEnd);
@@ -75,30 +140,60 @@ std::optional<std::string_view> qn::TakeLine(QNMemBuffer *buffer) {
   return line;
 }
 
+char *qn::WriteArea(QNMemBuffer *buffer, uint32_t count) {
+  const Buffer &behind = *Behind(buffer);
+  const uint32_t unread = Unread(buffer);
+  // With nothing unread the front of the block is free again.
+  char *first = unread == 0 ? behind.block : buffer->data + buffer->cursor;
+  const std::size_t growth = Growth(*buffer, unread, count);
+  return Holds(behind, first, buffer->capacity + growth) ? first + unread : nullptr;
+}
+
+void qn::Written(QNMemBuffer *buffer, char *area, uint32_t count) {
+  buffer->length = Unread(buffer);
+  buffer->cursor = 0;
+  buffer->data = area - buffer->length;
+  buffer->capacity += Growth(*buffer, buffer->length, count);
+  CountIn(buffer, count);
+}
+
+void qn::ExpectAnswer(QNMemBuffer *buffer) {
+  constexpr std::size_t kAnswerBytes = 64 * std::size_t{1024};
+  // Without the room everything works as well, only slower.
+  if (buffer->capacity < kAnswerBytes) Widen(Behind(buffer), kAnswerBytes, 0);
+}
+
+std::span<const char> qn::Block(const QNMemBuffer *buffer) {
+  const auto *behind = reinterpret_cast<const Buffer *>(buffer);
+  return {behind->block, behind->block_bytes};
+}
+
 QNMemBuffer *fnQN_MemBuffer_New(uint32_t capacity) {
-  qn::Owned<QNMemBuffer> buffer(qn::NewRecord<QNMemBuffer>());
+  qn::Owned<Buffer> buffer(qn::NewRecord<Buffer>());
   if (buffer == nullptr) return nullptr;
-  buffer->data = static_cast<char *>(qn::AllocateZeroed(size_t{capacity} + kSpareBytes));
-  if (buffer->data == nullptr) return nullptr;
-  buffer->capacity = capacity;
-  return buffer.release();
+  buffer->block_bytes = capacity + kSpareBytes;
+  buffer->block = static_cast<char *>(qn::AllocateZeroed(buffer->block_bytes));
+  if (buffer->block == nullptr) return nullptr;
+  buffer->face.data = buffer->block;
+  buffer->face.capacity = capacity;
+  return &buffer.release()->face;
 }
 
 void fnQN_MemBuffer_Free(QNMemBuffer *buffer) {
   if (buffer == nullptr) return;
-  fnQN_Free(&buffer->data);
+  fnQN_Free(&Behind(buffer)->block);
   fnQN_Free(&buffer);
 }
 
 void fnQN_MemBuffer_Write(QNMemBuffer *buffer, const void *bytes, int32_t count) {
   if (buffer == nullptr || count < 0 || (bytes == nullptr && count > 0)) return;
   const auto size = static_cast<uint32_t>(count);
-  if (count > 0 && IsOwnStorage(buffer, bytes)) {
+  if (count > 0 && IsOwnStorage(*Behind(buffer), bytes)) {
     const qn::Owned<char> copy(qn::CopyText({static_cast<const char *>(bytes), size}));
-    if (copy != nullptr) Append(buffer, copy.get(), size);
+    if (copy != nullptr) Append(Behind(buffer), copy.get(), size);
     return;
   }
-  Append(buffer, bytes, size);
+  Append(Behind(buffer), bytes, size);
 }
 
 int32_t fnQN_MemBuffer_Read(QNMemBuffer *buffer, void *destination, int32_t count) {
@@ -153,6 +248,7 @@ char *fnQN_MemBufer_ClearContent(QNMemBuffer *buffer) {
   buffer->length = 0;
   buffer->cursor = 0;
   buffer->total = 0;
+  buffer->data = Behind(buffer)->block;
   std::memset(buffer->data, 0, buffer->capacity);
   buffer->data[0] = '\0';
   return buffer->data;

@@ -1,31 +1,27 @@
 // The trace lines of the HTTP client. They go through the C library's standard
-// output, whose buffer and order the application's own output shares; numbers
-// are written here, as one of these lines comes with every receive.
+// output, whose buffer and order the application's own output shares.
 #include "qn_stack_trace.h"
 
-#include <array>
-#include <charconv>
 #include <cstdio>
-#include <limits>
+#include <cstring>
 
 namespace qn {
 
-void Trace(std::string_view label) { std::fwrite(label.data(), 1, label.size(), stdout); }
-
-void Trace(std::string_view label, std::string_view text) {
-  Trace(label);
-  Trace(text);
+void TraceLine::Add(std::string_view text) {
+  if (text.size() > line_.size() - size_) {
+    Flush();
+    if (text.size() > line_.size()) {
+      std::fwrite(text.data(), 1, text.size(), stdout);
+      return;
+    }
+  }
+  std::memcpy(line_.data() + size_, text.data(), text.size());
+  size_ += text.size();
 }
 
-void Trace(std::string_view label, const char *text) {
-  Trace(label, std::string_view(text == nullptr ? "(null)" : text));
-}
-
-void Trace(std::string_view label, int32_t number) {
-  std::array<char, std::numeric_limits<int32_t>::digits10 + 3> digits;
-  const auto written = std::to_chars(digits.begin(), digits.end(), number);
-  Trace(label,
-        std::string_view(digits.data(), static_cast<std::size_t>(written.ptr - digits.data())));
+void TraceLine::Flush() {
+  if (size_ > 0) std::fwrite(line_.data(), 1, size_, stdout);
+  size_ = 0;
 }
 
 }  // namespace qn
