@@ -1,0 +1,138 @@
+// Whole exchanges with a local origin: this library beside loops on bare
+// sockets and beside libcurl. What counts is the client's CPU per exchange; the
+// origin is another process, on another processor where there is one.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "clients.h"
+#include "exchange_report.h"
+#include "origin.h"
+#include "platform.h"
+#include "qnstack/qn_stack_http.h"
+#include "rounds.h"
+
+namespace bench {
+namespace {
+
+constexpr std::size_t k2K = 2048;
+constexpr std::size_t k4K = 4096;
+constexpr std::size_t k64K = 65536;
+constexpr std::size_t kAllAtOnce = std::string_view::npos;
+constexpr std::size_t kPosted = 300 * 1024;
+constexpr int kDefaultRounds = 21;
+constexpr int kQuickRounds = 7;
+constexpr int kQuickPart = 10;  // of the exchanges in a slice
+
+struct Options {
+  bool quick = false;
+  int rounds = 0;  // 0: what is usual
+  std::string exchange;
+  std::string contender;
+};
+
+struct Size {
+  const char *name;
+  std::size_t sent;
+  std::size_t received;
+  int count;
+};
+constexpr Size kSizes[] = {
+    {"GET 1 KB", 0, 1024, 600},         {"GET 30 KB", 0, 30 * 1024, 400},
+    {"GET 300 KB", 0, 300 * 1024, 150}, {"GET 64 MB", 0, std::size_t{64} << 20, 1},
+    {"POST 300 KB", kPosted, 64, 40},
+};
+
+// The library traces to standard output; the report goes where it led before.
+std::FILE *MoveReportOffStandardOutput() {
+  std::FILE *report = fdopen(dup(STDOUT_FILENO), "w");
+  const int null = open("/dev/null", O_WRONLY);
+  if (report == nullptr || null < 0 || dup2(null, STDOUT_FILENO) < 0) Fail("no place for output");
+  close(null);
+  return report;
+}
+
+std::vector<Contender> ContendersFor(const Exchange &exchange, const std::string &wanted) {
+  const std::vector<Contender> all = {
+      {kLoop2K, BareClient(exchange, k2K, k2K)},
+      {kLoop64K, BareClient(exchange, kAllAtOnce, k64K)},
+      {kCurlReused, CurlClient(exchange, Handle::kReused)},
+      {kCurlFresh, CurlClient(exchange, Handle::kFresh)},
+      {kLibrary4K, LibraryClient(exchange, k4K)},
+      {kLibrary64K, LibraryClient(exchange, k64K)},
+  };
+  std::vector<Contender> chosen;
+  for (const Contender &contender : all) {
+    if (contender.name.find(wanted) != std::string::npos) chosen.push_back(contender);
+  }
+  if (chosen.empty()) Fail("no contender is called " + wanted);
+  return chosen;
+}
+
+// Through a proxy the host is a name that only the proxy would resolve.
+Exchange MakeExchange(const Size &size, std::uint16_t port, bool through_proxy,
+                      std::string_view body, const Options &options) {
+  const std::string host =
+      through_proxy ? "origin.test" : kOriginAddress + (":" + std::to_string(port));
+  Exchange exchange{.name = size.name,
+                    .url = "http://" + host + "/" + std::to_string(size.received),
+                    .port = port,
+                    .through_proxy = through_proxy,
+                    .body = body.substr(0, size.sent),
+                    .answer_bytes = size.received,
+                    .request = {},
+                    .count = size.count};
+  if (options.quick) exchange.count = 1 + exchange.count / kQuickPart;
+  fnQNStack_Http_SetProxy(through_proxy ? kOriginAddress : nullptr, port);
+  exchange.request = ComposeRequest(exchange);
+  return exchange;
+}
+
+std::vector<Result> Measure(std::uint16_t port, const Options &options) {
+  const std::string body(kPosted, 'b');
+  const int usual = options.quick ? kQuickRounds : kDefaultRounds;
+  std::vector<Result> results;
+  for (const Size &size : kSizes) {
+    if (std::string(size.name).find(options.exchange) == std::string::npos) continue;
+    for (const bool through_proxy : {false, true}) {
+      const Exchange exchange = MakeExchange(size, port, through_proxy, body, options);
+      results.push_back({size.name, through_proxy,
+                         MeasureInRounds(exchange, ContendersFor(exchange, options.contender),
+                                         options.rounds > 0 ? options.rounds : usual)});
+    }
+  }
+  if (results.empty()) Fail("no exchange is called " + options.exchange);
+  return results;
+}
+
+void Run(const Options &options) {
+  const std::vector<int> cpus = AllowedCpus();
+  const bool apart = cpus.size() > 1;
+  std::FILE *report = MoveReportOffStandardOutput();
+  const Origin origin(apart ? cpus.back() : -1);
+  if (apart) RunOn(cpus.front());
+  if (fnQNStack_Http_InitStack() != 0) Fail("the stack does not start");
+  Report(report, Measure(origin.port(), options));
+  fnQNStack_Http_CloseStack();
+  std::fclose(report);
+}
+
+}  // namespace
+}  // namespace bench
+
+int main(int argc, char **argv) {
+  bench::Options options;
+  CLI::App app("measures whole exchanges beside bare sockets and libcurl");
+  app.add_flag("--quick", options.quick, "a few seconds; shows that all works, not how fast");
+  app.add_option("--rounds", options.rounds, "rounds of each exchange")->check(CLI::PositiveNumber);
+  app.add_option("--exchange", options.exchange, "only those with this in their name");
+  app.add_option("--contender", options.contender, "only those with this in their name");
+  CLI11_PARSE(app, argc, argv);
+  bench::Run(options);
+  return 0;
+}

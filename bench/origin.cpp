@@ -1,0 +1,140 @@
+#include "origin.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <csignal>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform.h"
+
+namespace bench {
+namespace {
+
+constexpr std::size_t kBlock = 512 * 1024;  // most bytes of one send
+constexpr std::string_view kHeaderEnd = "\r\n\r\n";
+
+std::size_t NumberAt(std::string_view text) {
+  std::size_t number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
+// What the header says: the size of the answer's body and of the request's.
+std::size_t AnswerBytes(std::string_view header) {
+  const std::string_view line = header.substr(0, header.find(" HTTP/"));
+  return NumberAt(line.substr(line.rfind('/') + 1));
+}
+
+std::size_t BodyBytes(std::string_view header) {
+  constexpr std::string_view kName = "\r\nContent-Length: ";
+  const std::size_t found = header.find(kName);
+  return found == std::string_view::npos ? 0 : NumberAt(header.substr(found + kName.size()));
+}
+
+// Reads one request to its end; gives the size of the answer's body, or nothing
+// when the client closed before.
+std::optional<std::size_t> ReadRequest(int fd, std::string &room) {
+  std::string header;
+  while (header.find(kHeaderEnd) == std::string::npos) {
+    const ssize_t received = recv(fd, room.data(), room.size(), 0);
+    if (received <= 0) return std::nullopt;
+    header.append(room, 0, static_cast<std::size_t>(received));
+  }
+  const std::size_t body_start = header.find(kHeaderEnd) + kHeaderEnd.size();
+  std::size_t come = header.size() - body_start;
+  const std::size_t expected = BodyBytes(header);
+  while (come < expected) {
+    const ssize_t received = recv(fd, room.data(), room.size(), 0);
+    if (received <= 0) return std::nullopt;
+    come += static_cast<std::size_t>(received);
+  }
+  return AnswerBytes(header);
+}
+
+bool SendAll(int fd, std::string_view bytes, int flags) {
+  while (!bytes.empty()) {
+    const ssize_t sent = send(fd, bytes.data(), bytes.size(), flags | MSG_NOSIGNAL);
+    if (sent <= 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(sent));
+  }
+  return true;
+}
+
+void Answer(int fd, std::size_t size, std::string_view block) {
+  const std::string header =
+      "HTTP/1.0 200 OK\r\n"
+      "Date: Mon, 06 Jan 2020 10:00:00 GMT\r\n"
+      "Server: origin\r\n"
+      "Content-Type: application/octet-stream\r\n"
+      "Content-Length: " +
+      std::to_string(size) +
+      "\r\n"
+      "Connection: close\r\n"
+      "\r\n";
+  // The header goes out together with the start of the body.
+  bool sound = SendAll(fd, header, size > 0 ? MSG_MORE : 0);
+  while (sound && size > 0) {
+    const std::string_view piece = block.substr(0, std::min(size, block.size()));
+    sound = SendAll(fd, piece, 0);
+    size -= piece.size();
+  }
+}
+
+[[noreturn]] void Serve(int listener) {
+  const std::string block(kBlock, 'x');
+  std::string room(kBlock, '\0');
+  while (true) {
+    const int fd = accept(listener, nullptr, nullptr);
+    if (fd < 0) continue;
+    if (const auto size = ReadRequest(fd, room)) Answer(fd, *size, block);
+    close(fd);
+  }
+}
+
+int Listen(std::uint16_t &port) {
+  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t length = sizeof address;
+  auto *any = reinterpret_cast<sockaddr *>(&address);
+  if (bind(listener, any, length) != 0 || listen(listener, SOMAXCONN) != 0 ||
+      getsockname(listener, any, &length) != 0) {
+    Fail("the origin cannot listen on a loopback port");
+  }
+  port = ntohs(address.sin_port);
+  return listener;
+}
+
+}  // namespace
+
+Origin::Origin(int cpu) {
+  const int listener = Listen(port_);
+  process_ = fork();
+  if (process_ < 0) Fail("the origin cannot be forked");
+  if (process_ == 0) {
+    // A client that is killed takes its origin along.
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    prctl(PR_SET_NAME, "origin");
+    RunOn(cpu);
+    Serve(listener);
+  }
+  close(listener);
+}
+
+Origin::~Origin() {
+  kill(process_, SIGKILL);
+  waitpid(process_, nullptr, 0);
+}
+
+}  // namespace bench
