@@ -3,9 +3,9 @@
 // around its transfers.
 #include "qnstack/qn_stack_http_cache.h"
 
-#include <array>
 #include <cstring>
 
+#include "qn_fs_filebuffer_internal.h"
 #include "qn_owned.h"
 #include "qn_stack_http_cache_internal.h"
 #include "qnstack/qn_fs_file.h"
@@ -26,10 +26,6 @@ int32_t Sum(int32_t a, int32_t b) {
 
 int32_t Difference(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
-}
-
-void WriteText(QNFSBuffer *record, const char *text) {
-  fnQNFS_Buffer_WriteString(record, text, static_cast<int32_t>(fnQN_STRLEN(text)));
 }
 
 }  // namespace
@@ -54,8 +50,8 @@ void *qn::fnQNStack_Cache_Read_Record(QNFSBuffer *record) {
 
 void qn::fnQNStack_Cache_Write_Record(QNFSBuffer *record, void *entry) {
   const auto *cached = static_cast<const QNCacheEntry *>(entry);
-  WriteText(record, cached->url);
-  WriteText(record, cached->label);
+  WriteTextField(record, cached->url);
+  WriteTextField(record, cached->label);
   fnQNFS_Buffer_WriteInteger(record, cached->file_no);
   fnQNFS_Buffer_WriteInteger(record, cached->size);
   fnQNFS_Buffer_WriteLong(record, cached->expires);
@@ -88,9 +84,7 @@ void qn::init_node_filename(int32_t file_no, char *name) {
 }
 
 int32_t qn::delete_node_filename(const QNCacheEntry *entry) {
-  std::array<char, kBodyNameBytes> name = {};
-  init_node_filename(entry->file_no, name.data());
-  const int32_t result = fnQNFS_DeleteFile(name.data());
+  const int32_t result = fnQNFS_DeleteFile(BodyName(entry->file_no).Text());
   http_cache_items = Difference(http_cache_items, 1);
   http_cache_size = Difference(http_cache_size, entry->size);
   return result;
@@ -133,10 +127,8 @@ QNList *fnQNFS_http_cache_list(void) {
 }
 
 int32_t fnQNStack_Cache_LoadFileToBuffer(int32_t file_no, void *destination, int32_t maximum) {
-  std::array<char, qn::kBodyNameBytes> name = {};
   int32_t count = 0;
-  qn::init_node_filename(file_no, name.data());
-  return fnQNFS_ReadFromFile(name.data(), maximum, destination, &count);
+  return fnQNFS_ReadFromFile(qn::BodyName(file_no).Text(), maximum, destination, &count);
 }
 
 int32_t fnQNStack_Cache_Delete_All(void) {

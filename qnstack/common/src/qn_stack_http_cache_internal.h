@@ -2,6 +2,7 @@
 #ifndef QNSTACK_QN_STACK_HTTP_CACHE_INTERNAL_H
 #define QNSTACK_QN_STACK_HTTP_CACHE_INTERNAL_H
 
+#include <array>
 #include <cstdint>
 
 #include "qnstack/qn_fs_filebuffer.h"
@@ -43,6 +44,16 @@ int fnQNStack_Cache_Compare_FileID(const void *key, const void *stored);
 
 // Writes the name of a body file into `name` of kBodyNameBytes bytes.
 void init_node_filename(int32_t file_no, char *name);
+
+// The name of a body file.
+class BodyName {
+ public:
+  explicit BodyName(int32_t file_no) { init_node_filename(file_no, name_.data()); }
+  const char *Text() const { return name_.data(); }
+
+ private:
+  std::array<char, kBodyNameBytes> name_ = {};
+};
 
 // Deletes an entry's body file and takes the entry off the counters; the list
 // is the caller's to change. Gives what the deletion gave.

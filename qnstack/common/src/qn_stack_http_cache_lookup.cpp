@@ -1,6 +1,5 @@
 // What goes into the cache, what is thrown out for it, and how an entry is
 // found again. Owns nothing; the store has the index.
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -93,19 +92,6 @@ int32_t FreeFileNumber() {
   return key.file_no;
 }
 
-int32_t WriteBody(int32_t file_no, const Body &body) {
-  std::array<char, qn::kBodyNameBytes> name = {};
-  qn::init_node_filename(file_no, name.data());
-  return fnQNFS_WriteToFile(body.bytes, body.length, name.data());
-}
-
-// A body without an entry would stay until all are deleted.
-void DeleteBody(int32_t file_no) {
-  std::array<char, qn::kBodyNameBytes> name = {};
-  qn::init_node_filename(file_no, name.data());
-  fnQNFS_DeleteFile(name.data());
-}
-
 QNListNode *FindNode(const char *url) {
   if (fnQNFS_http_cache_list() == nullptr) return nullptr;
   QNCacheEntry key = {};
@@ -144,9 +130,11 @@ int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *bod
   entry->expires = expires;
   entry->stored_at = fnQNFS_getLocalTime();
   entry->file_no = FreeFileNumber();
-  if (WriteBody(entry->file_no, saved) == -1) return 0;
+  const qn::BodyName name(entry->file_no);
+  if (fnQNFS_WriteToFile(body, length, name.Text()) == -1) return 0;
   if (fnQNList_AddFront(qn::http_cache_list, entry.get()) == nullptr) {
-    DeleteBody(entry->file_no);
+    // Without its entry the body would stay until all are deleted.
+    fnQNFS_DeleteFile(name.Text());
     return 0;
   }
   (void)entry.release();  // the list's now

@@ -11,6 +11,7 @@
 #include <limits>
 #include <string_view>
 
+#include "qn_fs_filebuffer_internal.h"
 #include "qn_owned.h"
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_share_string.h"
@@ -105,6 +106,12 @@ void fnQNFS_Init_Buffer(QNFSBuffer *record, uint32_t capacity) {
 
 void fnQNFS_Buffer_WriteString(QNFSBuffer *record, const char *string, int32_t length) {
   Put(record, string, length, string == nullptr || fnQN_STRCMP(string, "\n") != 0);
+}
+
+void qn::WriteTextField(QNFSBuffer *record, const char *text) {
+  const std::size_t length = fnQN_STRLEN(text);
+  if (length > std::numeric_limits<int32_t>::max()) return;
+  fnQNFS_Buffer_WriteString(record, text, static_cast<int32_t>(length));
 }
 
 void fnQNFS_Buffer_WriteMem(QNFSBuffer *record, const void *block, int32_t length) {

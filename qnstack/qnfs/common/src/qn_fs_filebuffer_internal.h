@@ -12,6 +12,10 @@ namespace qn {
 // Bytes that a file may grow by between two saves.
 inline constexpr int32_t kFileHeadroom = 10000;
 
+// fnQNFS_Buffer_WriteString() of a whole string; one beyond its count's 32
+// bits is not written.
+void WriteTextField(QNFSBuffer *record, const char *text);
+
 // A buffer on the heap, freed at the end of its scope. One zero byte stands
 // behind its capacity, as a field may fill it to the end.
 class FileImage {

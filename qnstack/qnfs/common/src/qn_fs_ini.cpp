@@ -3,7 +3,6 @@
 #include "qnstack/qn_fs_ini.h"
 
 #include <cstdint>
-#include <limits>
 
 #include "qn_fs_filebuffer_internal.h"
 #include "qn_owned.h"
@@ -12,12 +11,6 @@
 #include "qnstack/qn_share_string.h"
 
 namespace {
-
-void WriteText(QNFSBuffer *record, const char *text) {
-  const std::size_t length = fnQN_STRLEN(text);
-  if (length > std::numeric_limits<int32_t>::max()) return;
-  fnQNFS_Buffer_WriteString(record, text, static_cast<int32_t>(length));
-}
 
 // Appends an entry that takes over both strings. 1, or 0 with both freed if
 // one is missing or the heap refuses the rest.
@@ -66,8 +59,8 @@ int32_t fnQNFS_Write_INI_To_File(const char *name, QNList *list) {
   if (!image.IsAllocated()) return 0;
   for (const QNListNode *node = fnQNList_BeginIter(list); node != nullptr; node = node->next) {
     const auto *entry = static_cast<const QNFSIniEntry *>(node->data);
-    WriteText(image.Record(), entry->key);
-    WriteText(image.Record(), entry->value);
+    qn::WriteTextField(image.Record(), entry->key);
+    qn::WriteTextField(image.Record(), entry->value);
     fnQNFS_Buffer_WriteLineTag(image.Record());
   }
   return image.Write(name);
