@@ -20,7 +20,7 @@
 namespace bench {
 namespace {
 
-constexpr std::size_t kBlock = 512 * 1024;  // most bytes of one send
+constexpr std::size_t kBlock = 1 << 19;  // most bytes of one send
 constexpr std::string_view kHeaderEnd = "\r\n\r\n";
 
 std::size_t NumberAt(std::string_view text) {

@@ -37,7 +37,7 @@ Spread SpreadOf(std::vector<double> values) {
   if (values.empty()) return {};
   std::sort(values.begin(), values.end());
   const std::size_t last = values.size() - 1;
-  return {values[last / 4], (values[last / 2] + values[(last + 1) / 2]) / 2,
+  return {values.front(), values[last / 4], (values[last / 2] + values[(last + 1) / 2]) / 2,
           values[last - last / 4]};
 }
 

@@ -25,8 +25,9 @@ struct Series {
   int stalls = 0;  // exchanges that took longer than a delayed acknowledgement
 };
 
-// The median of a series and the quartiles around it.
+// The least of a series, its median and the quartiles around that.
 struct Spread {
+  double least = 0;
   double low = 0;
   double median = 0;
   double high = 0;
