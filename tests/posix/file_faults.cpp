@@ -17,6 +17,9 @@
 #include <cstdlib>
 #include <type_traits>
 
+#include "support/call_faults.h"
+#include "support/wrapped_close.h"
+
 // NOLINTBEGIN(bugprone-reserved-identifier): the linker's names.
 extern "C" {
 int __real_open(const char *name, int flags, ...);
@@ -31,7 +34,6 @@ int __real_ftruncate(int fd, off_t size);
 int __real_renameat(int from_folder, const char *from, int to_folder, const char *to);
 int __real_unlinkat(int folder, const char *name, int flags);
 int __real_mkdirat(int folder, const char *name, mode_t mode);
-int __real_close(int fd);
 int __real_flock(int fd, int operation);
 int __real_fstat(int fd, struct stat *status);
 int __real_fstatat(int folder, const char *name, struct stat *status, int flags);
@@ -53,32 +55,36 @@ bool TakesSpace(std::string_view name) {
   return std::find(kTaking.begin(), kTaking.end(), name) != kTaking.end();
 }
 
+// The part of a fault that is a plain failure.
+CallFault CallFaultOf(const FileFault &fault) {
+  const bool onwards = fault.kind == FaultKind::kFailOnwards;
+  if (!onwards && fault.kind != FaultKind::kFail) return {};
+  return {.at = fault.at, .onwards = onwards, .error = fault.error};
+}
+
 }  // namespace
 
 struct FileCalls {
-  // Counts the call; true if the fault lets it fail, with errno set.
+  // Counts the call; true if a fault lets it fail, with errno set.
   static bool Fails(std::string_view name) {
-    FileFaults &faults = *active;
-    faults.names_.push_back(name);
-    const FileFault &fault = faults.fault_;
+    if (CallFaults::Fail(kFileCalls, name)) return true;
+    if (active == nullptr) return false;
     if (IsDue(FaultKind::kEnd)) _exit(FileFaults::kEndStatus);
-    const bool onwards = faults.Count() >= fault.at;
-    const bool fails = IsDue(FaultKind::kFail) ||
-                       (fault.kind == FaultKind::kFailOnwards && onwards) ||
-                       (fault.kind == FaultKind::kFullOnwards && onwards && TakesSpace(name));
-    if (fails) errno = fault.error;
-    return fails;
+    const FileFault &fault = active->fault_;
+    if (fault.kind != FaultKind::kFullOnwards || active->Count() < fault.at) return false;
+    if (!TakesSpace(name)) return false;
+    errno = fault.error;
+    return true;
   }
 
   static bool IsDue(FaultKind kind) {
-    return active->fault_.kind == kind && active->Count() == active->fault_.at;
+    return active != nullptr && active->fault_.kind == kind && active->Count() == active->fault_.at;
   }
 
   // Makes a call that moves no bytes.
   template <typename Call>
   static auto Make(std::string_view name, Call call) -> decltype(call()) {
     using Result = decltype(call());
-    if (active == nullptr) return call();
     if (Fails(name)) {
       if constexpr (std::is_pointer_v<Result>) {
         return nullptr;
@@ -94,19 +100,26 @@ struct FileCalls {
   // Makes a call that closes: what fails is closed too.
   template <typename Call>
   static int Close(std::string_view name, Call call) {
-    if (active == nullptr) return call();
     const bool fails = Fails(name);
     const int error = errno;
     const int result = call();
     if (IsDue(FaultKind::kEndWithin)) _exit(FileFaults::kEndStatus);
+    if (!fails) return result;
     errno = error;
-    return fails ? -1 : result;
+    return -1;
+  }
+
+  // Closes a descriptor whose call has been counted.
+  static int CloseCounted(int fd) {
+    if (IsDue(FaultKind::kEnd)) _exit(FileFaults::kEndStatus);
+    const int result = CloseDescriptor(fd);
+    if (IsDue(FaultKind::kEndWithin)) _exit(FileFaults::kEndStatus);
+    return result;
   }
 
   // Makes a call that moves `count` bytes.
   template <typename Call>
   static ssize_t Move(std::string_view name, std::size_t count, Call call) {
-    if (active == nullptr) return call(count);
     if (Fails(name)) return -1;
     if (IsDue(FaultKind::kShort)) return call(std::min<std::size_t>(count, 1));
     if (!IsDue(FaultKind::kEndWithin)) return call(count);
@@ -117,9 +130,8 @@ struct FileCalls {
   static int ResolvingError() { return active == nullptr ? 0 : active->resolving_error_; }
 };
 
-FileFaults::FileFaults(FileFault fault) : fault_(fault) {
-  if (active != nullptr) std::abort();  // a mistake in the test
-  names_.reserve(1000);
+FileFaults::FileFaults(FileFault fault)
+    : fault_(fault), calls_(kFileCalls, CallFaultOf(fault)), close_(FileCalls::CloseCounted) {
   active = this;
 }
 
@@ -181,8 +193,8 @@ ssize_t __wrap_pwrite(int fd, const void *bytes, size_t count, off_t position) {
 }
 
 int __wrap_fsync(int fd) {
-  if (qntest::active == nullptr) return __real_fsync(fd);
-  return FileCalls::Make("fsync", [] { return 0; });
+  const bool forced = !qntest::CallFaults::Watches(qntest::kFileCalls);
+  return FileCalls::Make("fsync", [=] { return forced ? __real_fsync(fd) : 0; });
 }
 
 int __wrap_ftruncate(int fd, off_t size) {
@@ -200,10 +212,6 @@ int __wrap_unlinkat(int folder, const char *name, int flags) {
 
 int __wrap_mkdirat(int folder, const char *name, mode_t mode) {
   return FileCalls::Make("mkdirat", [=] { return __real_mkdirat(folder, name, mode); });
-}
-
-int __wrap_close(int fd) {
-  return FileCalls::Close("close", [=] { return __real_close(fd); });
 }
 
 int __wrap_flock(int fd, int operation) {

@@ -10,6 +10,9 @@
 #include <string_view>
 #include <vector>
 
+#include "support/call_faults.h"
+#include "support/wrapped_close.h"
+
 namespace qntest {
 
 enum class FaultKind {
@@ -45,15 +48,16 @@ class FileFaults {
   void TakeResolvingAway(int error) { resolving_error_ = error; }
 
   // The calls so far, by their function's names.
-  const std::vector<std::string_view> &Names() const { return names_; }
-  int Count() const { return static_cast<int>(names_.size()); }
+  const std::vector<std::string_view> &Names() const { return calls_.Names(); }
+  int Count() const { return calls_.Count(); }
 
  private:
   friend struct FileCalls;
 
-  FileFault fault_;
+  const FileFault fault_;
   int resolving_error_ = 0;
-  std::vector<std::string_view> names_;
+  CallFaults calls_;
+  const ScopedClose close_;
 };
 
 }  // namespace qntest

@@ -3,45 +3,23 @@
 // sanitizer's).
 #include "support/failing_heap.h"
 
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 namespace {
 
-struct HeapState {
-  bool armed;
-  int first_refused;
-  bool refuse_rest;
-  int allocations;
-  int refusals;
-  size_t bytes_asked;
-  int frees;
-};
-
-constinit HeapState state = {};
-
-bool IsRefused(int allocation) {
-  if (state.first_refused == qntest::FailingHeap::kCountOnly) {
-    return false;
-  }
-  return allocation == state.first_refused ||
-         (state.refuse_rest && allocation > state.first_refused);
+// Counts one allocation; false when it is to be refused.
+bool Admit(std::string_view name, size_t bytes) {
+  qntest::CallFaults::NoteBytesAsked(bytes);
+  return !qntest::CallFaults::Fail(qntest::kHeapCalls, name);
 }
 
-// Counts one allocation; false when it is to be refused.
-bool Admit(size_t bytes) {
-  if (!state.armed) {
-    return true;
-  }
-  ++state.allocations;
-  state.bytes_asked += bytes;
-  if (!IsRefused(state.allocations)) {
-    return true;
-  }
-  ++state.refusals;
-  errno = ENOMEM;
-  return false;
+// A block on its way to the caller.
+template <typename T>
+T *Given(T *block) {
+  if (block != nullptr) qntest::CallFaults::NoteBlock();
+  return block;
 }
 
 }  // namespace
@@ -62,54 +40,28 @@ void *__wrap_realloc(void *block, size_t size);
 char *__wrap_strdup(const char *text);
 void __wrap_free(void *block);
 
-void *__wrap_malloc(size_t size) { return Admit(size) ? __real_malloc(size) : nullptr; }
+void *__wrap_malloc(size_t size) {
+  return Admit("malloc", size) ? Given(__real_malloc(size)) : nullptr;
+}
 
 void *__wrap_calloc(size_t count, size_t size) {
-  return Admit(count * size) ? __real_calloc(count, size) : nullptr;
+  return Admit("calloc", count * size) ? Given(__real_calloc(count, size)) : nullptr;
 }
 
 void *__wrap_realloc(void *block, size_t size) {
-  return Admit(size) ? __real_realloc(block, size) : nullptr;
+  if (!Admit("realloc", size)) return nullptr;
+  void *resized = __real_realloc(block, size);
+  return block == nullptr ? Given(resized) : resized;
 }
 
 char *__wrap_strdup(const char *text) {
-  return Admit(std::strlen(text) + 1) ? __real_strdup(text) : nullptr;
+  return Admit("strdup", std::strlen(text) + 1) ? Given(__real_strdup(text)) : nullptr;
 }
 
 void __wrap_free(void *block) {
-  if (state.armed && block != nullptr) {
-    ++state.frees;
-  }
+  if (block != nullptr) qntest::CallFaults::NoteFree();
   __real_free(block);
 }
 
 }  // extern "C"
 // NOLINTEND(bugprone-reserved-identifier)
-
-namespace qntest {
-
-FailingHeap::FailingHeap(int first_refused, Reach reach) {
-  // Two at once would disturb each other's counts: a mistake in the test.
-  if (state.armed) {
-    std::abort();
-  }
-  state = HeapState{.armed = true,
-                    .first_refused = first_refused,
-                    .refuse_rest = reach == Reach::kRest,
-                    .allocations = 0,
-                    .refusals = 0,
-                    .bytes_asked = 0,
-                    .frees = 0};
-}
-
-FailingHeap::~FailingHeap() { state.armed = false; }
-
-int FailingHeap::Allocations() const { return state.allocations; }
-
-int FailingHeap::Refusals() const { return state.refusals; }
-
-size_t FailingHeap::BytesAsked() const { return state.bytes_asked; }
-
-int FailingHeap::Frees() const { return state.frees; }
-
-}  // namespace qntest

@@ -8,6 +8,8 @@
 
 #include <cstddef>
 
+#include "support/call_faults.h"
+
 namespace qntest {
 
 // While an object of this class lives the heap is armed; keep its scope to the
@@ -29,22 +31,23 @@ class FailingHeap {
   // The first_refused-th allocation from now on (counted from 1) gives NULL
   // with errno ENOMEM. With kCountOnly nothing is refused.
   static constexpr int kCountOnly = 0;
-  explicit FailingHeap(int first_refused, Reach reach = Reach::kOne);
-  ~FailingHeap();
-  FailingHeap(const FailingHeap &) = delete;
-  FailingHeap &operator=(const FailingHeap &) = delete;
+  explicit FailingHeap(int first_refused, Reach reach = Reach::kOne)
+      : calls_(kHeapCalls, {.at = first_refused, .onwards = reach == Reach::kRest}) {}
 
   // Allocations asked for since this object was made, refused ones included.
-  int Allocations() const;
+  int Allocations() const { return calls_.Count(); }
 
   // How many of them were refused.
-  int Refusals() const;
+  int Refusals() const { return calls_.Failures(); }
 
   // The sum of the bytes they asked for.
-  size_t BytesAsked() const;
+  size_t BytesAsked() const { return calls_.Heap().bytes_asked; }
 
   // Blocks given back through free() since this object was made.
-  int Frees() const;
+  int Frees() const { return calls_.Heap().frees; }
+
+ private:
+  CallFaults calls_;
 };
 
 }  // namespace qntest

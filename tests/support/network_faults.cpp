@@ -14,6 +14,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "support/call_faults.h"
+#include "support/wrapped_close.h"
+
 // The names are the linker's.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
@@ -22,7 +25,6 @@ int __real_socket(int domain, int type, int protocol);
 int __real_connect(int fd, const sockaddr *address, socklen_t length);
 ssize_t __real_send(int fd, const void *bytes, size_t count, int flags);
 ssize_t __real_recv(int fd, void *bytes, size_t count, int flags);
-int __real_close(int fd);
 int __real_setsockopt(int fd, int level, int option, const void *value, socklen_t length);
 hostent *__real_gethostbyname(const char *name);
 
@@ -30,7 +32,6 @@ int __wrap_socket(int domain, int type, int protocol);
 int __wrap_connect(int fd, const sockaddr *address, socklen_t length);
 ssize_t __wrap_send(int fd, const void *bytes, size_t count, int flags);
 ssize_t __wrap_recv(int fd, void *bytes, size_t count, int flags);
-int __wrap_close(int fd);
 int __wrap_setsockopt(int fd, int level, int option, const void *value, socklen_t length);
 hostent *__wrap_gethostbyname(const char *name);
 
@@ -142,6 +143,7 @@ struct NetworkCalls {
     if (!Scripted(faults.NextReaction("connect"), result)) {
       result = Offline(faults) && IsMadeUp(fd) ? 0 : ConnectHere(faults, fd, peer, endpoint);
     }
+    if (result == 0) faults.MeetNextPeer();
     faults.Record({.name = "connect",
                    .fd = fd,
                    .asked = length,
@@ -178,7 +180,7 @@ struct NetworkCalls {
   static int Close(NetworkFaults &faults, int fd) {
     std::int64_t result = 0;
     if (!Scripted(faults.NextReaction("close"), result) && !IsMadeUp(fd)) {
-      result = __real_close(fd);
+      result = CloseDescriptor(fd);
     }
     faults.Record({"close", fd, 0, 0, {}, result});
     return static_cast<int>(result);
@@ -256,7 +258,8 @@ struct NetworkCalls {
   }
 };
 
-NetworkFaults::NetworkFaults(Mode mode) : mode_(mode) {
+NetworkFaults::NetworkFaults(Mode mode)
+    : mode_(mode), close_([](int fd) { return NetworkCalls::Close(*active, fd); }) {
   if (active != nullptr) std::abort();  // a mistake in the test
   active = this;
 }
@@ -269,6 +272,16 @@ void NetworkFaults::Script(std::string_view name, Reaction reaction) {
 
 void NetworkFaults::Script(std::string_view name, const std::vector<Reaction> &reactions) {
   for (const Reaction &reaction : reactions) Script(name, reaction);
+}
+
+void NetworkFaults::AddPeer(const std::vector<Reaction> &receives) {
+  peers_.emplace_back(receives.begin(), receives.end());
+}
+
+void NetworkFaults::MeetNextPeer() {
+  if (peers_.empty()) return;
+  scripts_["recv"] = std::move(peers_.front());
+  peers_.pop_front();
 }
 
 void NetworkFaults::AddHost(std::string host, std::vector<std::string> addresses) {
@@ -313,38 +326,41 @@ Reaction NetworkFaults::NextReaction(std::string_view name) {
 extern "C" {
 
 using qntest::active;
+using qntest::CallFaults;
 using qntest::NetworkCalls;
 
 int __wrap_socket(int domain, int type, int protocol) {
+  if (CallFaults::Fail(qntest::kNetworkCalls, "socket")) return -1;
   return active != nullptr ? NetworkCalls::Socket(*active, domain, type, protocol)
                            : __real_socket(domain, type, protocol);
 }
 
 int __wrap_connect(int fd, const sockaddr *address, socklen_t length) {
+  if (CallFaults::Fail(qntest::kNetworkCalls, "connect")) return -1;
   return active != nullptr ? NetworkCalls::Connect(*active, fd, address, length)
                            : __real_connect(fd, address, length);
 }
 
 ssize_t __wrap_send(int fd, const void *bytes, size_t count, int flags) {
+  if (CallFaults::Fail(qntest::kNetworkCalls, "send")) return -1;
   return active != nullptr ? NetworkCalls::Send(*active, fd, bytes, count, flags)
                            : __real_send(fd, bytes, count, flags);
 }
 
 ssize_t __wrap_recv(int fd, void *bytes, size_t count, int flags) {
+  if (CallFaults::Fail(qntest::kNetworkCalls, "recv")) return -1;
   return active != nullptr ? NetworkCalls::Receive(*active, fd, bytes, count, flags)
                            : __real_recv(fd, bytes, count, flags);
 }
 
-int __wrap_close(int fd) {
-  return active != nullptr ? NetworkCalls::Close(*active, fd) : __real_close(fd);
-}
-
 int __wrap_setsockopt(int fd, int level, int option, const void *value, socklen_t length) {
+  if (CallFaults::Fail(qntest::kNetworkCalls, "setsockopt")) return -1;
   return active != nullptr ? NetworkCalls::SetOption(*active, fd, level, option, value, length)
                            : __real_setsockopt(fd, level, option, value, length);
 }
 
 hostent *__wrap_gethostbyname(const char *name) {
+  if (CallFaults::Fail(qntest::kNetworkCalls, "gethostbyname")) return qntest::UnknownHost();
   if (active != nullptr) return NetworkCalls::Resolve(*active, name);
   return qntest::IsDottedAddress(name) ? __real_gethostbyname(name) : qntest::UnknownHost();
 }

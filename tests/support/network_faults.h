@@ -16,6 +16,8 @@
 #include <utility>
 #include <vector>
 
+#include "support/wrapped_close.h"
+
 namespace qntest {
 
 // What one scripted call does; made by the functions below.
@@ -66,6 +68,10 @@ class NetworkFaults {
   void Script(std::string_view name, Reaction reaction);
   void Script(std::string_view name, const std::vector<Reaction> &reactions);
 
+  // The next connection that has no peer yet receives so, whatever the ones
+  // before have left.
+  void AddPeer(const std::vector<Reaction> &receives);
+
   // What resolving `host` gives; any other name is unknown. An empty list is
   // an answer without an address.
   void AddHost(std::string host, std::vector<std::string> addresses);
@@ -87,9 +93,12 @@ class NetworkFaults {
   friend struct NetworkCalls;
 
   Reaction NextReaction(std::string_view name);
+  void MeetNextPeer();
   void Record(PlatformCall call) { calls_.push_back(std::move(call)); }
 
   const Mode mode_;
+  const ScopedClose close_;
+  std::deque<std::deque<Reaction>> peers_;
   std::map<std::string, std::deque<Reaction>, std::less<>> scripts_;
   std::map<std::string, std::vector<std::string>> hosts_;
   std::map<std::string, std::uint16_t> routes_;  // by "address:port"

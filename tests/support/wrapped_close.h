@@ -1,0 +1,26 @@
+// close() ends sockets and files alike and can be wrapped once in a program, so
+// the layers that watch either share its wrap: each may put its own close in
+// the place of the system's for as long as it lives.
+#ifndef QNSTACK_TESTS_SUPPORT_WRAPPED_CLOSE_H
+#define QNSTACK_TESTS_SUPPORT_WRAPPED_CLOSE_H
+
+namespace qntest {
+
+// Closes a descriptor; gives what close() gives.
+using CloseFunction = int (*)(int fd);
+
+// While it lives, closing in this thread goes through `close`. One at a time.
+class ScopedClose {
+ public:
+  explicit ScopedClose(CloseFunction close);
+  ~ScopedClose();
+  ScopedClose(const ScopedClose &) = delete;
+  ScopedClose &operator=(const ScopedClose &) = delete;
+};
+
+// The system's close().
+int CloseDescriptor(int fd);
+
+}  // namespace qntest
+
+#endif
