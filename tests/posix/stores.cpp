@@ -37,7 +37,10 @@ class TextList {
   explicit TextList(const Texts &texts = {}) {
     fnQNList_Init(&list_);
     for (const std::string &text : texts) {
-      fnQNList_AddTail(&list_, fnQN_MEMSTRCOPY(text.c_str()));
+      char *copy = fnQN_MEMSTRCOPY(text.c_str());
+      if (fnQNList_AddTail(&list_, copy) != nullptr) continue;
+      fnQN_Free(&copy);
+      whole_ = false;
     }
   }
   ~TextList() { fnQNList_Clear(&list_, FreeElement); }
@@ -46,8 +49,12 @@ class TextList {
 
   QNList *Get() { return &list_; }
 
+  // False where the heap refused part of it: a program would not save that.
+  bool IsWhole() const { return whole_; }
+
  private:
   QNList list_ = {};
+  bool whole_ = true;
 };
 
 // Settings, loaded.
@@ -106,12 +113,12 @@ Texts LoadRecords() {
 
 bool SaveRecords(const Texts &texts) {
   TextList list(texts);
-  return fnQNFS_Save_List_To_File(kRecordFile, list.Get(), WriteElement) == 1;
+  return list.IsWhole() && fnQNFS_Save_List_To_File(kRecordFile, list.Get(), WriteElement) == 1;
 }
 
 bool AppendRecord(const std::string &text) {
   TextList list({text});
-  return fnQNFS_Append_List_To_File(kRecordFile, list.Get(), WriteElement) == 1;
+  return list.IsWhole() && fnQNFS_Append_List_To_File(kRecordFile, list.Get(), WriteElement) == 1;
 }
 
 Texts LoadSettings() {

@@ -1,0 +1,53 @@
+// What programs do with the stores, each as one act on files that are made
+// before it, with what a program that starts anew may find afterwards. Tests
+// run an act with something going wrong in it.
+#ifndef QNSTACK_TESTS_POSIX_STORE_SCENARIOS_H
+#define QNSTACK_TESTS_POSIX_STORE_SCENARIOS_H
+
+#include <functional>
+#include <iosfwd>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "posix/stores.h"
+
+namespace qntest {
+
+struct StoreOutcome {
+  bool done = false;
+  // False where a failing call kept the old content from being taken along: the
+  // load found nothing, which it cannot tell from a file that is not there, or
+  // an append could not copy the content aside back.
+  bool took_old_along = true;
+};
+
+struct StoreScenario {
+  const char *name = "";
+  std::function<void()> prepare;      // the files, made from nothing
+  std::function<StoreOutcome()> act;  // as a program that starts anew
+  std::function<Texts()> load;        // what a program that starts anew finds
+  Texts old_content;
+  Texts new_content;
+  Texts new_alone;              // without what was there, see StoreOutcome
+  std::set<std::string> files;  // that are there after a success, below the root
+};
+
+std::vector<StoreScenario> StoreScenarios();
+
+// For the messages of failed assertions.
+void PrintTo(const StoreScenario &scenario, std::ostream *out);
+
+// Makes the scenario's files below a root that is emptied first.
+void PrepareStore(const StoreScenario &scenario, const std::string &root);
+
+// The files below the root, by their names in it.
+std::set<std::string> FilesBelow(const std::string &root);
+
+// Runs the act undisturbed on what it finds, after which there is no file that
+// it did not mean to make; the cache's own sweeping takes what is left.
+void ExpectARunCleansUp(const StoreScenario &scenario, const std::string &root);
+
+}  // namespace qntest
+
+#endif
