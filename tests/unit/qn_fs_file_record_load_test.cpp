@@ -236,6 +236,22 @@ TEST_P(QnFsRecordLoad, EndsAndLosesNothingWhereverTheHeapRefuses) {
   }
 }
 
+TEST_P(QnFsRecordLoad, KeepsNoElementForWhichTheHeapRefusesANode) {
+  for (int refused = 1; refused <= 6; ++refused) {
+    SCOPED_TRACE(refused);
+    Files().Write(kName, "one\0\ntwo\0\n"s);
+    TextList list;
+    int blocks = 0;
+    {
+      FailingHeap heap(refused);
+      Load(list);
+      blocks = heap.Allocations() - heap.Refusals() - heap.Frees();
+    }
+
+    EXPECT_EQ(blocks, 2 * list.get()->count);
+  }
+}
+
 TEST_P(QnFsRecordLoad, LeavesNothingOnTheHeapButTheList) {
   Files().Write(kName, "one\0\ntwo\0\n"s);
   TextList list;

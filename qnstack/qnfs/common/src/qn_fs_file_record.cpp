@@ -14,7 +14,7 @@ constexpr char kSource[] = "qnstack/qnfs/common/src/qn_fs_file_record";
 constexpr char kBackupSuffix[] = ".bak";
 constexpr std::size_t kShortestWithBackup = 3;
 
-using AddFunction = QNListNode *(*)(QNList *list, void *data);
+using LinkFunction = void (*)(QNList *list, QNListNode *node);
 using StepFunction = QNListNode *(*)(const QNListNode *iter);
 
 // The log's places in a save; those of the two saves differ.
@@ -37,16 +37,34 @@ int64_t CapacityFor(const char *name) {
   return int64_t{size < 0 ? 0 : size} + qn::kFileHeadroom;
 }
 
-void Load(const char *name, QNList *list, QNFSRecordRead read, AddFunction add) {
+// Without a head the list is empty and a tail that is left over is stale.
+void LinkAtTail(QNList *list, QNListNode *node) {
+  node->prev = list->head != nullptr ? list->tail : nullptr;
+  (node->prev != nullptr ? node->prev->next : list->head) = node;
+  list->tail = node;
+  ++list->count;
+}
+
+void LinkAtFront(QNList *list, QNListNode *node) {
+  node->next = list->head;
+  (node->next != nullptr ? node->next->prev : list->tail) = node;
+  list->head = node;
+  ++list->count;
+}
+
+void Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
   if (name == nullptr || list == nullptr || read == nullptr) return;
   qn::FileImage image(CapacityFor(name));
   QNFSBuffer *record = image.Record();
   if (!image.IsAllocated() || fnQNFS_Load_File_To_Buffer(name, record) == 0) return;
   while (fnQNFS_Buffer_IsEnd(record) == 0) {
     const int32_t before = record->pos;
-    void *data = read(record);
-    if (data != nullptr) {
-      add(list, data);
+    // The node comes first: an element without one could not be released.
+    qn::Owned<QNListNode> node(qn::NewRecord<QNListNode>());
+    if (node == nullptr) return;
+    node->data = read(record);
+    if (node->data != nullptr) {
+      link(list, node.release());
     } else if (record->pos == before) {
       return;  // a reader that takes nothing and gives nothing would go on for ever
     }
@@ -81,11 +99,11 @@ int32_t Save(const char *name, const QNListNode *first, StepFunction step, QNFSR
 }  // namespace
 
 void fnQNFS_Load_File_To_List(const char *name, QNList *list, QNFSRecordRead read) {
-  Load(name, list, read, fnQNList_AddTail);
+  Load(name, list, read, LinkAtTail);
 }
 
 void fnQNFS_Load_File_To_ListEx(const char *name, QNList *list, QNFSRecordRead read) {
-  Load(name, list, read, fnQNList_AddFront);
+  Load(name, list, read, LinkAtFront);
 }
 
 int32_t fnQNFS_Save_List_To_File(const char *name, QNList *list, QNFSRecordWrite write) {
