@@ -133,8 +133,27 @@ TEST_F(QnCacheCorruptIndex, LoadsNothingButZeros) {
   EXPECT_EQ(Held(), std::vector<CachedAnswer>(100, CachedAnswer{.url = "", .label = ""}));
 }
 
-// The last allocation of such a load is the list's node for the one entry: it
-// is left out, for an element without a node is lost.
+TEST_F(QnCacheCorruptIndex, EndsBeforeTheEntryThatTheHeapRefuses) {
+  const std::string three = IndexOf(kThree);
+  int refusals = 1;
+  for (int k = 1; refusals > 0; ++k) {
+    SCOPED_TRACE(k);
+    ResetCache();
+    FilePort().files().Write(kIndexName, three);
+    {
+      FailingHeap heap(k);
+      fnQNStack_Cache_Init();
+      refusals = heap.Refusals();
+    }
+    const std::vector<CachedAnswer> held = Held();
+    ASSERT_LE(held.size(), kThree.size());
+    EXPECT_TRUE(std::equal(held.begin(), held.end(), kThree.begin()));
+    if (refusals == 0) {
+      EXPECT_EQ(held.size(), kThree.size());
+    }
+  }
+}
+
 TEST_F(QnCacheCorruptIndex, LoadsWhateverTheHeapRefuses) {
   const std::string one = IndexOf({kThree[0]});
   int allocations = 0;
@@ -144,7 +163,7 @@ TEST_F(QnCacheCorruptIndex, LoadsWhateverTheHeapRefuses) {
     fnQNStack_Cache_Init();
     allocations = heap.Allocations();
   }
-  for (int k = 1; k < allocations; ++k) {
+  for (int k = 1; k <= allocations; ++k) {
     SCOPED_TRACE(k);
     ResetCache();
     FilePort().files().Write(kIndexName, one);
@@ -154,8 +173,7 @@ TEST_F(QnCacheCorruptIndex, LoadsWhateverTheHeapRefuses) {
       EXPECT_EQ(heap.Refusals(), 1);
     }
 
-    // An entry that came in with a part missing does no harm to the calls that
-    // go over it.
+    // What came in does no harm to the calls that go over it.
     EXPECT_EQ(fnQNStack_Cache_FindbyUrl("http://none/"), nullptr);
     EXPECT_EQ(fnQNStack_Cache_Save("http://new/", nullptr, "body", 4, kFresh, 0), 1);
     EXPECT_NE(fnQNStack_Cache_FindbyUrl_NoExpired("http://new/"), nullptr);

@@ -38,14 +38,22 @@ int32_t qn::http_cache_state = kFirstMode;
 void *qn::fnQNStack_Cache_Read_Record(QNFSBuffer *record) {
   auto *entry = NewRecord<QNCacheEntry>();
   if (entry == nullptr) return nullptr;
+  const int32_t start = record == nullptr ? 0 : record->pos;
   entry->url = fnQNFS_Buffer_ReadString(record);
   entry->label = fnQNFS_Buffer_ReadString(record);
-  entry->file_no = fnQNFS_Buffer_ReadInteger(record, nullptr);
-  entry->size = fnQNFS_Buffer_ReadInteger(record, nullptr);
-  entry->expires = fnQNFS_Buffer_ReadLong(record, nullptr);
-  entry->stored_at = fnQNFS_Buffer_ReadLong(record, nullptr);
-  entry->tag = fnQNFS_Buffer_ReadInteger(record, nullptr);
-  return entry;
+  bool whole = entry->url != nullptr && entry->label != nullptr;
+  for (int32_t *number :
+       {&entry->file_no, &entry->size, &entry->expires, &entry->stored_at, &entry->tag}) {
+    int32_t status = 0;
+    *number = fnQNFS_Buffer_ReadInteger(record, &status);
+    whole = whole && status == 0;
+  }
+  if (whole || record == nullptr) return entry;
+  // A field that the heap refused was not stepped over: those behind it would
+  // be taken for others, so the index ends before this entry.
+  record->pos = start;
+  fnQNStack_Cache_FreeNode(&entry);
+  return nullptr;
 }
 
 void qn::fnQNStack_Cache_Write_Record(QNFSBuffer *record, void *entry) {
