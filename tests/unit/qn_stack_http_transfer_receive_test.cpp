@@ -7,6 +7,7 @@
 #include <string>
 
 #include "qnstack/qn_stack_http.h"
+#include "support/failing_heap.h"
 #include "support/socket_layer_faults.h"
 #include "support/transfer_test.h"
 
@@ -14,6 +15,7 @@ namespace {
 
 using qntest::Context;
 using qntest::Deliver;
+using qntest::FailingHeap;
 using qntest::FailWith;
 using qntest::Give;
 using qntest::Outcome;
@@ -75,6 +77,19 @@ TEST_F(QnStackHttpReceive, ErrorAfterSomeDataIsTheEnd) {
   const Context ctx = OpenSent();
   EXPECT_EQ(RunStep(ctx), (Outcome{0, 5, 1, -1, "socket 1 recv len:3"}));
   EXPECT_EQ(UnreadOf(ctx->recvBuf), "abc");
+}
+
+TEST_F(QnStackHttpReceive, HeapThatRefusesBytesEndsTheAnswerWithoutAHole) {
+  network_.Script("recv", {Deliver(std::string(2000, 'a')), Deliver(std::string(2000, 'b')),
+                           Deliver(std::string(2000, 'c')), Give(0)});
+  const Context ctx = OpenSent();
+  {
+    const FailingHeap heap(1, FailingHeap::Reach::kRest);
+    RunStep(ctx);
+  }
+  EXPECT_EQ(ctx->state, QN_HTTP_COMPLETE);
+  EXPECT_EQ(UnreadOf(ctx->recvBuf), std::string(2000, 'a'));
+  EXPECT_THAT(SlotTable::Taken(), IsEmpty());
 }
 
 TEST_F(QnStackHttpReceive, ErrorAfterDataThatWasTakenIsTheEndToo) {

@@ -18,7 +18,8 @@ constexpr int32_t kChunk = 2048;              // most bytes of one send or recei
 constexpr uint32_t kUnreadHighWater = 20480;  // receiving pauses above this
 constexpr int32_t kMostTries = 3000;          // calls without progress before giving up
 constexpr int32_t kGoOn = 1;                  // of a step: the next one follows in the same call
-constexpr int32_t kWouldBlock = -2;           // of the socket layer, as is the next
+constexpr int32_t kFailed = -1;               // of the socket layer, as are the next two
+constexpr int32_t kWouldBlock = -2;
 constexpr int32_t kNullDestination = -3;
 
 char buffer[kChunk];
@@ -115,6 +116,14 @@ int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
   return 0;
 }
 
+// Appends what was received beside the answer; false if the heap refuses.
+bool AppendReceived(QNMemBuffer *answer, int32_t count) {
+  const uint32_t before = answer->total;
+  qn::ExpectAnswer(answer);
+  fnQN_MemBuffer_Write(answer, buffer, count);
+  return answer->total != before;
+}
+
 // Receives one chunk, straight into the answer where that has room for it.
 int32_t ReceiveChunk(QNHttpCtx *ctx) {
   char *area = qn::WriteArea(ctx->recvBuf, kChunk);
@@ -123,9 +132,10 @@ int32_t ReceiveChunk(QNHttpCtx *ctx) {
   if (received <= 0) return received;
   if (area != nullptr) {
     qn::Written(ctx->recvBuf, area, static_cast<uint32_t>(received));
-  } else {
-    qn::ExpectAnswer(ctx->recvBuf);
-    fnQN_MemBuffer_Write(ctx->recvBuf, buffer, received);
+  } else if (!AppendReceived(ctx->recvBuf, received)) {
+    // Bytes for which there is no memory end the answer: a later piece behind
+    // them would not be what the peer sent.
+    return kFailed;
   }
   ctx->tryCount = 0;
   return received;

@@ -14,7 +14,6 @@ constexpr char kSource[] = "qnstack/qnfs/common/src/qn_fs_file_record";
 constexpr char kBackupSuffix[] = ".bak";
 constexpr std::size_t kShortestWithBackup = 3;
 
-using LinkFunction = void (*)(QNList *list, QNListNode *node);
 using StepFunction = QNListNode *(*)(const QNListNode *iter);
 
 // The log's places in a save; those of the two saves differ.
@@ -37,22 +36,15 @@ int64_t CapacityFor(const char *name) {
   return int64_t{size < 0 ? 0 : size} + qn::kFileHeadroom;
 }
 
-// Without a head the list is empty and a tail that is left over is stale.
-void LinkAtTail(QNList *list, QNListNode *node) {
-  node->prev = list->head != nullptr ? list->tail : nullptr;
-  (node->prev != nullptr ? node->prev->next : list->head) = node;
-  list->tail = node;
-  ++list->count;
-}
+// The end of a list at which a load adds.
+struct ListEnd {
+  QNListNode *(*add)(QNList *list, void *data);
+  void *(*take_back)(QNList *list);
+};
+constexpr ListEnd kTail = {fnQNList_AddTail, fnQNList_RemoveTail};
+constexpr ListEnd kFront = {fnQNList_AddFront, fnQNList_RemoveFront};
 
-void LinkAtFront(QNList *list, QNListNode *node) {
-  node->next = list->head;
-  (node->next != nullptr ? node->next->prev : list->tail) = node;
-  list->head = node;
-  ++list->count;
-}
-
-void Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
+void Load(const char *name, QNList *list, QNFSRecordRead read, const ListEnd &end) {
   if (name == nullptr || list == nullptr || read == nullptr) return;
   qn::FileImage image(CapacityFor(name));
   QNFSBuffer *record = image.Record();
@@ -60,14 +52,13 @@ void Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link
   while (fnQNFS_Buffer_IsEnd(record) == 0) {
     const int32_t before = record->pos;
     // The node comes first: an element without one could not be released.
-    qn::Owned<QNListNode> node(qn::NewRecord<QNListNode>());
+    QNListNode *node = end.add(list, record);
     if (node == nullptr) return;
     node->data = read(record);
-    if (node->data != nullptr) {
-      link(list, node.release());
-    } else if (record->pos == before) {
-      return;  // a reader that takes nothing and gives nothing would go on for ever
-    }
+    if (node->data != nullptr) continue;
+    end.take_back(list);
+    // A reader that takes nothing and gives nothing would go on for ever.
+    if (record->pos == before) return;
   }
 }
 
@@ -99,11 +90,11 @@ int32_t Save(const char *name, const QNListNode *first, StepFunction step, QNFSR
 }  // namespace
 
 void fnQNFS_Load_File_To_List(const char *name, QNList *list, QNFSRecordRead read) {
-  Load(name, list, read, LinkAtTail);
+  Load(name, list, read, kTail);
 }
 
 void fnQNFS_Load_File_To_ListEx(const char *name, QNList *list, QNFSRecordRead read) {
-  Load(name, list, read, LinkAtFront);
+  Load(name, list, read, kFront);
 }
 
 int32_t fnQNFS_Save_List_To_File(const char *name, QNList *list, QNFSRecordWrite write) {
