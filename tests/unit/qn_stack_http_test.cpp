@@ -137,6 +137,17 @@ TEST(QnStackHttpSetProxy, ReplacesTheProxyBefore) {
   EXPECT_EQ(qn::http_proxyPort, 8080);
 }
 
+TEST(QnStackHttpSetProxy, HeapThatRefusesTheNewOneLeavesTheOldOne) {
+  const HttpStack stack;
+  fnQNStack_Http_SetProxy("first", 80);
+  {
+    const FailingHeap heap(1);
+    fnQNStack_Http_SetProxy("second", 8080);
+  }
+  EXPECT_STREQ(qn::http_proxy, "first");
+  EXPECT_EQ(qn::http_proxyPort, 80);
+}
+
 TEST(QnStackHttpSetProxy, NullHostSwitchesItOffAndStillStoresThePort) {
   const HttpStack stack;
   fnQNStack_Http_SetProxy("gw", 80);

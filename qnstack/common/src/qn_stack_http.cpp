@@ -59,6 +59,9 @@ int32_t fnQNStack_Http_CloseStack(void) {
 void fnQNStack_Http_SetProxy(const char *host, int32_t port) {
   // The host may be the stored one, so it is copied before that is freed.
   char *copy = fnQNStack_StrDup(host);
+  // Without memory for the new one the old one stays: no proxy at all would
+  // send the next request past the gateway.
+  if (copy == nullptr && host != nullptr) return;
   qn::FreeText(qn::http_proxy);
   qn::http_proxy = copy;
   qn::http_proxyPort = port;
