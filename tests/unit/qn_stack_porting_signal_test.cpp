@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +13,7 @@
 
 #include "qnstack/qn_stack_porting.h"
 #include "support/network_faults.h"
+#include "support/signal_timer.h"
 #include "support/slot_table.h"
 #include "support/watchdog.h"
 
@@ -192,25 +192,19 @@ TEST_F(QnStackBrokenPipe, ReceivingFromAPeerThatIsGoneIsTheEnd) {
   EXPECT_EQ(fnQN_Stack_RecvData(kSlot, &byte, 1), 0);
 }
 
-// The timer repeats, so that a signal just before the wait does no harm.
 TEST_F(QnStackBrokenPipe, SignalInterruptsAReceiveWithMinusOne) {
-  const ScopedAction action(SIGUSR1, CountSignal);
-  timer_t timer;
-  sigevent notice = {};
-  notice.sigev_notify = SIGEV_SIGNAL;
-  notice.sigev_signo = SIGUSR1;
-  ASSERT_EQ(timer_create(CLOCK_MONOTONIC, &notice, &timer), 0);
-  const itimerspec soon = {{0, 1000000}, {0, 1000000}};
-  timer_settime(timer, 0, &soon, nullptr);
-
   char byte = 0;
-  const int32_t result = fnQN_Stack_RecvData(kSlot, &byte, 1);
-  const int32_t error = fnQN_Stack_SocketError();
+  int32_t result = 0;
+  int32_t error = 0;
+  {
+    const qntest::SignalTimer timer;
+    result = fnQN_Stack_RecvData(kSlot, &byte, 1);
+    error = fnQN_Stack_SocketError();
+  }
 
-  timer_delete(timer);
   EXPECT_EQ(result, -1);
   EXPECT_EQ(error, EINTR);
-  EXPECT_GT(signals_seen, 0);
+  EXPECT_GT(qntest::SignalTimer::Count(), 0);
 }
 
 // Runs a check in a child of its own; its result is the child's exit code.
