@@ -1,0 +1,287 @@
+// Uses of the stores on a folder of their own, and loads of them.
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <string>
+
+#include "fault/scenario.h"
+#include "posix/file_faults.h"
+#include "posix/posix_root.h"
+#include "posix/store_scenarios.h"
+#include "posix/stores.h"
+#include "qnstack/qn_fs_file.h"
+#include "qnstack/qn_stack_http.h"
+#include "qnstack/qn_stack_http_cache.h"
+#include "support/http_stack.h"
+#include "support/scratch_folder.h"
+
+namespace qntest {
+
+namespace {
+
+// What a load or a copy could not read is not there for it, and the save that
+// follows keeps the new content alone.
+constexpr char kUnread[] = "new without the old, which could not be read";
+// A load that runs out of memory ends early, and the save that follows keeps
+// what it had loaded.
+constexpr char kCut[] = "new without what the heap refused to load";
+
+// A save has its content in place and cannot delete the backup: it reports
+// success, and the next load takes the backup for the content.
+constexpr char kUndeleted[] = "old after a success that left its backup";
+
+// The start could not load the index, so it counts nothing, and the save that
+// could throws nothing out.
+constexpr char kUncounted[] = "new and all the old, which the heap refused to count";
+
+std::string Joined(const Texts &texts) {
+  std::string joined;
+  for (const std::string &text : texts) joined += text + ", ";
+  return joined;
+}
+
+// Whether `part` is `whole` with some texts taken out.
+bool IsPartOf(const Texts &part, const Texts &whole) {
+  size_t matched = 0;
+  for (const std::string &text : whole) {
+    if (matched < part.size() && part[matched] == text) ++matched;
+  }
+  return matched == part.size();
+}
+
+// A folder as the root.
+class FileScenario : public Scenario {
+ protected:
+  FileScenario() { fnQNFS_SetFullPath(folder_.path().c_str()); }
+  ~FileScenario() override {
+    ForgetCache();
+    fnQNFS_SetFullPath("");
+  }
+
+  ScratchFolder folder_;
+};
+
+// An act on a store.
+class StoreAct : public FileScenario {
+ public:
+  explicit StoreAct(StoreScenario scenario) : scenario_(std::move(scenario)) {}
+
+  void Prepare() override { PrepareStore(scenario_, folder_.path()); }
+
+  void Act() override {
+    outcome_ = scenario_.act();
+    ForgetCache();
+  }
+
+  bool Done() const override { return outcome_.done; }
+
+  std::string Seen() const override {
+    return std::string(outcome_.done ? "done" : "failed") +
+           (outcome_.took_old_along ? "" : " with nothing loaded");
+  }
+
+  Verdict Judge(bool heap_refused) override {
+    FileFaults unforced;
+    const bool backup_left = fnQNFS_isFileExisted("/data/records.bak") == 1 ||
+                             fnQNFS_isFileExisted("/data/settings.ini.bak") == 1;
+    const Texts found = scenario_.load();
+    const Verdict verdict = JudgeContent(found, heap_refused, backup_left);
+    if (!verdict.complaint.empty() || verdict.exception == kCut) return verdict;
+    const std::string left = RunAgain();
+    return left.empty() ? verdict : Broken("a run later: " + left);
+  }
+
+ private:
+  Verdict JudgeContent(const Texts &found, bool heap_refused, bool backup_left) const {
+    if (found == scenario_.new_content) return {};
+    if (found == scenario_.old_content) {
+      if (!Done() || !MustBeStored()) return {};
+      return backup_left ? Excepted(kUndeleted)
+                         : Broken("success was reported, the content is old");
+    }
+    if (!outcome_.took_old_along && found == scenario_.new_alone) return Excepted(kUnread);
+    if (heap_refused && IsPartOf(scenario_.old_content, found) &&
+        IsPartOf(scenario_.new_content, found)) {
+      return Excepted(kUncounted);
+    }
+    if (heap_refused && !found.empty() && IsPartOf(found, scenario_.new_content)) {
+      return Excepted(kCut);
+    }
+    return Broken("torn: " + Joined(found));
+  }
+
+  // A cache save is done when the body is stored, whatever became of the index,
+  // and a hit when it is found.
+  bool MustBeStored() const { return !std::string(scenario_.name).starts_with("cache"); }
+
+  // Undisturbed, the act succeeds on what is left, and sweeps.
+  std::string RunAgain() const {
+    ForgetCache();
+    const bool done = scenario_.act().done;
+    ForgetCache();
+    if (!done) return "it fails";
+    if (scenario_.files.empty()) fnQNStack_Cache_Delete_All();
+    const std::set<std::string> swept = {"wap/ca/ca.txt"};
+    const auto files = FilesBelow(folder_.path());
+    if (files == (scenario_.files.empty() ? swept : scenario_.files)) return "";
+    return "files: " + Joined({files.begin(), files.end()});
+  }
+
+  const StoreScenario scenario_;
+  StoreOutcome outcome_;
+};
+
+// A load of what was saved before: it brings all, or the front of it.
+class LoadAct : public FileScenario {
+ public:
+  LoadAct(void (*save)(), Texts (*load)(), Texts saved)
+      : save_(save), load_(load), saved_(std::move(saved)) {}
+
+  void Prepare() override {
+    FileFaults unforced;
+    fnQNFS_MkDir("/data/");
+    save_();
+  }
+
+  void Act() override {
+    found_ = load_();
+    ForgetCache();
+  }
+
+  bool Done() const override { return found_ == saved_; }
+  std::string Seen() const override { return Joined(found_); }
+
+  Verdict Judge(bool /*heap_refused*/) override {
+    const bool front =
+        found_.size() <= saved_.size() && std::equal(found_.begin(), found_.end(), saved_.begin());
+    if (!front) return Broken("loaded: " + Seen());
+    FileFaults unforced;
+    const Texts later = load_();
+    return later == saved_ ? Verdict() : Broken("the file holds: " + Joined(later));
+  }
+
+ private:
+  void (*save_)();
+  Texts (*load_)();
+  const Texts saved_;
+  Texts found_;
+};
+
+const Texts kRecords = {"first", "second", "third"};
+const Texts kSettings = {"agent=Handset/1.0", "proxy=10.0.0.1:8080", "timeout=30"};
+const Texts kIndex = {"a NULL 20001", "b NULL 20002", "c NULL 20003"};
+const Texts kBody = {"the body"};
+
+void PlantRecords() { SaveRecords(kRecords); }
+
+void PlantSettings() {
+  for (const std::string &text : kSettings) {
+    const size_t equals = text.find('=');
+    WriteSetting(text.substr(0, equals), text.substr(equals + 1));
+  }
+}
+
+void PlantIndex() { PlantFullCache({"a", "b", "c"}); }
+
+Texts LoadIndex() {
+  ForgetCache();
+  fnQNStack_Cache_Init();
+  Texts texts;
+  for (const QNListNode *node = fnQNList_BeginIter(fnQNFS_http_cache_list()); node != nullptr;
+       node = node->next) {
+    const auto *entry = static_cast<const QNCacheEntry *>(node->data);
+    const auto shown = [](const char *text) { return std::string(text == nullptr ? "?" : text); };
+    texts.push_back(shown(entry->url) + " " + shown(entry->label) + " " +
+                    std::to_string(entry->file_no));
+  }
+  return texts;
+}
+
+// A list that is saved says so at its begin and its end.
+constexpr int kLogPlaces = 2;
+constexpr int kReadArea = 1;
+
+constexpr char kUrl[] = "http://mmsc.test/body";
+
+void PlantBody() {
+  fnQNStack_Cache_Init();
+  fnQNStack_Cache_Save(kUrl, nullptr, kBody[0].data(), static_cast<int32_t>(kBody[0].size()),
+                       std::numeric_limits<int32_t>::max(), 1);
+  ForgetCache();
+}
+
+// A hit, and the body with it.
+Texts LoadBody() {
+  fnQNStack_Cache_Init();
+  const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl_NoExpired(kUrl);
+  char body[64] = {};
+  const bool whole = entry != nullptr && entry->size < static_cast<int32_t>(sizeof body) &&
+                     fnQNStack_Cache_LoadFileToBuffer(entry->file_no, body, entry->size) == 0;
+  ForgetCache();
+  return whole ? Texts{body} : Texts{};
+}
+
+constexpr char kStoredAnswer[] = "/data/answer";
+
+void PlantAnswer() {
+  WriteText(kStoredAnswer, "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\nthe body");
+}
+
+// A stored answer, parsed and delivered as if it had been received.
+Texts LoadAnswer() {
+  const Context ctx(fnQNStack_Http_Open_Get("http://mmsc.test/"));
+  if (ctx == nullptr || fnQNStack_Http_LoadReponseFromFile(ctx.get(), kStoredAnswer) != 0) {
+    return {};
+  }
+  ctx->state = QN_HTTP_COMPLETE;
+  char body[64] = {};
+  return fnQNStack_Http_ReadRecvContext(ctx.get(), body, sizeof body) > 0 ? Texts{body} : Texts{};
+}
+
+ScenarioKind Load(const char *name, void (*save)(), Texts (*load)(), const Texts &saved,
+                  int kept_blocks = 0) {
+  ScenarioKind kind;
+  kind.name = name;
+  kind.kept_blocks = kept_blocks;
+  kind.make = [=] { return std::make_unique<LoadAct>(save, load, saved); };
+  return kind;
+}
+
+// What is kept for good and what is excepted, for the scenarios of the stores.
+ScenarioKind KnownOf(const std::string &scenario) {
+  static const std::map<std::string, ScenarioKind> kKnown = {
+      {"save", {.kept_blocks = kLogPlaces, .exceptions = {{kUndeleted, 11}}}},
+      {"first save", {.kept_blocks = kLogPlaces}},
+      {"append", {.exceptions = {{kUnread, 24}, {kUndeleted, 8}}}},
+      {"cache save with eviction",
+       {.kept_blocks = kLogPlaces, .exceptions = {{kUnread, 21}, {kCut, 9}, {kUncounted, 1}}}},
+      {"cache save of a known URL",
+       {.kept_blocks = kLogPlaces, .exceptions = {{kUnread, 21}, {kCut, 18}}}},
+      {"cache hit", {.kept_blocks = kLogPlaces}},
+      {"cache delete all", {.kept_blocks = kLogPlaces}},
+      {"INI write", {.exceptions = {{kUnread, 16}, {kUndeleted, 11}, {kCut, 4}}}},
+  };
+  const auto known = kKnown.find(scenario);
+  return known == kKnown.end() ? ScenarioKind() : known->second;
+}
+
+}  // namespace
+
+std::vector<ScenarioKind> FileScenarios() {
+  std::vector<ScenarioKind> kinds = {
+      Load("record load", PlantRecords, LoadRecords, kRecords),
+      Load("INI load", PlantSettings, LoadSettings, kSettings),
+      Load("cache index load", PlantIndex, LoadIndex, kIndex),
+      Load("cached hit with its body", PlantBody, LoadBody, kBody, kLogPlaces),
+      Load("stored answer", PlantAnswer, LoadAnswer, kBody, kReadArea),
+  };
+  for (const StoreScenario &scenario : StoreScenarios()) {
+    ScenarioKind kind = KnownOf(scenario.name);
+    kind.name = scenario.name;
+    kind.make = [scenario] { return std::make_unique<StoreAct>(scenario); };
+    kinds.push_back(std::move(kind));
+  }
+  return kinds;
+}
+
+}  // namespace qntest
