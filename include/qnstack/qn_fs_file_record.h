@@ -36,7 +36,8 @@ typedef void *(*QNFSRecordRead)(QNFSBuffer *record);
 
 /**
  * Loads a file's elements behind those of a list. A file that cannot be read
- * leaves the list as it is; nothing is reported.
+ * leaves the list as it is, and when the heap refuses the load ends with the
+ * elements before; nothing is reported.
  *
  * @param name file name; NULL loads nothing.
  * @param list the list; NULL loads nothing.

@@ -10,7 +10,8 @@
  *
  * A save keeps the old content under the file's name with ".bak" until the new
  * content is written, and a load that finds such a file takes it for the
- * content of a save that did not finish. So load before you write: a program
+ * content of a save that did not finish, also where it is there because it
+ * could not be deleted. So load before you write: a program
  * that crashed while saving and then saves again without having loaded puts
  * the ".bak" away.
  */

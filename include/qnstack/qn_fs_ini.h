@@ -33,7 +33,8 @@ QN_API void fnQNFS_INI_List_Init(const char *name, QNList *list);
 
 /**
  * Empties a settings list and loads a file into it; a file that cannot be read
- * leaves it empty.
+ * leaves it empty, and when the heap refuses the load ends with the settings
+ * before.
  *
  * @param name file name.
  * @param list the list; NULL loads nothing.

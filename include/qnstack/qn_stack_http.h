@@ -35,7 +35,8 @@ enum {
   QN_HTTP_CONNECTED = 2,        /**< compose the request next */
   QN_HTTP_SENDING = 3,          /**< the request is going out */
   QN_HTTP_RECEIVING = 4,        /**< the answer is coming in */
-  QN_HTTP_COMPLETE = 5,         /**< the peer closed, or receiving failed after some data */
+  QN_HTTP_COMPLETE = 5,         /**< the peer closed, or receiving failed or ran out of memory
+                                     after some data */
   QN_HTTP_STOPPED = 6,          /**< stopped by fnQNStack_Http_Stop() */
   QN_HTTP_RESOLVE_FAILED = -10, /**< no free socket slot, or the name has no address */
   QN_HTTP_CONNECT_FAILED = -11, /**< at the connect step: no free socket slot, or the slot's
@@ -104,7 +105,8 @@ QN_API int32_t fnQNStack_Http_CloseStack(void);
 /**
  * Sets or removes the proxy for every context from its next resolve step on.
  *
- * @param host proxy host name or dotted address, copied; NULL for no proxy.
+ * @param host proxy host name or dotted address, copied; NULL for no proxy. When
+ *        the heap refuses the copy, the proxy before stays.
  * @param port proxy port.
  */
 QN_API void fnQNStack_Http_SetProxy(const char *host, int32_t port);
@@ -157,7 +159,9 @@ QN_API void fnQNStack_Http_Stop(QNHttpCtx *ctx);
  * @param url terminated string; copied.
  * @return a new context in state #QN_HTTP_NEW, owned by the caller and
  *         released with fnQNStack_Http_FreeCtx(); NULL for a NULL URL or when
- *         the heap refuses.
+ *         the heap refuses the context. A text that it refused alone is NULL,
+ *         and the request goes out without it, as it does without a header
+ *         line or a body for which there is no memory.
  */
 QN_API QNHttpCtx *fnQNStack_Http_Open_Get(const char *url);
 
