@@ -30,13 +30,14 @@ QN_API char *fnQNRTL_itoa(int32_t value, char *buf, int32_t radix);
  *
  * The integer part is taken to 32 bits (larger values saturate, not-a-number
  * gives the least integer) and written as fnQNRTL_itoa() does. The text has at
- * most 12 characters unless the integer part alone is longer. Two things
- * callers know about and that stay: a value between -1 and 0 gives "0.", and
- * in a radix other than 10 the fraction is still scaled by ten from digit to
- * digit (0.5 in radix 8 gives "0.48gw").
+ * most 12 characters unless the integer part with its point, or with ".0"
+ * where there is no fraction, is longer ("-1000000000.0"). Two things callers
+ * know about and that stay: a value between -1 and 0 gives "0.", and in a radix
+ * other than 10 the fraction is still scaled by ten from digit to digit (0.5 in
+ * radix 8 gives "0.48gw").
  *
  * @param value the number.
- * @param buf destination; 13 bytes do for radix 10, 38 for any.
+ * @param buf destination; 14 bytes do for radix 10, 38 for any.
  * @param radix as for fnQNRTL_itoa().
  * @return @p buf.
  */

@@ -149,13 +149,22 @@ TEST(QnFtoa, ScalesTheFractionByTenInEveryRadix) {
   EXPECT_EQ(Ftoa(0.75, 36), "0.r");      // .75 27, below 0
 }
 
-TEST(QnFtoa, ReturnsTheBufferAndNeedsThirteenBytesInRadixTen) {
+TEST(QnFtoa, ReturnsTheBufferAndMostlyNeedsThirteenBytesInRadixTen) {
   for (const double value : {12345678.125, -2147483648.5, 1e300}) {
     std::vector<char> buf(13, '#');
 
     EXPECT_EQ(fnQNRTL_ftoa(value, buf.data(), 10), buf.data());
 
     EXPECT_EQ(std::strlen(buf.data()), 12U);
+  }
+}
+
+// A sign, ten digits and ".0".
+TEST(QnFtoa, NeedsFourteenBytesForALongWholeNegativeNumber) {
+  for (const double value : {-1000000000.0, -1073741824.0, -2147483648.0}) {
+    std::vector<char> buf(14, '#');
+
+    EXPECT_EQ(std::strlen(fnQNRTL_ftoa(value, buf.data(), 10)), 13U) << value;
   }
 }
 
