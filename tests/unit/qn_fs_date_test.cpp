@@ -4,90 +4,20 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <optional>
-#include <ostream>
 #include <random>
-#include <vector>
 
 #include "qnstack/qn_fs_comm_tools.h"
-
-// The fields of a record, for comparisons and messages.
-static bool operator==(const QNTime &a, const QNTime &b) {
-  return a.year == b.year && a.month == b.month && a.day == b.day && a.hour == b.hour &&
-         a.minute == b.minute && a.second == b.second && a.extra == b.extra;
-}
-
-static void PrintTo(const QNTime &t, std::ostream *out) {
-  *out << t.year << '-' << t.month << '-' << t.day << ' ' << t.hour << ':' << t.minute << ':'
-       << t.second << " extra " << t.extra;
-}
+#include "support/calendar_reference.h"
 
 namespace {
 
+using qntest::IsLeap;
+using qntest::PlainDate;
+using qntest::PlainSeconds;
+
 constexpr uint32_t kDay = 86400;
 constexpr uint32_t kLastDayNumber = UINT32_MAX / kDay;
-constexpr uint32_t kDaysOfMonths[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
 constexpr QNTime kUntouched = {1, 2, 3, 4, 5, 6, 7};
-
-bool IsLeap(uint32_t year) { return year % 400 == 0 || (year % 4 == 0 && year % 100 != 0); }
-
-uint32_t DaysOfYear(uint32_t year) { return IsLeap(year) ? 366 : 365; }
-
-// Days of the years that a walk goes through which begins at `year` and goes
-// down, in 16 bits, until 1970 has been added.
-uint32_t WalkDownFrom(uint32_t year) {
-  uint32_t days = 0;
-  uint32_t y = year & 0xFFFFU;
-  for (; y != 1970; y = (y - 1) & 0xFFFFU) days += DaysOfYear(y);
-  return days + DaysOfYear(1970);
-}
-
-// WalkDownFrom() of every 16-bit year: each walk is one step longer than the
-// one that begins a year below.
-const std::vector<uint32_t> &AllWalks() {
-  static const std::vector<uint32_t> kWalks = [] {
-    std::vector<uint32_t> walks(65536);
-    walks[1970] = DaysOfYear(1970);
-    for (uint32_t y = 1971; y != 1970; y = (y + 1) & 0xFFFFU) {
-      walks[y] = walks[(y - 1) & 0xFFFFU] + DaysOfYear(y);
-    }
-    return walks;
-  }();
-  return kWalks;
-}
-
-uint32_t PlainSeconds(const QNTime &t) {
-  uint32_t days = AllWalks()[(t.year - 1) & 0xFFFFU];
-  if (IsLeap(t.year) && t.month > 2) ++days;
-  for (uint32_t month = 1; month < t.month && month <= 12; ++month) {
-    days += kDaysOfMonths[month - 1];
-  }
-  return (days + t.day) * 86400U + t.hour * 3600U + t.minute * 60U + t.second;
-}
-
-// Nothing on the days that write nothing.
-std::optional<QNTime> PlainDate(uint32_t s) {
-  const uint32_t days = s / 86400;
-  if ((days + 1096) % 1461 == 0) return std::nullopt;
-  const uint32_t d = days - (days + 1095) / 1461;
-  uint32_t yd = d % 365 + 1;
-  QNTime t = {1970 + d / 365, 1, 0, s / 3600 % 24, s / 60 % 60, s % 60, yd / 7};
-  if (IsLeap(t.year)) {
-    if (yd > 60) {
-      yd -= 1;
-    } else if (yd == 60) {
-      t.month = 2;
-      t.day = 29;
-      return t;
-    }
-  }
-  while (yd > kDaysOfMonths[t.month - 1]) {
-    yd -= kDaysOfMonths[t.month - 1];
-    ++t.month;
-  }
-  t.day = yd;
-  return t;
-}
 
 // What a call leaves in a record that held something else.
 QNTime DateOf(uint32_t seconds) {
@@ -167,7 +97,7 @@ TEST(JulianToSeconds, DoesNotReadExtra) {
 TEST(JulianToSeconds, IsComparedWithTrueWalks) {
   for (const uint32_t year :
        {0U, 1U, 108U, 126U, 1900U, 1969U, 1970U, 1971U, 2009U, 40000U, 65535U}) {
-    ASSERT_EQ(AllWalks()[year], WalkDownFrom(year)) << year;
+    ASSERT_EQ(qntest::TabledWalkDownFrom(year), qntest::WalkDownFrom(year)) << year;
   }
 }
 
