@@ -10,8 +10,6 @@ namespace {
 // Addresses that no machine has; connecting to them is routed to a local port.
 constexpr char kNetwork[] = "192.0.2.";
 
-const char *OrNull(const std::string &text) { return text.empty() ? nullptr : text.c_str(); }
-
 void ExpectRequests(ScriptedServer &server, const Peer &peer) {
   EXPECT_EQ(server.Finish(), "") << peer.host;
   for (std::size_t i = 0; i < peer.requests.size(); ++i) {
@@ -20,11 +18,6 @@ void ExpectRequests(ScriptedServer &server, const Peer &peer) {
 }
 
 }  // namespace
-
-std::ostream &operator<<(std::ostream &out, const CallRow &row) {
-  return out << "{result " << row.result << ", state " << row.state << ", tries " << row.tries
-             << ", redirects " << row.redirects << ", socket " << row.socket << '}';
-}
 
 std::ostream &operator<<(std::ostream &out, const ExchangeRow &row) { return out << row.topic; }
 
@@ -41,27 +34,6 @@ std::string BodyHeaders(const std::string &type, std::size_t length) {
 
 std::string CookieHeaders(const std::string &cookie) {
   return "Cookie: " + cookie + "\r\nCookie2: \"1\"\r\n";
-}
-
-Context Open(const Asked &asked) {
-  const auto length = static_cast<std::int32_t>(asked.body.size());
-  const char *type = OrNull(asked.type);
-  if (asked.method == "HEAD") return Context(fnQNStack_Http_Open_Head(asked.url.c_str()));
-  if (asked.method == "POST") {
-    return Context(fnQNStack_Http_Open_Post(asked.url.c_str(), asked.body.data(), length, type));
-  }
-  if (asked.method == "PUT") {
-    return Context(fnQNStack_Http_Open_Put(asked.url.c_str(), asked.body.data(), length, type));
-  }
-  return Context(fnQNStack_Http_Open_Get(asked.url.c_str()));
-}
-
-CallRow ReadOnce(const Context &ctx, std::string &delivered, std::int32_t capacity) {
-  std::string room(static_cast<std::size_t>(capacity), '\0');
-  const Outcome outcome = OutcomeOf(
-      ctx.get(), [&] { return fnQNStack_Http_ReadRecvContext(ctx.get(), room.data(), capacity); });
-  if (outcome.result > 0) delivered.append(room, 0, static_cast<std::size_t>(outcome.result));
-  return {outcome.result, outcome.state, outcome.tries, ctx->redirectCount, outcome.socket};
 }
 
 WireTest::WireTest() {

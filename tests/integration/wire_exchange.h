@@ -14,6 +14,7 @@
 
 #include "support/http_stack.h"
 #include "support/network_faults.h"
+#include "support/read_calls.h"
 #include "support/scripted_server.h"
 #include "support/slot_table.h"
 #include "support/watchdog.h"
@@ -24,15 +25,6 @@ namespace qntest {
 inline constexpr char kGateway[] = "gateway.test";
 inline constexpr std::uint16_t kGatewayPort = 3128;
 
-// What the application asks for.
-struct Asked {
-  std::string method;
-  std::string url;
-  std::string body = {};
-  std::string type = {};
-  bool through_gateway = false;
-};
-
 // A server, what each of its connections does and what it must have received.
 struct Peer {
   std::string host;
@@ -40,20 +32,6 @@ struct Peer {
   std::vector<ConnectionScript> scripts;
   std::vector<std::string> requests;
 };
-
-// What one read call gives and leaves behind.
-struct CallRow {
-  std::int32_t result;
-  std::int32_t state;
-  std::int32_t tries;
-  std::int32_t redirects;
-  std::int32_t socket;
-
-  bool operator==(const CallRow &) const = default;
-};
-
-// For the messages of failed assertions.
-std::ostream &operator<<(std::ostream &out, const CallRow &row);
 
 struct ExchangeRow {
   std::string topic;
@@ -77,16 +55,6 @@ std::string RequestText(const std::string &start, const std::string &host,
 // The lines that go with a body, and the line of a cookie.
 std::string BodyHeaders(const std::string &type, std::size_t length);
 std::string CookieHeaders(const std::string &cookie);
-
-// A context for what is asked, whose body must outlive the composing.
-Context Open(const Asked &asked);
-Context Open(Asked &&asked) = delete;
-
-inline Context OpenGet(const char *url) { return Context(fnQNStack_Http_Open_Get(url)); }
-
-// One read call with room for `capacity` bytes, which are appended to
-// `delivered`.
-CallRow ReadOnce(const Context &ctx, std::string &delivered, std::int32_t capacity = 4096);
 
 // A started client in a network of its own, where names lead to scripted
 // servers. Each receive of the client is a signal to all of them.

@@ -86,12 +86,4 @@ int StatusOf(const std::function<void()> &part) {
 
 bool HoldsInChild(const std::function<void()> &part) { return StatusOf(part) == 0; }
 
-int OpenDescriptors() {
-  int count = 0;
-  for ([[maybe_unused]] const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    ++count;
-  }
-  return count;
-}
-
 }  // namespace qntest

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/process_figures.h"
 #include "support/scratch_folder.h"
 #include "support/watchdog.h"
 
@@ -51,9 +52,6 @@ int StatusOf(const std::function<void()> &part);
 // Runs `part` in a child process; whether it ran to its end with no expectation
 // failed in it. What failed is printed there.
 bool HoldsInChild(const std::function<void()> &part);
-
-// The descriptors that this process has open.
-int OpenDescriptors();
 
 }  // namespace qntest
 

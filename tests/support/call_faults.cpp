@@ -62,16 +62,25 @@ void CallFaults::NoteBytesAsked(size_t bytes) {
   if (watcher != nullptr) watcher->heap_.bytes_asked += bytes;
 }
 
-void CallFaults::NoteBlock() {
+void CallFaults::NoteBlock(size_t bytes) {
   CallFaults *watcher = WatcherOf(kHeapCalls);
-  if (watcher != nullptr) ++watcher->heap_.live;
+  if (watcher == nullptr) return;
+  ++watcher->heap_.live;
+  watcher->heap_.live_bytes += static_cast<long>(bytes);
 }
 
-void CallFaults::NoteFree() {
+void CallFaults::NoteFree(size_t bytes) {
   CallFaults *watcher = WatcherOf(kHeapCalls);
   if (watcher == nullptr) return;
   ++watcher->heap_.frees;
   --watcher->heap_.live;
+  watcher->heap_.live_bytes -= static_cast<long>(bytes);
+}
+
+void CallFaults::NoteResize(size_t before, size_t after) {
+  CallFaults *watcher = WatcherOf(kHeapCalls);
+  if (watcher == nullptr) return;
+  watcher->heap_.live_bytes += static_cast<long>(after) - static_cast<long>(before);
 }
 
 }  // namespace qntest

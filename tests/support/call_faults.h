@@ -28,7 +28,8 @@ struct CallFault {
 struct HeapUse {
   size_t bytes_asked = 0;
   int frees = 0;
-  int live = 0;  // blocks given out and not given back
+  int live = 0;         // blocks given out and not given back
+  long live_bytes = 0;  // what they hold
 };
 
 // While it lives it counts the calls of its kinds. Several may live at once if
@@ -50,8 +51,9 @@ class CallFaults {
   static bool Fail(unsigned kinds, std::string_view name);
   static bool Watches(CallKinds kind);
   static void NoteBytesAsked(size_t bytes);
-  static void NoteBlock();
-  static void NoteFree();
+  static void NoteBlock(size_t bytes);
+  static void NoteFree(size_t bytes);
+  static void NoteResize(size_t before, size_t after);
 
  private:
   static CallFaults *WatcherOf(unsigned kinds);

@@ -3,6 +3,8 @@
 // sanitizer's).
 #include "support/failing_heap.h"
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -28,7 +30,7 @@ void TakenBack(void *block) {
 
 // A block on its way to the caller.
 void *Given(void *block, size_t bytes) {
-  if (block != nullptr) qntest::CallFaults::NoteBlock();
+  if (block != nullptr) qntest::CallFaults::NoteBlock(malloc_usable_size(block));
   return Watched(block, bytes);
 }
 
@@ -60,9 +62,13 @@ void *__wrap_calloc(size_t count, size_t size) {
 
 void *__wrap_realloc(void *block, size_t size) {
   if (!Admit("realloc", size)) return nullptr;
+  const size_t before = malloc_usable_size(block);
   void *resized = __real_realloc(block, size);
   if (block == nullptr) return Given(resized, size);
-  if (resized != nullptr) TakenBack(block);
+  if (resized != nullptr) {
+    qntest::CallFaults::NoteResize(before, malloc_usable_size(resized));
+    TakenBack(block);
+  }
   return Watched(resized, size);
 }
 
@@ -72,7 +78,7 @@ char *__wrap_strdup(const char *text) {
 }
 
 void __wrap_free(void *block) {
-  if (block != nullptr) qntest::CallFaults::NoteFree();
+  if (block != nullptr) qntest::CallFaults::NoteFree(malloc_usable_size(block));
   TakenBack(block);
   __real_free(block);
 }

@@ -46,6 +46,10 @@ class FailingHeap {
   // Blocks given back through free() since this object was made.
   int Frees() const { return calls_.Heap().frees; }
 
+  // Blocks and bytes in use beyond those at the time this object was made.
+  int LiveBlocks() const { return calls_.Heap().live; }
+  long LiveBytes() const { return calls_.Heap().live_bytes; }
+
  private:
   CallFaults calls_;
 };

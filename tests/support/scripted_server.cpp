@@ -57,14 +57,21 @@ std::size_t NeededBytes(const std::string &received, std::size_t consumed, const
 
 }  // namespace
 
-Step ReadHeader() { return {Step::Kind::kReadHeader, 0, {}}; }
-Step ReadBytes(std::size_t count) { return {Step::Kind::kReadBytes, count, {}}; }
-Step ReadToEnd() { return {Step::Kind::kReadToEnd, 0, {}}; }
-Step SendBytes(std::string bytes) { return {Step::Kind::kSend, 0, std::move(bytes)}; }
-Step AwaitSignal() { return {Step::Kind::kAwaitSignal, 0, {}}; }
-Step HalfClose() { return {Step::Kind::kHalfClose, 0, {}}; }
-Step Close() { return {Step::Kind::kClose, 0, {}}; }
-Step Reset() { return {Step::Kind::kReset, 0, {}}; }
+Step ReadHeader() { return {Step::Kind::kReadHeader, 0, {}, {}}; }
+Step ReadBytes(std::size_t count) { return {Step::Kind::kReadBytes, count, {}, {}}; }
+Step ReadToEnd() { return {Step::Kind::kReadToEnd, 0, {}, {}}; }
+Step SendBytes(std::string bytes) { return SendTimes(std::move(bytes), 1); }
+Step SendTimes(std::string bytes, std::size_t times) {
+  return {Step::Kind::kSend, times, std::move(bytes), {}};
+}
+Step SendUntilGone(std::string bytes, std::chrono::milliseconds pause) {
+  return {Step::Kind::kSendUntilGone, 0, std::move(bytes), pause};
+}
+Step AwaitSignal() { return {Step::Kind::kAwaitSignal, 0, {}, {}}; }
+Step HalfClose() { return {Step::Kind::kHalfClose, 0, {}, {}}; }
+Step CloseReading() { return {Step::Kind::kCloseReading, 0, {}, {}}; }
+Step Close() { return {Step::Kind::kClose, 0, {}, {}}; }
+Step Reset() { return {Step::Kind::kReset, 0, {}, {}}; }
 
 ConnectionScript AnswerWith(std::string answer) {
   return {ReadHeader(), SendBytes(std::move(answer)), HalfClose(), ReadToEnd()};
@@ -184,11 +191,19 @@ bool ScriptedServer::RunStep(Connection &connection, const Step &step, int &fd) 
     case Step::Kind::kReadToEnd:
       return ReadUntil(connection, step, fd);
     case Step::Kind::kSend:
-      return Send(connection, step.bytes, fd);
+      for (std::size_t i = 0; i < step.count; ++i) {
+        if (!Send(connection, step.bytes, fd)) return false;
+      }
+      return true;
+    case Step::Kind::kSendUntilGone:
+      return SendUntilGone(connection, step, fd);
     case Step::Kind::kAwaitSignal:
       return TakeSignal(connection);
     case Step::Kind::kHalfClose:
       shutdown(fd, SHUT_WR);
+      return true;
+    case Step::Kind::kCloseReading:
+      shutdown(fd, SHUT_RD);
       return true;
     case Step::Kind::kClose:
       CloseOnce(fd);
@@ -236,6 +251,15 @@ bool ScriptedServer::Send(Connection &connection, const std::string &bytes, int 
   return true;
 }
 
+bool ScriptedServer::SendUntilGone(Connection &connection, const Step &step, int fd) {
+  for (;;) {
+    if (!WaitFor(fd, POLLOUT, connection.failure)) return false;
+    const ssize_t count = send(fd, step.bytes.data(), step.bytes.size(), MSG_NOSIGNAL);
+    if (count < 0 && errno != EAGAIN) return true;
+    if (step.pause.count() > 0 && IsGoneAfter(step.pause, fd)) return true;
+  }
+}
+
 bool ScriptedServer::TakeSignal(Connection &connection) {
   std::unique_lock lock(mutex_);
   changed_.wait_for(lock, patience_, [this] { return signals_ > 0 || stopping_; });
@@ -254,6 +278,12 @@ bool ScriptedServer::WaitFor(int fd, short events, std::string &failure) {
   if (count > 0 && ready[1].revents == 0) return true;
   failure = count == 0 ? "waited too long for the peer" : "the server was stopped";
   return false;
+}
+
+// A pause that the peer's end and the server's cut short.
+bool ScriptedServer::IsGoneAfter(std::chrono::milliseconds pause, int fd) {
+  pollfd ready[] = {{fd, POLLRDHUP, 0}, {stop_event_, POLLIN, 0}};
+  return poll(ready, 2, static_cast<int>(pause.count())) > 0 && ready[0].revents != 0;
 }
 
 RefusingPort::RefusingPort() { fd_ = BoundLoopbackSocket(port_); }

@@ -22,22 +22,29 @@ struct Step {
     kReadBytes,
     kReadToEnd,
     kSend,
+    kSendUntilGone,
     kAwaitSignal,
     kHalfClose,
+    kCloseReading,
     kClose,
     kReset
   };
   Kind kind;
-  std::size_t count = 0;  // kReadBytes
-  std::string bytes;      // kSend
+  std::size_t count = 0;              // kReadBytes: bytes; kSend: times
+  std::string bytes;                  // kSend, kSendUntilGone
+  std::chrono::milliseconds pause{};  // kSendUntilGone
 };
 
 Step ReadHeader();                  // up to and with the next empty line
 Step ReadBytes(std::size_t count);  // so many bytes more
 Step ReadToEnd();                   // until the peer has closed or reset
 Step SendBytes(std::string bytes);  // one piece, handed to the kernel at once
-Step AwaitSignal();                 // until the test calls Signal()
-Step HalfClose();                   // no more from this side; reading goes on
+Step SendTimes(std::string bytes, std::size_t times);
+// Again and again, with a pause behind each, until the peer has closed or reset.
+Step SendUntilGone(std::string bytes, std::chrono::milliseconds pause = {});
+Step AwaitSignal();   // until the test calls Signal()
+Step HalfClose();     // no more from this side; reading goes on
+Step CloseReading();  // no more to this side; sending goes on
 Step Close();
 Step Reset();  // the peer sees a reset connection
 
@@ -90,8 +97,10 @@ class ScriptedServer {
   bool RunStep(Connection &connection, const Step &step, int &fd);
   bool ReadUntil(Connection &connection, const Step &step, int fd);
   bool Send(Connection &connection, const std::string &bytes, int fd);
+  bool SendUntilGone(Connection &connection, const Step &step, int fd);
   bool TakeSignal(Connection &connection);
   bool WaitFor(int fd, short events, std::string &failure);
+  bool IsGoneAfter(std::chrono::milliseconds pause, int fd);
   bool WaitForEnd(std::unique_lock<std::mutex> &lock, std::size_t connections);
 
   const std::chrono::milliseconds patience_;

@@ -75,6 +75,26 @@ TEST(FailingHeap, RefusesEveryKindOfAllocationWithItsErrorNumber) {
   fnQN_Free(&block);
 }
 
+TEST(FailingHeap, CountsWhatIsInUse) {
+  void *block = nullptr;
+  int blocks = 0;
+  long bytes = 0;
+  long bytes_more = 0;
+  FailingHeap heap(FailingHeap::kCountOnly);
+  block = fnQN_Malloc_Local(100, __FILE__, __LINE__);
+  bytes = heap.LiveBytes();
+  block = fnQN_Realloc_Local(block, 10000, __FILE__, __LINE__);
+  blocks = heap.LiveBlocks();
+  bytes_more = heap.LiveBytes();
+  fnQN_Free(&block);
+
+  EXPECT_EQ(blocks, 1);
+  EXPECT_GE(bytes, 100);
+  EXPECT_GE(bytes_more, 10000);
+  EXPECT_EQ(heap.LiveBlocks(), 0);
+  EXPECT_EQ(heap.LiveBytes(), 0);
+}
+
 TEST(FailingHeap, IsDisarmedAtTheEndOfItsScope) {
   { FailingHeap heap(1, FailingHeap::Reach::kRest); }
 
