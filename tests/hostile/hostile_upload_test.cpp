@@ -1,0 +1,116 @@
+// Guards requests with long bodies to peers that go away, answer too early or
+// shut one direction: the result is the documented one and no signal comes.
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include "hostile_test.h"
+
+namespace {
+
+using qntest::AwaitSignal;
+using qntest::Close;
+using qntest::CloseReading;
+using qntest::ConnectionScript;
+using qntest::Context;
+using qntest::Ending;
+using qntest::HalfClose;
+using qntest::ReadBytes;
+using qntest::ReadHeader;
+using qntest::ReadToEnd;
+using qntest::ReadToEnding;
+using qntest::Reset;
+using qntest::SendBytes;
+
+constexpr std::size_t kBodyBytes = 5 << 20;
+constexpr std::size_t kSomeBytes = 100000;
+constexpr char kAnswer[] = "HTTP/1.0 200 OK\r\n\r\nabc";
+const Ending kSendFailed = {-1, -12, 1, 0, ""};
+
+volatile std::sig_atomic_t pipe_signals = 0;
+
+void CountSignal(int /*signal*/) { pipe_signals = pipe_signals + 1; }
+
+class HostileUpload : public qntest::HostileTest {
+ protected:
+  HostileUpload() : old_handler_(std::signal(SIGPIPE, CountSignal)) { pipe_signals = 0; }
+  ~HostileUpload() override {
+    sigset_t pending;
+    sigpending(&pending);
+    EXPECT_EQ(sigismember(&pending, SIGPIPE), 0);
+    EXPECT_EQ(pipe_signals, 0);
+    std::signal(SIGPIPE, old_handler_);
+  }
+
+  Ending EndingOfPost(const ConnectionScript &script) {
+    Serve({script});
+    const Context ctx(fnQNStack_Http_Open_Post(Url().c_str(), body_.data(),
+                                               static_cast<int32_t>(body_.size()), "t/t"));
+    return ReadToEnding(ctx.get());
+  }
+
+  const std::string body_ = std::string(kBodyBytes, 'b');
+
+ private:
+  void (*old_handler_)(int);
+};
+
+INSTANTIATE_TEST_SUITE_P(, HostileUpload, qntest::kRoutes, qntest::RouteName);
+
+TEST_P(HostileUpload, CloseAmidTheBodyIsMinusTwelve) {
+  EXPECT_EQ(EndingOfPost({ReadBytes(kSomeBytes), Close()}), kSendFailed);
+}
+
+TEST_P(HostileUpload, ResetAmidTheBodyIsMinusTwelve) {
+  EXPECT_EQ(EndingOfPost({ReadBytes(kSomeBytes), Reset()}), kSendFailed);
+}
+
+TEST_P(HostileUpload, ClosedReadingAndThenACloseIsMinusTwelve) {
+  EXPECT_EQ(EndingOfPost({ReadBytes(kSomeBytes), CloseReading(), Close()}), kSendFailed);
+}
+
+// Sending comes before receiving, so the answer is lost.
+TEST_P(HostileUpload, AnswerAmidTheBodyAndACloseIsMinusTwelve) {
+  EXPECT_EQ(EndingOfPost({ReadBytes(kSomeBytes), SendBytes(kAnswer), Close()}), kSendFailed);
+}
+
+TEST_P(HostileUpload, AnswerAmidTheBodyIsReadBehindIt) {
+  EXPECT_EQ(EndingOfPost({ReadHeader(), SendBytes(kAnswer), ReadBytes(kBodyBytes), HalfClose(),
+                          ReadToEnd()}),
+            (Ending{0, 5, 1, 200, "abc"}));
+  EXPECT_EQ(server().Finish(), "");
+}
+
+TEST_P(HostileUpload, ClosedWritingAmidTheBodyIsAnEmptyAnswer) {
+  EXPECT_EQ(EndingOfPost({ReadHeader(), HalfClose(), ReadToEnd()}), (Ending{0, 5, 1, 0, ""}));
+  const std::string received = server().Received(0);
+  EXPECT_EQ(received.size() - received.find("\r\n\r\n") - 4, kBodyBytes);
+}
+
+TEST_P(HostileUpload, ClosedWritingBeforeTheRequestIsAnEmptyAnswer) {
+  Serve({{HalfClose(), ReadToEnd()}});
+  const Context ctx(fnQNStack_Http_Open_Get(Url().c_str()));
+  EXPECT_EQ(ReadToEnding(ctx.get()), (Ending{0, 5, 1, 0, ""}));
+}
+
+// The peer does not want the request; its answer comes all the same.
+TEST_P(HostileUpload, ClosedReadingBeforeTheRequestDoesNotHinderTheAnswer) {
+  Serve({{CloseReading(), SendBytes(kAnswer), HalfClose(), AwaitSignal()}});
+  const Context ctx(fnQNStack_Http_Open_Get(Url().c_str()));
+  EXPECT_EQ(ReadToEnding(ctx.get()), (Ending{0, 5, 1, 200, "abc"}));
+  server().Signal();
+  EXPECT_EQ(server().Finish(), "");
+}
+
+TEST_P(HostileUpload, ClosedWritingBehindPartOfAnAnswerEndsIt) {
+  Serve({{ReadHeader(), SendBytes("HTTP/1.0 200 OK\r\nContent-Length: 9\r\n\r\nabc"), HalfClose(),
+          AwaitSignal()}});
+  const Context ctx(fnQNStack_Http_Open_Get(Url().c_str()));
+  EXPECT_EQ(ReadToEnding(ctx.get()), (Ending{0, 5, 1, 200, "abc"}));
+  EXPECT_EQ(ctx->retCtxLen, 9);
+  server().Signal();
+}
+
+}  // namespace
