@@ -1,0 +1,30 @@
+// The origin and gateway of the soak, in a process of its own so that its
+// memory and descriptors are not the client's. It answers one connection after
+// the other and closes first, so that the waiting times of closed connections
+// are on its own port and the client's ports are free again.
+#ifndef QNSTACK_TESTS_SOAK_SOAK_ORIGIN_H
+#define QNSTACK_TESTS_SOAK_SOAK_ORIGIN_H
+
+#include <sys/types.h>
+
+#include <cstdint>
+
+namespace soak {
+
+class Origin {
+ public:
+  Origin();
+  ~Origin();
+  Origin(const Origin &) = delete;
+  Origin &operator=(const Origin &) = delete;
+
+  std::uint16_t port() const { return port_; }
+
+ private:
+  std::uint16_t port_ = 0;
+  pid_t process_ = -1;
+};
+
+}  // namespace soak
+
+#endif
