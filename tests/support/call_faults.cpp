@@ -10,6 +10,7 @@ namespace qntest {
 namespace {
 
 constexpr size_t kUsualCalls = 1000;
+constexpr size_t kMostNames = 100'000;
 
 constinit thread_local CallFaults *innermost = nullptr;
 
@@ -44,7 +45,8 @@ bool CallFaults::Watches(CallKinds kind) { return WatcherOf(kind) != nullptr; }
 bool CallFaults::Fail(unsigned kinds, std::string_view name) {
   CallFaults *watcher = WatcherOf(kinds);
   if (watcher == nullptr) return false;
-  watcher->names_.push_back(name);
+  ++watcher->count_;
+  if (watcher->names_.size() < kMostNames) watcher->names_.push_back(name);
   if (!watcher->IsToFail(name)) return false;
   ++watcher->failures_;
   errno = watcher->fault_.error != 0 ? watcher->fault_.error : UsualError(kinds);

@@ -42,8 +42,10 @@ class CallFaults {
   CallFaults &operator=(const CallFaults &) = delete;
 
   // The calls so far, failed ones included, by their function's names.
+  // Names are kept up to a number that no single use reaches, so that a long
+  // run may be watched too.
   const std::vector<std::string_view> &Names() const { return names_; }
-  int Count() const { return static_cast<int>(names_.size()); }
+  int Count() const { return count_; }
   int Failures() const { return failures_; }
   const HeapUse &Heap() const { return heap_; }
 
@@ -63,6 +65,7 @@ class CallFaults {
   const CallFault fault_;
   CallFaults *const outer_;
   std::vector<std::string_view> names_;
+  int count_ = 0;
   int failures_ = 0;
   int failed_receives_ = 0;
   HeapUse heap_;
