@@ -10,7 +10,6 @@ namespace qntest {
 namespace {
 
 constexpr size_t kUsualCalls = 1000;
-constexpr size_t kMostNames = 100'000;
 
 constinit thread_local CallFaults *innermost = nullptr;
 
@@ -25,7 +24,7 @@ CallFaults::CallFaults(unsigned kinds, CallFault fault)
     : kinds_(kinds), fault_(fault), outer_(innermost) {
   // Two that watch the same would disturb each other: a mistake in the test.
   if (WatcherOf(kinds) != nullptr) std::abort();
-  names_.reserve(kUsualCalls);
+  if (fault.keeps_names) names_.reserve(kUsualCalls);
   innermost = this;
 }
 
@@ -46,7 +45,7 @@ bool CallFaults::Fail(unsigned kinds, std::string_view name) {
   CallFaults *watcher = WatcherOf(kinds);
   if (watcher == nullptr) return false;
   ++watcher->count_;
-  if (watcher->names_.size() < kMostNames) watcher->names_.push_back(name);
+  if (watcher->fault_.keeps_names) watcher->names_.push_back(name);
   if (!watcher->IsToFail(name)) return false;
   ++watcher->failures_;
   errno = watcher->fault_.error != 0 ? watcher->fault_.error : UsualError(kinds);

@@ -22,6 +22,7 @@ struct CallFault {
   // Of the recv calls no more fail: a caller that waits until data comes would
   // wait for ever.
   int most_failed_receives = std::numeric_limits<int>::max();
+  bool keeps_names = true;  // not for long runs, whose calls are many
 };
 
 // What the heap was asked for while it was watched.
@@ -42,8 +43,6 @@ class CallFaults {
   CallFaults &operator=(const CallFaults &) = delete;
 
   // The calls so far, failed ones included, by their function's names.
-  // Names are kept up to a number that no single use reaches, so that a long
-  // run may be watched too.
   const std::vector<std::string_view> &Names() const { return names_; }
   int Count() const { return count_; }
   int Failures() const { return failures_; }

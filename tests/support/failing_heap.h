@@ -32,7 +32,8 @@ class FailingHeap {
   // with errno ENOMEM. With kCountOnly nothing is refused.
   static constexpr int kCountOnly = 0;
   explicit FailingHeap(int first_refused, Reach reach = Reach::kOne)
-      : calls_(kHeapCalls, {.at = first_refused, .onwards = reach == Reach::kRest}) {}
+      : calls_(kHeapCalls,
+               {.at = first_refused, .onwards = reach == Reach::kRest, .keeps_names = false}) {}
 
   // Allocations asked for since this object was made, refused ones included.
   int Allocations() const { return calls_.Count(); }
