@@ -48,7 +48,12 @@ class HostileUpload : public qntest::HostileTest {
     Serve({script});
     const Context ctx(fnQNStack_Http_Open_Post(Url().c_str(), body_.data(),
                                                static_cast<int32_t>(body_.size()), "t/t"));
-    return ReadToEnding(ctx.get());
+    const Ending ending = ReadToEnding(ctx.get());
+    // What is known to be broken is what would raise the signal.
+    if (ending == kSendFailed) {
+      EXPECT_EQ(fnQNStack_Http_SendQuest(ctx.get()), -1);
+    }
+    return ending;
   }
 
   const std::string body_ = std::string(kBodyBytes, 'b');
