@@ -71,8 +71,9 @@ fuzz_entry() { # ENTRY
   else
     cp "$logs/$entry.seeds" "$logs/$entry"
   fi
-  local known findings
+  local known reached findings
   known=$(field "$logs/$entry.seeds" ft)
+  reached=$(field "$logs/$entry" ft)
   findings=$(find "$found" -type f | wc -l)
   if [[ $status -ne 0 && $findings -eq 0 ]]; then
     findings=1
@@ -80,7 +81,7 @@ fuzz_entry() { # ENTRY
   printf '| %s | %d | %d | %d | %d | %d |\n' "$entry" \
     "$(field "$logs/$entry" stat::number_of_executed_units)" \
     "$(field "$logs/$entry" stat::average_exec_per_sec)" \
-    "$known" "$(($(field "$logs/$entry" ft) - known))" "$findings" >"$logs/$entry.row"
+    "$known" "$((reached > known ? reached - known : 0))" "$findings" >"$logs/$entry.row"
   [[ $findings -eq 0 ]]
 }
 
