@@ -1,7 +1,9 @@
 // Whole exchanges: answers arrive in pieces over scripted connections, with
 // ends and failures anywhere, and are read in portions of any size; redirects
 // lead to the next connection. What is delivered must be what was sent behind
-// the header, and the header must read as when it comes in one piece.
+// the header, and the header must read as when it comes in one piece. Now and
+// then the heap refuses, and then nothing may break or leak. Tunnels are tried
+// too.
 //
 // Input: from the end backwards, how to ask, how each connection goes, and the
 // sizes of the reads; the pieces of the answers come from the front, each ended
@@ -25,6 +27,7 @@
 #include "qnstack/qn_stack_porting.h"
 #include "qnstack/qn_stack_tools.h"
 #include "support/answer_context.h"
+#include "support/failing_heap.h"
 #include "support/http_stack.h"
 #include "support/network_faults.h"
 
@@ -128,19 +131,20 @@ std::size_t KeptTypes(const Answer &answer) {
 
 class Exchange {
  public:
-  Exchange(FuzzedDataProvider *input, QNHttpCtx *ctx, bool raw)
-      : input_(input), ctx_(ctx), raw_(raw) {}
+  // The allocation of that number and all after it are refused; 0 for none.
+  Exchange(FuzzedDataProvider *input, QNHttpCtx *ctx, bool raw, int first_refused)
+      : input_(input), ctx_(ctx), raw_(raw), first_refused_(first_refused) {}
 
   void Run() {
     Begin();
     for (int calls = 0; !ended_; ++calls) {
       ASSERT_LT(calls, kMostCalls);
       Read();
-      CheckFields();
+      if (first_refused_ == 0) CheckFields();
       // An answer that stalls stalls for good.
       if (ctx_->tryCount > kPatience) ctx_->tryCount = std::max(ctx_->tryCount, kLastTries);
     }
-    CheckEnd();
+    if (first_refused_ == 0) CheckEnd();
   }
 
   std::size_t KeptMost() const { return kept_most_; }
@@ -170,8 +174,7 @@ class Exchange {
     stopped_ = stopped_ || ctx_->state == QN_HTTP_STOPPED;
     const qntest::Exact<char> area(static_cast<std::size_t>(AnyCapacity()));
     const int32_t redirects = ctx_->redirectCount;
-    const auto read = raw_ ? fnQNStack_Http_ReadRecvData : fnQNStack_Http_ReadRecvContext;
-    const int32_t result = read(ctx_, area.get(), area.length());
+    const int32_t result = Call(area);
     ASSERT_GE(result, -2);
     ASSERT_LE(result, area.length());
     if (result > 0) delivered_.append(area.get(), static_cast<std::size_t>(result));
@@ -183,6 +186,16 @@ class Exchange {
     }
   }
 
+  int32_t Call(const qntest::Exact<char> &area) {
+    const auto read = raw_ ? fnQNStack_Http_ReadRecvData : fnQNStack_Http_ReadRecvContext;
+    if (first_refused_ == 0) return read(ctx_, area.get(), area.length());
+    const int left = std::max(first_refused_ - allocations_, 1);
+    const qntest::FailingHeap heap(left, qntest::FailingHeap::Reach::kRest);
+    const int32_t result = read(ctx_, area.get(), area.length());
+    allocations_ += heap.Allocations();
+    return result;
+  }
+
   void Redirected(int32_t result) {
     EXPECT_TRUE(ctx_->retValue >= 300 && ctx_->retValue <= 399);
     EXPECT_EQ(delivered_, "");
@@ -190,9 +203,13 @@ class Exchange {
       EXPECT_EQ(result, -1);  // and its body follows
       return;
     }
+    if (first_refused_ != 0 && result == -1) {
+      ended_ = true;  // without a URL there is nowhere to go
+      return;
+    }
     EXPECT_EQ(result, -2);
     EXPECT_EQ(ctx_->state, QN_HTTP_NEW);
-    EXPECT_STREQ(ctx_->method, "GET");
+    if (first_refused_ == 0) EXPECT_STREQ(ctx_->method, "GET");
     stopped_ = false;
     Begin();
   }
@@ -256,6 +273,8 @@ class Exchange {
   FuzzedDataProvider *input_;
   QNHttpCtx *ctx_;
   const bool raw_;
+  const int first_refused_;
+  int allocations_ = 0;
   Script script_;
   std::unique_ptr<NetworkFaults> network_;
   std::string bytes_;
@@ -284,13 +303,54 @@ Context Opened(FuzzedDataProvider *input) {
   }
 }
 
+// A tunnel through the proxy: what the proxy answers, and then bytes both ways
+// as they come.
+void TryTunnel(FuzzedDataProvider *input) {
+  fnQNStack_Http_SetProxy(kProxy, 8080);
+  const Context ctx(fnQNStack_Http_Open_Connect("origin.test", 443));
+  Script script = NextScript(input);
+  script.trouble = Trouble::kNone;
+  // Nothing but data lets the wait for the proxy's answer return.
+  script.pieces.insert(script.pieces.begin(), "HTTP/1.0 200 Connection established\r\n\r\n");
+  const auto network = Connection(script, *ctx);
+  std::string received;
+  while (received.empty()) {
+    const qntest::Exact<char> area(65536);
+    const int32_t result = fnQNStack_Http_ReadRecvData(ctx.get(), area.get(), area.length());
+    ASSERT_GE(result, -2);
+    ASSERT_NE(result, -1);
+    received.append(area.get(), static_cast<std::size_t>(std::max(result, 0)));
+  }
+  EXPECT_EQ(ctx->state, QN_HTTP_RECEIVING);
+  EXPECT_EQ(network->Sent(),
+            "CONNECT origin.test:443 HTTP/1.1\r\nProxy-Connection: Keep-Alive\r\n\r\n");
+
+  EXPECT_EQ(fnQNStack_Http_Socket_SendData(ctx.get(), "hello", 5), 5);
+  int32_t result = 1;
+  while (result > 0) {
+    const qntest::Exact<char> area(input->ConsumeIntegralInRange<std::size_t>(1, 2000));
+    result = fnQNStack_Http_Socket_Recvata(ctx.get(), area.get(), area.length());
+    ASSERT_LE(result, area.length());
+    if (result > 0) received.append(area.get(), static_cast<std::size_t>(result));
+  }
+  EXPECT_EQ(result, script.reset ? -1 : 0);
+  EXPECT_EQ(received, script.Bytes());
+}
+
 // The most blocks that the exchange may have kept.
 std::size_t TryExchange(FuzzedDataProvider *input) {
   const qntest::HttpStack stack;
   if (input->ConsumeIntegralInRange(0, 3) == 3) fnQNStack_Http_SetProxy(kProxy, 8080);
-  const bool raw = input->ConsumeIntegralInRange(0, 7) == 7;
+  const auto kind = input->ConsumeIntegralInRange<int>(0, 15);
+  if (kind == 15) {
+    TryTunnel(input);
+    return 0;
+  }
+  const bool raw = kind == 7;
+  const bool heap_fails = kind >= 12;
   const Context ctx = Opened(input);
-  Exchange exchange(input, ctx.get(), raw);
+  const int first_refused = heap_fails ? input->ConsumeIntegralInRange(1, 250) : 0;
+  Exchange exchange(input, ctx.get(), raw, first_refused);
   exchange.Run();
   return exchange.KeptMost();
 }
