@@ -20,10 +20,13 @@ endif()
 
 # No exceptions, no RTTI and no guards around statics, so that nothing of the
 # C++ runtime is needed. Products are rounded before they are used: the
-# fraction digits depend on it.
+# fraction digits depend on it. The library's functions are not meant to be
+# replaced from outside, and the C library's are called without a stub between:
+# many of ours are one call.
 add_library(qnstack_library_options INTERFACE)
 target_compile_options(qnstack_library_options INTERFACE
   -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off
+  -fno-semantic-interposition -fno-plt
   "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_link_libraries(qnstack_library_options INTERFACE
   qnstack_warnings qnstack_instrumentation)
