@@ -5,12 +5,18 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "qnstack/qn_share_string.h"
+#include "qn_owned.h"
 
 void *fnQN_Malloc_Local(uint32_t size, const char * /*file*/, int32_t /*line*/) {
   // A size of 0 gives a block too, on every heap: NULL means refused alone.
   return std::calloc(size == 0 ? 1 : size, 1);
 }
+
+void *qn::AllocateUncleared(std::size_t size) {
+  return size > UINT32_MAX ? nullptr : std::malloc(size);
+}
+
+void qn::Release(void *block) { std::free(block); }
 
 void fnQN_Free(void *address) {
   if (address == nullptr) return;
@@ -44,11 +50,4 @@ void *fnQN_MEMSTR(const void *buf, const char *needle, int32_t len) {
   return memmem(buf, static_cast<size_t>(len) - 1, needle, std::strlen(needle));
 }
 
-char *fnQN_MEMSTRCOPY(const char *s) {
-  const size_t length = fnQN_STRLEN(s);
-  if (length >= UINT32_MAX) return nullptr;
-  auto *copy =
-      static_cast<char *>(fnQN_Malloc_Local(static_cast<uint32_t>(length + 1), __FILE__, __LINE__));
-  if (copy != nullptr && length > 0) std::memcpy(copy, s, length);
-  return copy;
-}
+char *fnQN_MEMSTRCOPY(const char *s) { return qn::CopyText(s == nullptr ? "" : s); }

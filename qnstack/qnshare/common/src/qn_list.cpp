@@ -6,33 +6,24 @@
 
 namespace {
 
-QNListNode *NewNode(void *data) {
-  auto *node = qn::NewRecord<QNListNode>();
-  if (node != nullptr) node->data = data;
-  return node;
-}
-
 // Links a new node between two neighbours, either of which may be null at an
 // end of the list.
 QNListNode *InsertBetween(QNList *list, QNListNode *before, QNListNode *after, void *data) {
-  QNListNode *node = NewNode(data);
+  auto *node = static_cast<QNListNode *>(qn::AllocateUncleared(sizeof(QNListNode)));
   if (node == nullptr) return nullptr;
-  node->prev = before;
-  node->next = after;
+  *node = {data, before, after};
   (before != nullptr ? before->next : list->head) = node;
   (after != nullptr ? after->prev : list->tail) = node;
   ++list->count;
   return node;
 }
 
-void FreeNode(QNListNode *node) { fnQN_Free(&node); }
-
 // Takes a node out whose place in this list is certain.
 void Unlink(QNList *list, QNListNode *node) {
   (node->prev != nullptr ? node->prev->next : list->head) = node->next;
   (node->next != nullptr ? node->next->prev : list->tail) = node->prev;
   --list->count;
-  FreeNode(node);
+  qn::Release(node);
 }
 
 // A node of another list must leave both lists alone, so `prev` is believed

@@ -23,10 +23,17 @@ inline void *AllocateZeroed(std::size_t size, const char *file = __builtin_FILE(
   return fnQN_Malloc_Local(static_cast<uint32_t>(size), file, line);
 }
 
+// The same for memory that is written whole at once: it comes as it is.
+void *AllocateUncleared(std::size_t size);
+
+// Frees a block whose pointer is not needed any more; null does nothing.
+void Release(void *block);
+
 // A zero-filled record of type T, or null.
 template <typename T>
-T *NewRecord(const char *file = __builtin_FILE(), int32_t line = __builtin_LINE()) {
-  return static_cast<T *>(AllocateZeroed(sizeof(T), file, line));
+T *NewRecord() {
+  void *block = AllocateUncleared(sizeof(T));
+  return block == nullptr ? nullptr : static_cast<T *>(std::memset(block, 0, sizeof(T)));
 }
 
 // The pointer that a variable of some pointer type at `address` holds: what a
@@ -39,7 +46,7 @@ T *PointerAt(const void *address) {
 }
 
 struct FreeBlock {
-  void operator()(void *block) const { fnQN_Free(&block); }
+  void operator()(void *block) const { Release(block); }
 };
 
 // A block that is freed at the end of its scope.
@@ -47,10 +54,11 @@ template <typename T>
 using Owned = std::unique_ptr<T, FreeBlock>;
 
 // A new terminated copy of `text`, or null when the heap refuses.
-inline char *CopyText(std::string_view text, const char *file = __builtin_FILE(),
-                      int32_t line = __builtin_LINE()) {
-  auto *copy = static_cast<char *>(AllocateZeroed(text.size() + 1, file, line));
-  if (copy != nullptr) std::memcpy(copy, text.data(), text.size());
+inline char *CopyText(std::string_view text) {
+  auto *copy = static_cast<char *>(AllocateUncleared(text.size() + 1));
+  if (copy == nullptr) return nullptr;
+  std::memcpy(copy, text.data(), text.size());
+  copy[text.size()] = '\0';
   return copy;
 }
 
