@@ -1,6 +1,8 @@
 // Sorting of the list: an exchange sort that moves elements and keeps nodes.
 // Which elements are compared, and in which order, is what callers with a
 // comparator of their own have seen since the beginning, so the steps stay.
+#include <utility>
+
 #include "qn_owned.h"
 #include "qnstack/qn_list.h"
 
@@ -37,6 +39,8 @@ int32_t CountNodes(const QNList *list) {
   return nodes;
 }
 
+void Exchange(QNListNode *a, QNListNode *b) { std::swap(a->data, b->data); }
+
 // Carries the element at `pivot` behind all smaller ones up to the next
 // settled position; it is settled where it ends.
 void CarryToPlace(Place pivot, QNListCompare cmp, Settled &settled) {
@@ -45,8 +49,8 @@ void CarryToPlace(Place pivot, QNListCompare cmp, Settled &settled) {
   for (; other.node != nullptr && !settled.At(other); other = other.Next()) {
     if (cmp(pivot.node->data, other.node->data) <= 0) continue;
     // The pivot moves one place on, and the smaller element takes its place.
-    fnQNList_Swap(pivot.node, pivot.node->next);
-    if (pivot.node->next != other.node) fnQNList_Swap(pivot.node, other.node);
+    Exchange(pivot.node, pivot.node->next);
+    if (pivot.node->next != other.node) Exchange(pivot.node, other.node);
     pivot = pivot.Next();
   }
   settled.Mark(pivot);
