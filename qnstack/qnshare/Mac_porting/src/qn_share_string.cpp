@@ -8,6 +8,7 @@
 
 #include "qn_ascii.h"
 #include "qn_owned.h"
+#include "qnstack/qn_stricmp.h"
 
 namespace {
 
@@ -17,23 +18,31 @@ constexpr signed char FoldInner(char byte) {
   return value >= 'B' && value <= 'Y' ? static_cast<signed char>(value + ('a' - 'A')) : value;
 }
 
+// The length is known beforehand, so that many bytes are taken at a time.
+void Lower(char *text, size_t length) {
+  for (size_t i = 0; i < length; ++i) text[i] = static_cast<char>(qn::FoldByte(text[i]));
+}
+
+char *LowerCopy(std::string_view text) {
+  char *copy = qn::CopyText(text);
+  if (copy != nullptr) Lower(copy, text.size());
+  return copy;
+}
+
 }  // namespace
 
 size_t fnQN_STRLEN(const char *s) { return s == nullptr ? 0 : std::strlen(s); }
 
 char *fnQN_STRCPY(char *dst, const char *src) {
-  if (dst != nullptr && src != nullptr) std::strcpy(dst, src);
-  return dst;
+  return dst != nullptr && src != nullptr ? std::strcpy(dst, src) : dst;
 }
 
 char *fnQN_STRNCPY(char *dst, const char *src, size_t n) {
-  if (dst != nullptr && src != nullptr) std::strncpy(dst, src, n);
-  return dst;
+  return dst != nullptr && src != nullptr ? std::strncpy(dst, src, n) : dst;
 }
 
 char *fnQN_STRCAT(char *dst, const char *src) {
-  if (dst != nullptr && src != nullptr) std::strcat(dst, src);
-  return dst;
+  return dst != nullptr && src != nullptr ? std::strcat(dst, src) : dst;
 }
 
 int fnQN_STRCMP(const char *a, const char *b) {
@@ -76,26 +85,27 @@ int32_t fnQN_STRNCMP(const char *a, const char *b, uint32_t /*n*/) {
 }
 
 char *fnQN_STRNCAT(char *dst, const char *src, uint32_t n) {
-  const qn::Owned<char> scratch(static_cast<char *>(qn::AllocateZeroed(size_t{n} + 1)));
+  const qn::Owned<char> scratch(static_cast<char *>(qn::AllocateUncleared(size_t{n} + 1)));
   if (scratch == nullptr) return nullptr;
   if (dst == nullptr || src == nullptr) return dst;
-  std::memcpy(scratch.get(), src, strnlen(src, n));
-  return std::strcat(dst, scratch.get());
+  const size_t length = strnlen(src, n);
+  std::memcpy(scratch.get(), src, length);
+  char *end = dst + std::strlen(dst);
+  std::memcpy(end, scratch.get(), length);
+  end[length] = '\0';
+  return dst;
 }
 
 int32_t fnQN_STRICMP(const char *a, const char *b) {
   if (a == nullptr || b == nullptr) return -1;
-  // Strings of different length differ at the shorter one's terminator.
-  for (; qn::FoldByte(*a) == qn::FoldByte(*b); ++a, ++b) {
-    if (*a == '\0') return 0;
-  }
-  return -1;
+  return fnQNRTL_stricmp(a, b) == 0 ? 0 : -1;
 }
 
 int32_t fnQN_STRNICMP(const char *a, const char *b, uint32_t n) {
   if (a == nullptr || b == nullptr) return -1;
   if (strnlen(a, n) < n) return -1;
   if (strnlen(b, n) < n) return 1;
+  if (std::memcmp(a, b, n) == 0) return 0;
   for (uint32_t i = 0; i < n; ++i) {
     const signed char left = FoldInner(a[i]);
     const signed char right = FoldInner(b[i]);
@@ -110,18 +120,15 @@ int32_t fnQN_STRBEGINS(const char *s, const char *prefix) {
 }
 
 int32_t fnQN_STRLOWER(char *s) {
-  if (s == nullptr) return 0;
-  for (; *s != '\0'; ++s) *s = static_cast<char>(qn::FoldByte(*s));
+  if (s != nullptr) Lower(s, std::strlen(s));
   return 0;
 }
 
 char *fnQN_STRISTR(const char *haystack, const char *needle) {
   if (haystack == nullptr || needle == nullptr) return nullptr;
-  const qn::Owned<char> lower_haystack(qn::CopyText(haystack));
-  const qn::Owned<char> lower_needle(qn::CopyText(needle));
+  const qn::Owned<char> lower_haystack(LowerCopy(haystack));
+  const qn::Owned<char> lower_needle(LowerCopy(needle));
   if (lower_haystack == nullptr || lower_needle == nullptr) return nullptr;
-  fnQN_STRLOWER(lower_haystack.get());
-  fnQN_STRLOWER(lower_needle.get());
   const char *match = std::strstr(lower_haystack.get(), lower_needle.get());
   if (match == nullptr) return nullptr;
   return const_cast<char *>(haystack) + (match - lower_haystack.get());
