@@ -6,6 +6,7 @@
 #include "qn_text_search.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "qn_ascii.h"
 
@@ -66,9 +67,45 @@ bool IsPeriodic(std::string_view needle, const Factorization &parts) {
   return true;
 }
 
+// Finds the places of one letter in either case, from the front to the back of
+// a text. Each byte is looked at once for each case.
+class LetterFinder {
+ public:
+  LetterFinder(std::string_view text, char letter)
+      : text_(text), cases_{static_cast<char>(qn::FoldByte(letter)), OtherCase(letter)} {}
+
+  // The first place at or behind `offset`; the text's end if there is none.
+  Offset Next(Offset offset) {
+    for (int i = 0; i < 2; ++i) {
+      if (places_[i] < offset) places_[i] = Find(cases_[i], offset);
+    }
+    return std::min(places_[0], places_[1]);
+  }
+
+ private:
+  static constexpr char OtherCase(char letter) {
+    const unsigned char folded = qn::FoldByte(letter);
+    const bool has_case = folded >= 'a' && folded <= 'z';
+    return static_cast<char>(has_case ? folded - ('a' - 'A') : folded);
+  }
+
+  Offset Find(char byte, Offset offset) const {
+    const auto start = static_cast<std::size_t>(offset);
+    if (start >= text_.size()) return static_cast<Offset>(text_.size());
+    const void *found = std::memchr(text_.data() + start, byte, text_.size() - start);
+    if (found == nullptr) return static_cast<Offset>(text_.size());
+    return static_cast<const char *>(found) - text_.data();
+  }
+
+  std::string_view text_;
+  char cases_[2];
+  Offset places_[2] = {-1, -1};
+};
+
 }  // namespace
 
 std::size_t qn::FindIgnoringCase(std::string_view haystack, std::string_view needle) {
+  if (needle.empty()) return 0;
   if (needle.size() > haystack.size()) return kNotFound;
   const auto length = static_cast<Offset>(needle.size());
   const auto last_start = static_cast<Offset>(haystack.size()) - length;
@@ -77,8 +114,16 @@ std::size_t qn::FindIgnoringCase(std::string_view haystack, std::string_view nee
   const Offset shift =
       periodic ? parts.period : std::max(parts.cut + 1, length - parts.cut - 1) + 1;
 
+  // Where nothing is known to match, starts whose first compared byte differs
+  // are passed over.
+  const Offset first = parts.cut + 1;
+  LetterFinder finder(haystack, needle[static_cast<std::size_t>(first)]);
   Offset known = -1;  // last offset of a prefix that is known to match
   for (Offset start = 0; start <= last_start;) {
+    if (known < 0) {
+      start = finder.Next(start + first) - first;
+      if (start > last_start) return kNotFound;
+    }
     Offset i = std::max(parts.cut, known) + 1;
     while (i < length && At(needle, i) == At(haystack, start + i)) ++i;
     if (i < length) {
