@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdarg>
 #include <cstring>
+#include <limits>
 #include <string>
 
 namespace {
@@ -104,6 +105,31 @@ TEST(QnSnprintf, CutsInsideANumber) {
   EXPECT_EQ(fnQNRTL_snprintf(buf, sizeof buf, "n=%d", 123456), 5);
 
   EXPECT_STREQ(buf, "n=12");
+}
+
+TEST(QnSnprintf, CutsConversionsOfAllKindsAtAnyPlace) {
+  const std::string whole = "name=-5;7 (null) -2147483648 4294967295 ab c% end|";
+  const char *volatile nothing = nullptr;
+  for (uint32_t len = 0; len <= whole.size() + 1; ++len) {
+    std::string area(whole.size() + 2, '#');
+    const int32_t result = fnQNRTL_snprintf(
+        area.data(), len, "%s=%d;%u %s %d %u %x %c%% %s|", "name", -5, 7U, nothing,
+        std::numeric_limits<int>::min(), std::numeric_limits<unsigned>::max(), 0xABU, 'c', "end");
+
+    std::string expected(area.size(), '#');
+    if (len > 0) expected.replace(0, len, (whole + '\0').substr(0, len - 1) + '\0');
+    const bool cut = len > 0 && len <= whole.size();
+    EXPECT_EQ(result, static_cast<int32_t>(cut ? len : whole.size())) << len;
+    EXPECT_EQ(area, expected) << len;
+  }
+}
+
+TEST(QnSnprintf, ConvertsOnBehindTextThatThePortableFormatterTook) {
+  char area[64];
+  const int32_t result = fnQNRTL_snprintf(area, sizeof area, "%d %5.1f %s %d", 1, 2.5, "three", 4);
+
+  EXPECT_EQ(result, 15);
+  EXPECT_STREQ(area, "1   2.5 three 4");
 }
 
 TEST(QnSnprintf, CountsAZeroByteInsideTheText) {

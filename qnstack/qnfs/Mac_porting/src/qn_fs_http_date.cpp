@@ -1,12 +1,12 @@
 // The date of HTTP headers: reading the RFC 1123 form and writing one much
 // like it. Owns nothing.
 #include <array>
-#include <cstdio>
 #include <optional>
 #include <string_view>
 
 #include "qn_scan.h"
 #include "qnstack/qn_fs_comm_tools.h"
+#include "qnstack/qn_snprintf.h"
 
 namespace {
 
@@ -56,8 +56,8 @@ int32_t date_to_httpDate(uint32_t seconds, char *out) {
   if (out == nullptr) return 0;
   QNTime t = {};
   GETJULIANDATE(seconds, &t);
-  return std::snprintf(out, kMostText, "%s, %d %s %d %d:%d:%d GMT", WeekdayName(t.extra),
-                       static_cast<int>(t.day), MonthName(t.month), static_cast<int>(t.year),
-                       static_cast<int>(t.hour) - kHoursAheadOfGmt, static_cast<int>(t.minute),
-                       static_cast<int>(t.second));
+  return fnQNRTL_snprintf(out, kMostText, "%s, %d %s %d %d:%d:%d GMT", WeekdayName(t.extra),
+                          static_cast<int>(t.day), MonthName(t.month), static_cast<int>(t.year),
+                          static_cast<int>(t.hour) - kHoursAheadOfGmt, static_cast<int>(t.minute),
+                          static_cast<int>(t.second));
 }
