@@ -2,6 +2,8 @@
 // the request composer takes at most its newest cookie.
 #include "qnstack/qn_stack_http_cookie.h"
 
+#include "qn_ascii.h"
+#include "qn_list_find.h"
 #include "qn_owned.h"
 #include "qn_stack_http_cookie_internal.h"
 #include "qn_stack_membuffer_internal.h"
@@ -46,8 +48,8 @@ QNList *qn::http_Cookie_list = nullptr;
 int qn::fnQNStack_Http_Cookie_Compare(const void *key, const void *stored) {
   const auto *a = static_cast<const HttpCookie *>(key);
   const auto *b = static_cast<const HttpCookie *>(stored);
-  const bool match = fnQN_STRCMP(a->name, b->name) == 0 && fnQN_STRCMP(a->domain, b->domain) != 0 &&
-                     fnQN_STRCMP(a->path, b->path) != 0;
+  const bool match = CompareText(a->name, b->name) == 0 && CompareText(a->domain, b->domain) != 0 &&
+                     CompareText(a->path, b->path) != 0;
   return match ? 0 : 1;
 }
 
@@ -67,13 +69,14 @@ void fnQNStack_Http_Cookie_Set(const char *name, const char *value, const char *
   if (qn::http_Cookie_list == nullptr) qn::http_Cookie_list = qn::NewRecord<QNList>();
   const qn::HttpCookie cookie = {const_cast<char *>(name), const_cast<char *>(value),
                                  const_cast<char *>(domain), const_cast<char *>(path)};
-  QNListNode *match =
-      fnQNList_CompareFind(qn::http_Cookie_list, &cookie, qn::fnQNStack_Http_Cookie_Compare);
+  auto *match = qn::FindElement<qn::HttpCookie>(
+      qn::http_Cookie_list, &cookie,
+      [](const void *a, const void *b) { return qn::fnQNStack_Http_Cookie_Compare(a, b); });
   if (match == nullptr) {
     AddNewest(cookie);
     return;
   }
-  Store(static_cast<qn::HttpCookie *>(match->data)->value, value);
+  Store(match->value, value);
 }
 
 void fnQNStack_Http_Cookie_AddToHead(QNMemBuffer *buffer, const char *host) {

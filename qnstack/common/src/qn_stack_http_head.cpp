@@ -3,6 +3,8 @@
 // it by name.
 #include "qnstack/qn_stack_http_head.h"
 
+#include "qn_ascii.h"
+#include "qn_list_find.h"
 #include "qn_owned.h"
 #include "qn_stack_http_head_internal.h"
 #include "qnstack/qn_list.h"
@@ -27,9 +29,9 @@ constexpr qn::HttpHeadEntry kDefaults[] = {
 
 qn::HttpHeadEntry *Find(const char *name) {
   const qn::HttpHeadEntry key = {const_cast<char *>(name), nullptr};
-  QNListNode *node =
-      fnQNList_CompareFind(qn::http_head_list, &key, qn::fnQNStack_Http_Head_Compare);
-  return static_cast<qn::HttpHeadEntry *>(fnQNList_GetData(node));
+  return qn::FindElement<qn::HttpHeadEntry>(
+      qn::http_head_list, &key,
+      [](const void *a, const void *b) { return qn::fnQNStack_Http_Head_Compare(a, b); });
 }
 
 void Append(const char *name, const char *value) {
@@ -48,7 +50,7 @@ void Append(const char *name, const char *value) {
 QNList *qn::http_head_list = nullptr;
 
 int qn::fnQNStack_Http_Head_Compare(const void *key, const void *stored) {
-  return fnQN_STRCMP(static_cast<const HttpHeadEntry *>(key)->name,
+  return CompareText(static_cast<const HttpHeadEntry *>(key)->name,
                      static_cast<const HttpHeadEntry *>(stored)->name);
 }
 

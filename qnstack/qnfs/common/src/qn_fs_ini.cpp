@@ -4,7 +4,9 @@
 
 #include <cstdint>
 
+#include "qn_ascii.h"
 #include "qn_fs_filebuffer_internal.h"
+#include "qn_list_find.h"
 #include "qn_owned.h"
 #include "qnstack/qn_fs_file.h"
 #include "qnstack/qn_fs_filebuffer.h"
@@ -28,8 +30,8 @@ int32_t AddEntry(QNList *list, char *key, char *value) {
 }
 
 QNFSIniEntry *Find(const QNList *list, const char *key) {
-  QNListNode *node = fnQNList_CompareFind(list, &key, fnQNFS_INI_Compare);
-  return static_cast<QNFSIniEntry *>(fnQNList_GetData(node));
+  return qn::FindElement<QNFSIniEntry>(
+      list, &key, [](const void *a, const void *b) { return fnQNFS_INI_Compare(a, b); });
 }
 
 }  // namespace
@@ -91,7 +93,8 @@ int32_t fnQNFS_INI_Read(const char *name, QNList *list, const char *key, char *d
 }
 
 int fnQNFS_INI_Compare(const void *key, const void *entry) {
-  return fnQN_STRCMP(qn::PointerAt<const char>(key), static_cast<const QNFSIniEntry *>(entry)->key);
+  return qn::CompareText(qn::PointerAt<const char>(key),
+                         static_cast<const QNFSIniEntry *>(entry)->key);
 }
 
 void fnQNFS_INI_FreeNode(void *address) {

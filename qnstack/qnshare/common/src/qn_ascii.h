@@ -3,6 +3,7 @@
 #define QNSTACK_QN_ASCII_H
 
 #include <cstddef>
+#include <cstring>
 #include <string_view>
 
 namespace qn {
@@ -20,6 +21,14 @@ constexpr bool BeginsWithIgnoringCase(std::string_view text, std::string_view pr
     if (FoldByte(text[i]) != FoldByte(prefix[i])) return false;
   }
   return true;
+}
+
+// As fnQN_STRCMP(); most texts that differ do so at once, which needs no call
+// to be seen.
+inline int CompareText(const char *a, const char *b) {
+  if (a == nullptr || b == nullptr) return -1;
+  const int difference = static_cast<unsigned char>(*a) - static_cast<unsigned char>(*b);
+  return difference != 0 ? difference : std::strcmp(a, b);
 }
 
 }  // namespace qn
