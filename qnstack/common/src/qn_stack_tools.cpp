@@ -14,7 +14,7 @@ char *fnQNStack_StrDup(const char *string) { return fnQN_StrDup(string); }
 char *fnQNStack_StrArraySplit(const char *string, const char *delimiters, uint32_t *position) {
   if (string == nullptr || delimiters == nullptr || position == nullptr) return nullptr;
   // A position past the end must not be followed, so the way there is looked at.
-  const bool inside = strnlen(string, *position) == *position;
+  const bool inside = *position == 0 || strnlen(string, *position) == *position;
   const char *start = inside ? string + *position : "";
   const std::string_view token(start, std::strcspn(start, delimiters));
   char *copy = qn::CopyText(token);
