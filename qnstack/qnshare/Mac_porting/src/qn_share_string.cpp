@@ -8,7 +8,6 @@
 
 #include "qn_ascii.h"
 #include "qn_owned.h"
-#include "qnstack/qn_stricmp.h"
 
 namespace {
 
@@ -98,7 +97,7 @@ char *fnQN_STRNCAT(char *dst, const char *src, uint32_t n) {
 
 int32_t fnQN_STRICMP(const char *a, const char *b) {
   if (a == nullptr || b == nullptr) return -1;
-  return fnQNRTL_stricmp(a, b) == 0 ? 0 : -1;
+  return qn::EqualsIgnoringCase(a, b) ? 0 : -1;
 }
 
 int32_t fnQN_STRNICMP(const char *a, const char *b, uint32_t n) {

@@ -14,11 +14,10 @@
 
 namespace {
 
+constexpr std::size_t kWhole = std::numeric_limits<std::size_t>::max();
+
 // Null when the system has no memory for it.
-locale_t PlainLocale() {
-  static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
-  return plain;
-}
+const locale_t plain_locale = newlocale(LC_ALL_MASK, "C", nullptr);
 
 // Most strings that differ do so at once, which needs no call to be seen.
 bool BeginAlike(const char *a, const char *b) { return qn::FoldByte(*a) == qn::FoldByte(*b); }
@@ -35,18 +34,26 @@ int32_t FoldedDifference(const char *a, const char *b, std::size_t n) {
 
 }  // namespace
 
+bool qn::EqualsIgnoringCase(const char *a, const char *b) {
+  if (!BeginAlike(a, b)) return false;
+  if (plain_locale != nullptr) return strcasecmp_l(a, b, plain_locale) == 0;
+  return FoldedDifference(a, b, kWhole) == 0;
+}
+
 int32_t fnQNRTL_stricmp(const char *a, const char *b) {
   if (a == nullptr) return -1;
   if (b == nullptr) return 1;
-  const locale_t plain = PlainLocale();
-  if (plain != nullptr && BeginAlike(a, b) && strcasecmp_l(a, b, plain) == 0) return 0;
-  return FoldedDifference(a, b, std::numeric_limits<std::size_t>::max());
+  if (plain_locale != nullptr && BeginAlike(a, b) && strcasecmp_l(a, b, plain_locale) == 0)
+    return 0;
+  return FoldedDifference(a, b, kWhole);
 }
 
 int32_t fnQNRTL_strnicmp(const char *a, const char *b, uint32_t n) {
   if (a == nullptr) return -1;
   if (b == nullptr) return 1;
-  const locale_t plain = PlainLocale();
-  if (plain != nullptr && n > 0 && BeginAlike(a, b) && strncasecmp_l(a, b, n, plain) == 0) return 0;
+  if (plain_locale != nullptr && n > 0 && BeginAlike(a, b) &&
+      strncasecmp_l(a, b, n, plain_locale) == 0) {
+    return 0;
+  }
   return FoldedDifference(a, b, n);
 }
