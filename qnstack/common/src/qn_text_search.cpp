@@ -118,16 +118,13 @@ std::size_t qn::FindIgnoringCase(std::string_view haystack, std::string_view nee
   // are passed over.
   const Offset first = parts.cut + 1;
   LetterFinder finder(haystack, needle[static_cast<std::size_t>(first)]);
+  const auto next_start = [&](Offset start) { return finder.Next(start + first) - first; };
   Offset known = -1;  // last offset of a prefix that is known to match
-  for (Offset start = 0; start <= last_start;) {
-    if (known < 0) {
-      start = finder.Next(start + first) - first;
-      if (start > last_start) return kNotFound;
-    }
+  for (Offset start = next_start(0); start <= last_start;) {
     Offset i = std::max(parts.cut, known) + 1;
     while (i < length && At(needle, i) == At(haystack, start + i)) ++i;
     if (i < length) {
-      start += i - parts.cut;
+      start = next_start(start + i - parts.cut);
       known = -1;
       continue;
     }
