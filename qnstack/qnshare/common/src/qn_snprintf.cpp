@@ -77,6 +77,8 @@ std::string_view StringArgument(const char *string) {
 }  // namespace
 
 int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list args) {
+  va_list rest;
+  va_copy(rest, args);
   Text text(buf, len);
   bool fits = true;
   while (fits) {
@@ -84,17 +86,18 @@ int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list a
     if (!fits || *format == '\0') break;
     const char conversion = format[1];
     if (conversion == 's') {
-      fits = text.Put(StringArgument(va_arg(args, const char *)));
+      fits = text.Put(StringArgument(va_arg(rest, const char *)));
     } else if (conversion == 'd') {
-      fits = text.PutNumber(va_arg(args, int));
+      fits = text.PutNumber(va_arg(rest, int));
     } else if (conversion == 'u') {
-      fits = text.PutNumber(va_arg(args, unsigned));
+      fits = text.PutNumber(va_arg(rest, unsigned));
     } else {
-      fits = text.PutFormatted(format, args);
+      fits = text.PutFormatted(format, rest);
       break;
     }
     format += 2;
   }
+  va_end(rest);
   text.Terminate();
   return fits ? text.Length() : static_cast<int32_t>(len);
 }
