@@ -48,7 +48,7 @@ void KeepFilesInMemory() {
 
 int main(int argc, char **argv) {
   int rounds = 11;
-  double seconds = 0.02;
+  double seconds = 0.01;
   bool quick = false;
   std::string filter;
   CLI::App app("Measures the library's operations beside what would be picked instead");
