@@ -16,11 +16,20 @@ namespace {
 
 constexpr std::size_t kWhole = std::numeric_limits<std::size_t>::max();
 
-// Null when the system has no memory for it.
-const locale_t plain_locale = newlocale(LC_ALL_MASK, "C", nullptr);
+// Taken when it is first needed; null when the system has no memory for it.
+locale_t PlainLocale() {
+  static constinit locale_t plain = nullptr;
+  if (plain == nullptr) plain = newlocale(LC_ALL_MASK, "C", nullptr);
+  return plain;
+}
 
-// Most strings that differ do so at once, which needs no call to be seen.
-bool BeginAlike(const char *a, const char *b) { return qn::FoldByte(*a) == qn::FoldByte(*b); }
+// Whether two texts, or their first `n` bytes, are certainly the same but for
+// case. Most that differ do so at once, which needs no call to be seen.
+bool AreAlike(const char *a, const char *b, std::size_t n) {
+  const locale_t plain = PlainLocale();
+  if (plain == nullptr || n == 0 || qn::FoldByte(*a) != qn::FoldByte(*b)) return false;
+  return (n == kWhole ? strcasecmp_l(a, b, plain) : strncasecmp_l(a, b, n, plain)) == 0;
+}
 
 // The folded difference at the first unequal pair, at the terminator of `a`,
 // or at the last of `n` pairs.
@@ -35,25 +44,20 @@ int32_t FoldedDifference(const char *a, const char *b, std::size_t n) {
 }  // namespace
 
 bool qn::EqualsIgnoringCase(const char *a, const char *b) {
-  if (!BeginAlike(a, b)) return false;
-  if (plain_locale != nullptr) return strcasecmp_l(a, b, plain_locale) == 0;
+  if (qn::FoldByte(*a) != qn::FoldByte(*b)) return false;
+  const locale_t plain = PlainLocale();
+  if (plain != nullptr) return strcasecmp_l(a, b, plain) == 0;
   return FoldedDifference(a, b, kWhole) == 0;
 }
 
 int32_t fnQNRTL_stricmp(const char *a, const char *b) {
   if (a == nullptr) return -1;
   if (b == nullptr) return 1;
-  if (plain_locale != nullptr && BeginAlike(a, b) && strcasecmp_l(a, b, plain_locale) == 0)
-    return 0;
-  return FoldedDifference(a, b, kWhole);
+  return AreAlike(a, b, kWhole) ? 0 : FoldedDifference(a, b, kWhole);
 }
 
 int32_t fnQNRTL_strnicmp(const char *a, const char *b, uint32_t n) {
   if (a == nullptr) return -1;
   if (b == nullptr) return 1;
-  if (plain_locale != nullptr && n > 0 && BeginAlike(a, b) &&
-      strncasecmp_l(a, b, n, plain_locale) == 0) {
-    return 0;
-  }
-  return FoldedDifference(a, b, n);
+  return AreAlike(a, b, n) ? 0 : FoldedDifference(a, b, n);
 }
