@@ -11,7 +11,6 @@
 
 #include "qn_owned.h"
 #include "qn_stack_membuffer_internal.h"
-#include "qnstack/qn_share_string.h"
 #include "qnstack/qn_snprintf.h"
 #include "qnstack/qn_stack_mem.h"
 
@@ -113,6 +112,15 @@ void Append(Buffer *buffer, const void *bytes, uint32_t count) {
   CountIn(&buffer->face, count);
 }
 
+// Where a delimiter of two characters, as line ends are, first stands in a
+// string; null if nowhere. Lines are short, and a general search would spend
+// most of its time on getting ready.
+const char *FindPair(const char *text, const char *pair) {
+  const char *first = std::strchr(text, pair[0]);
+  while (first != nullptr && first[1] != pair[1]) first = std::strchr(first + 1, pair[0]);
+  return first;
+}
+
 }  // namespace
 
 uint32_t qn::Unread(const QNMemBuffer *buffer) { return buffer->length - buffer->cursor; }
@@ -133,7 +141,7 @@ void qn::WritePiece(QNMemBuffer *buffer, std::initializer_list<std::string_view>
 
 std::optional<std::string_view> qn::TakeLine(QNMemBuffer *buffer) {
   const char *unread = buffer->data + buffer->cursor;
-  const char *line_end = std::strstr(unread, kLineEnd);
+  const char *line_end = FindPair(unread, kLineEnd);
   if (line_end == nullptr) return std::nullopt;
   const std::string_view line(unread, static_cast<std::size_t>(line_end - unread));
   buffer->cursor += static_cast<uint32_t>(line.size() + std::strlen(kLineEnd));
@@ -214,12 +222,13 @@ int32_t fnQN_MemBuffer_unRead(QNMemBuffer *buffer, int32_t count) {
 char *fnQN_MemBuffer_ReadBySubstr(QNMemBuffer *buffer, const char *delimiter) {
   if (buffer == nullptr || delimiter == nullptr) return nullptr;
   const char *unread = buffer->data + buffer->cursor;
-  const char *match = fnQN_STRSTR(unread, delimiter);
+  const std::size_t length = std::strlen(delimiter);
+  const char *match = length == 2 ? FindPair(unread, delimiter) : std::strstr(unread, delimiter);
   if (match == nullptr) return nullptr;
   const std::string_view item(unread, static_cast<std::size_t>(match - unread));
   char *copy = qn::CopyText(item);
   if (copy == nullptr) return nullptr;
-  buffer->cursor += static_cast<uint32_t>(item.size() + fnQN_STRLEN(delimiter));
+  buffer->cursor += static_cast<uint32_t>(item.size() + length);
   return copy;
 }
 
