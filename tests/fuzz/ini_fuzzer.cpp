@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/repeated.h"
 #include "qnstack/qn_fs_ini.h"
 #include "support/field_model.h"
 #include "support/recording_file_port.h"
@@ -168,14 +169,19 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);
-  const bool has_backup = input.ConsumeBool();
+  enum { kFile, kBackupAlone, kLargerBackup };
+  const int kind = input.ConsumeIntegralInRange<int>(kFile, kLargerBackup);
   std::vector<Step> steps;
   for (int left = input.ConsumeIntegralInRange(0, kMostSteps); left > 0; --left) {
     steps.push_back(NextStep(&input));
   }
-  const std::string file = input.ConsumeRemainingBytesAsString();
+  std::string file = input.ConsumeRemainingBytesAsString();
   FilePort().Reset();
-  FilePort().files().Write(has_backup ? kBackup : kName, file);
+  if (kind == kLargerBackup) {
+    FilePort().files().Write(kName, "torn");
+    file = qntest::Repeated(file, kHeadroom + 100);
+  }
+  FilePort().files().Write(kind == kFile ? kName : kBackup, file);
   StoreAndModel both(file);
   for (const Step &step : steps) both.Do(step);
   return 0;

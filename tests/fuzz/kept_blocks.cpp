@@ -17,11 +17,11 @@ struct Block {
 };
 
 // Open addressing; what was freed keeps its slot until the table is cleared.
-constexpr std::size_t kSlots = 1U << 16U;
+constexpr std::size_t kSlots = 1U << 18U;
 
 struct Table {
   std::array<Block, kSlots> slots;
-  std::array<uint16_t, kSlots> used;  // the slots in the order of their use
+  std::array<uint32_t, kSlots> used;  // the slots in the order of their use
   std::size_t used_count;
 };
 
@@ -34,7 +34,7 @@ Block &SlotOf(void *address) {
   }
   if (table.slots[slot].address == nullptr) {
     if (table.used_count == kSlots - 1) std::abort();  // more blocks than any input should make
-    table.used[table.used_count++] = static_cast<uint16_t>(slot);
+    table.used[table.used_count++] = static_cast<uint32_t>(slot);
     table.slots[slot] = {address, 0, false};
   }
   return table.slots[slot];

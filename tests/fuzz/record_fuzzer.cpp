@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "fuzz/kept_blocks.h"
+#include "fuzz/repeated.h"
 #include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_fs_file_record.h"
 #include "qnstack/qn_share_string.h"
@@ -27,7 +28,7 @@ using Texts = std::vector<std::string>;
 constexpr char kName[] = "/records";
 constexpr char kBackup[] = "/records.bak";
 constexpr uint32_t kHeadroom = 10000;
-constexpr int kMostSteps = 16;
+constexpr int kMostSteps = 10;
 constexpr std::size_t kLogBlock = sizeof "qnstack/qnfs/common/src/qn_fs_file_record";
 
 enum class Action { kAdd, kLoad, kLoadInFront, kSave, kSaveBackwards, kAppend };
@@ -83,10 +84,13 @@ class RecordsAndModel {
     EXPECT_EQ(File(), file_);
   }
 
-  // A file that is there, or one that an unfinished save has left behind.
-  void Start(const std::string &content, bool unfinished) {
+  // A file that is there, or one that an unfinished save has left behind,
+  // perhaps with the start of another.
+  void Start(const std::string &content, bool unfinished, bool torn) {
     FilePort().Reset();
     FilePort().files().Write(unfinished ? kBackup : kName, content);
+    if (unfinished && torn) FilePort().files().Write(kName, "torn");
+    if (unfinished && torn) file_ = "torn";
     if (!unfinished) file_ = content;
     backup_ = unfinished ? content : "";
     has_backup_ = unfinished;
@@ -145,9 +149,9 @@ class RecordsAndModel {
   int saves_ = 0;
 };
 
-int SavesIn(const std::string &file, bool unfinished, const std::vector<Step> &steps) {
+int SavesIn(const std::string &file, int kind, const std::vector<Step> &steps) {
   RecordsAndModel both;
-  both.Start(file, unfinished);
+  both.Start(file, kind != 0, kind == 2);
   for (const Step &step : steps) both.Do(step);
   return both.Saves();
 }
@@ -158,14 +162,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);
-  const bool unfinished = input.ConsumeBool();
+  // A file, a backup alone, or a torn file and a much larger backup.
+  const int kind = input.ConsumeIntegralInRange(0, 2);
   std::vector<Step> steps;
   for (int left = input.ConsumeIntegralInRange(0, kMostSteps); left > 0; --left) {
     steps.push_back(NextStep(&input));
   }
-  const std::string file = input.ConsumeRemainingBytesAsString();
+  std::string file = input.ConsumeRemainingBytesAsString();
+  if (kind == 2) file = qntest::Repeated(file, kHeadroom + 100);
   qntest::KeptBlocks kept;
-  const int saves = SavesIn(file, unfinished, steps);
+  const int saves = SavesIn(file, kind, steps);
   EXPECT_EQ(kept.Release(),
             std::vector<std::size_t>(2 * static_cast<std::size_t>(saves), kLogBlock));
   return 0;
