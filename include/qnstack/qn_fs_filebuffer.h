@@ -43,8 +43,10 @@ QN_API void fnQNFS_Init_Buffer(QNFSBuffer *record, uint32_t capacity);
 
 /**
  * Writes a string field. One that does not fit is dropped and closes the
- * buffer: later fields are dropped too. Whether the zero byte fits is not
- * asked, so a field may fill the storage to its end.
+ * buffer: later fields are dropped too, except that each empty one still moves
+ * `pos` on by one. Make sure that the storage holds `pos` + 1 bytes before you
+ * save such a buffer. Whether the zero byte fits is not asked, so a field may
+ * fill the storage to its end.
  *
  * @param record the record; NULL does nothing.
  * @param string the characters; NULL writes an empty field. The string "\n" is
