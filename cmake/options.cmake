@@ -9,8 +9,11 @@ target_compile_options(qnstack_warnings INTERFACE
 
 add_library(qnstack_instrumentation INTERFACE)
 if(QNSTACK_SANITIZE)
+  # Of the tests' own objects the addresses are watched, the arithmetic is not.
+  string(REPLACE "," "$<COMMA>" sanitizers "${QNSTACK_SANITIZE}")
   target_compile_options(qnstack_instrumentation INTERFACE
-    -fsanitize=${QNSTACK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    -fsanitize=$<IF:$<BOOL:$<TARGET_PROPERTY:QNSTACK_TEST_CODE>>,address,${sanitizers}>
+    -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(qnstack_instrumentation INTERFACE -fsanitize=${QNSTACK_SANITIZE})
 endif()
 if(QNSTACK_COVERAGE)
