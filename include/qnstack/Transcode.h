@@ -18,6 +18,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup containers
+ * @{
+ */
+
 /** Character sets that fnCharSet_DecodeString2Local() knows, by IANA MIBenum. */
 enum {
   QN_CHARSET_US_ASCII = 3, /**< US-ASCII, taken as it is */
@@ -124,6 +129,8 @@ QN_API char *fnCharSet_DecodeString2Local(uint32_t charset, const void *src, int
  * @param buf the buffer, not to be used again; NULL does nothing.
  */
 QN_API void fnCharSet_CharSetFreeStringBuf(char *buf);
+
+/** @} */
 
 QN_END_DECLS
 

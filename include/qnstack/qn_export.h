@@ -8,6 +8,11 @@
 #ifndef QNSTACK_QN_EXPORT_H
 #define QNSTACK_QN_EXPORT_H
 
+/**
+ * @addtogroup interface
+ * @{
+ */
+
 #if defined(__GNUC__)
 /** Marks a function or an object as part of the library's interface. */
 #define QN_API __attribute__((visibility("default")))
@@ -28,5 +33,7 @@
 #define QN_BEGIN_DECLS
 #define QN_END_DECLS
 #endif
+
+/** @} */
 
 #endif

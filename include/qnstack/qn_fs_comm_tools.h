@@ -23,6 +23,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup files
+ * @{
+ */
+
 /** A broken-down date and time. */
 typedef struct QNTime {
   uint32_t year;   /**< full year from the parsers; years since 1900 from the clock readers */
@@ -267,6 +272,12 @@ QN_API intptr_t fnQNFS_TimerCallback(uint32_t id);
  *
  * @param context the record's context.
  * @param a1 handed on, like the six behind it.
+ * @param a2 see @p a1.
+ * @param a3 see @p a1.
+ * @param a4 see @p a1.
+ * @param a5 see @p a1.
+ * @param a6 see @p a1.
+ * @param a7 see @p a1.
  * @return handed back.
  */
 typedef intptr_t (*QNFSCallBackFunction)(intptr_t context, intptr_t a1, intptr_t a2, intptr_t a3,
@@ -362,6 +373,8 @@ QN_API int32_t fnQNFS_List_getPos(const QNList *list, const void *data);
  *         heap refuses the new node (the list is then unchanged).
  */
 QN_API int32_t fnQNFS_List_MoveToHead(QNList *list, void *data);
+
+/** @} */
 
 QN_END_DECLS
 

@@ -23,6 +23,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup porting
+ * @{
+ */
+
 /** Bytes for the root directory with its terminator. */
 #define QNFS_PATH_BYTES 1024
 
@@ -267,6 +272,8 @@ QN_API int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t
  */
 QN_API int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t length,
                                         void *destination);
+
+/** @} */
 
 QN_END_DECLS
 

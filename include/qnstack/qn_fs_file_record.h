@@ -19,6 +19,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup files
+ * @{
+ */
+
+/**
  * Writes one element.
  *
  * @param record where to.
@@ -107,6 +112,8 @@ QN_API void *fnQNFS_List_Find_Node(QNList *list, intptr_t key, QNListCompare com
  *         heap refuses.
  */
 QN_API char *fnQNFS_getBak_FileName(const char *name);
+
+/** @} */
 
 QN_END_DECLS
 

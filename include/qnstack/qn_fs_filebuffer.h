@@ -25,6 +25,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup files
+ * @{
+ */
+
 /** A typed file buffer; the record is the caller's. */
 typedef struct QNFSBuffer {
   char *data;   /**< the storage, from fnQN_Malloc_Local(); one byte more than the capacity, as the
@@ -204,6 +209,8 @@ QN_API int32_t fnQNFS_Append_Buffer_To_File(const char *name, QNFSBuffer *record
  *         with an empty buffer, if the port read well and gave no count.
  */
 QN_API int32_t fnQNFS_Load_File_To_Buffer(const char *name, QNFSBuffer *record);
+
+/** @} */
 
 QN_END_DECLS
 

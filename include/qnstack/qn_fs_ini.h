@@ -17,6 +17,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup files
+ * @{
+ */
+
 /** One setting; the element of a settings list. */
 typedef struct QNFSIniEntry {
   char *key;   /**< owned by the entry */
@@ -103,6 +108,8 @@ QN_API int fnQNFS_INI_Compare(const void *key, const void *entry);
  *        or a variable that holds NULL does nothing.
  */
 QN_API void fnQNFS_INI_FreeNode(void *address);
+
+/** @} */
 
 QN_END_DECLS
 

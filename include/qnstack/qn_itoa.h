@@ -12,6 +12,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup containers
+ * @{
+ */
+
+/**
  * Writes an integer as text.
  *
  * Only radix 10 knows negative numbers: in every other radix the 32 bits are
@@ -42,6 +47,8 @@ QN_API char *fnQNRTL_itoa(int32_t value, char *buf, int32_t radix);
  * @return @p buf.
  */
 QN_API char *fnQNRTL_ftoa(double value, char *buf, int32_t radix);
+
+/** @} */
 
 QN_END_DECLS
 

@@ -17,6 +17,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup containers
+ * @{
+ */
+
 /** One element of a list. */
 typedef struct QNListNode {
   void *data;              /**< the caller's element; never NULL in a node of a list */
@@ -308,6 +313,8 @@ QN_API QNList *fnQNList_Sort(QNList *list, QNListCompare cmp);
  *        from the heap.
  */
 QN_API void fnQNList_Free(QNList *list);
+
+/** @} */
 
 QN_END_DECLS
 

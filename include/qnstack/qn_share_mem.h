@@ -17,6 +17,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup buffers
+ * @{
+ */
+
+/**
  * Allocates zero-filled memory from the system heap.
  *
  * @param size number of bytes.
@@ -116,6 +121,8 @@ QN_API void *fnQN_MEMSTR(const void *buf, const char *needle, int32_t len);
  *         only when the heap refuses.
  */
 QN_API char *fnQN_MEMSTRCOPY(const char *s);
+
+/** @} */
 
 QN_END_DECLS
 

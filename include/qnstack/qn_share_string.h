@@ -17,6 +17,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup buffers
+ * @{
+ */
+
+/**
  * Length of a string; C's `strlen`.
  *
  * @param s terminated string, or NULL.
@@ -216,6 +221,8 @@ QN_API int32_t fnQN_STRLOWER(char *s);
  *         an argument is NULL, or the heap refuses a copy.
  */
 QN_API char *fnQN_STRISTR(const char *haystack, const char *needle);
+
+/** @} */
 
 QN_END_DECLS
 

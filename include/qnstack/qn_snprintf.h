@@ -16,6 +16,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup containers
+ * @{
+ */
+
+/**
  * Formats into a bounded area; the text is always terminated inside it.
  *
  * @param buf destination of at least @p len bytes; may be NULL if @p len is 0.
@@ -39,6 +44,8 @@ QN_API int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va
  */
 QN_API int32_t fnQNRTL_snprintf(char *buf, uint32_t len, const char *format, ...)
     QN_PRINTF_LIKE(3, 4);
+
+/** @} */
 
 QN_END_DECLS
 

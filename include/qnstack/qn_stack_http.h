@@ -28,6 +28,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup http
+ * @{
+ */
+
 /** States of a context, as fnQNStack_Http_getState() gives them. */
 enum {
   QN_HTTP_NEW = 0,              /**< resolve the server or the proxy next */
@@ -371,6 +376,8 @@ QN_API int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx);
  *         own body the next call delivers).
  */
 QN_API int32_t fnQNStack_Http_ReadRecvContext(QNHttpCtx *ctx, void *destination, int32_t capacity);
+
+/** @} */
 
 QN_END_DECLS
 

@@ -25,6 +25,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup cache
+ * @{
+ */
+
 /** One cached answer; the element of the index. */
 typedef struct QNCacheEntry {
   char *url;         /**< the URL exactly as given when saved; owned by the entry */
@@ -170,6 +175,8 @@ QN_API char *stristr(const char *haystack, const char *needle);
  * @return 1 to 12; -1 for anything else, "jan" and "January" included.
  */
 QN_API int32_t fnQNStack_getMonth(const char *name);
+
+/** @} */
 
 QN_END_DECLS
 

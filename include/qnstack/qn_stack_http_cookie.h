@@ -14,6 +14,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup http
+ * @{
+ */
+
+/**
  * Stores a cookie; all strings are copied.
  *
  * A stored cookie is replaced (its value alone, in place) when the names are
@@ -42,6 +47,8 @@ QN_API void fnQNStack_Http_Cookie_AddToHead(QNMemBuffer *buffer, const char *hos
 
 /** Empties and frees the jar; harmless when there is none. */
 QN_API void fnQNStack_Http_Cookie_FreeAll(void);
+
+/** @} */
 
 QN_END_DECLS
 

@@ -14,6 +14,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup http
+ * @{
+ */
+
+/**
  * Stores a header value, replacing the one under the same name.
  *
  * @param name header name without a colon; case counts. It is copied. A NULL
@@ -42,6 +47,8 @@ QN_API void fnQNStack_Http_Head_SetDefault(void);
 
 /** Empties and frees the table; harmless when there is none. */
 QN_API void fnQNStack_Http_Head_FreeAll(void);
+
+/** @} */
 
 QN_END_DECLS
 

@@ -12,6 +12,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup buffers
+ * @{
+ */
+
+/**
  * Resizes a block; fnQN_Realloc_Local() with the library's own source place.
  *
  * @param pointer a block from this library, or NULL.
@@ -20,6 +25,8 @@ QN_BEGIN_DECLS
  *         in which case @p pointer stays valid.
  */
 QN_API void *fnQNStack_ReMalloc(void *pointer, uint32_t size);
+
+/** @} */
 
 QN_END_DECLS
 

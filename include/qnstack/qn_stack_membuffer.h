@@ -15,6 +15,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup buffers
+ * @{
+ */
+
 /** A growable byte buffer; made by fnQN_MemBuffer_New(). */
 typedef struct QNMemBuffer {
   char *data;        /**< the storage, owned by the buffer: `capacity` + 10 bytes or more */
@@ -118,6 +123,8 @@ QN_API void fnQN_MemBuffer_WriteItem(QNMemBuffer *buffer, const char *name, cons
  * @return the storage, still the buffer's; NULL for a NULL buffer.
  */
 QN_API char *fnQN_MemBufer_ClearContent(QNMemBuffer *buffer);
+
+/** @} */
 
 QN_END_DECLS
 

@@ -17,6 +17,11 @@
 
 QN_BEGIN_DECLS
 
+/**
+ * @addtogroup porting
+ * @{
+ */
+
 /** Entries of #socket_list; entry 0 is never handed out. */
 #define QN_SOCKET_SLOTS 20
 
@@ -121,6 +126,8 @@ QN_API int32_t fnQN_Stack_SetNoBlock(void);
  * @return `errno`; ask for it right after the call that failed.
  */
 QN_API int32_t fnQN_Stack_SocketError(void);
+
+/** @} */
 
 QN_END_DECLS
 

@@ -10,6 +10,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup buffers
+ * @{
+ */
+
+/**
  * Makes a new copy of a string; the same operation as fnQNStack_StrDup().
  *
  * @param string terminated string, or NULL.
@@ -17,6 +22,8 @@ QN_BEGIN_DECLS
  *         for NULL or when the heap refuses.
  */
 QN_API char *fnQN_StrDup(const char *string);
+
+/** @} */
 
 QN_END_DECLS
 

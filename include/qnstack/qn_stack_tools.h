@@ -12,6 +12,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup buffers
+ * @{
+ */
+
+/**
  * Makes a new copy of a string.
  *
  * @param string terminated string, or NULL.
@@ -58,6 +63,8 @@ QN_API char *fnQNStack_StrArraySkip(const char *string, const char *delimiters);
  *         is NULL, or the heap refuses a scratch copy.
  */
 QN_API int32_t fnQNStack_StrCMPI(const char *string, const char *prefix);
+
+/** @} */
 
 QN_END_DECLS
 

@@ -20,6 +20,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup http
+ * @{
+ */
+
+/**
  * Chooses the version and starts the stack that serves it.
  *
  * @param version 2; any other value is stored all the same and switches the
@@ -153,6 +158,8 @@ QN_API int32_t fnQNStack_Wap_Socket_SendData(QNHttpCtx *ctx, const void *bytes, 
  * @return as fnQNStack_Http_Socket_Recvata(); -1 when refused.
  */
 QN_API int32_t fnQNStack_Wap_Socket_Recvata(QNHttpCtx *ctx, void *destination, int32_t capacity);
+
+/** @} */
 
 QN_END_DECLS
 

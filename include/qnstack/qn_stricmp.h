@@ -15,6 +15,11 @@
 QN_BEGIN_DECLS
 
 /**
+ * @addtogroup buffers
+ * @{
+ */
+
+/**
  * Orders two strings, ignoring the case of ASCII letters.
  *
  * @param a terminated string, or NULL.
@@ -35,6 +40,8 @@ QN_API int32_t fnQNRTL_stricmp(const char *a, const char *b);
  * @return as fnQNRTL_stricmp(); 0 when @p n is 0 and neither string is NULL.
  */
 QN_API int32_t fnQNRTL_strnicmp(const char *a, const char *b, uint32_t n);
+
+/** @} */
 
 QN_END_DECLS
 

@@ -13,11 +13,18 @@
 #ifndef QNSTACK_QN_VERSION_H
 #define QNSTACK_QN_VERSION_H
 
+/**
+ * @addtogroup interface
+ * @{
+ */
+
 /** Major version; also the number in the SONAME. */
 #define QNSTACK_VERSION_MAJOR 1
 /** Minor version; grows when the interface grows. */
 #define QNSTACK_VERSION_MINOR 0
 /** Patch version; grows when behaviour is mended. */
 #define QNSTACK_VERSION_PATCH 0
+
+/** @} */
 
 #endif
