@@ -1,0 +1,66 @@
+#!/usr/bin/env bash
+# Makes the reference (OUTPUT/html) and the man pages (OUTPUT/man), and fails on
+# any warning: of doxygen, of the man program, or because a committed picture is
+# older than its source.
+# usage: build.sh OUTPUT QNGET
+set -euo pipefail
+mkdir -p "$1"
+output=$(realpath "$1") qnget=$(realpath "$2")
+cd "$(dirname "$0")/.."
+version=$("$qnget" --version | cut -d' ' -f2)
+
+# Pages carry the date of the last change, not of their making.
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || date +%s)}
+export SOURCE_DATE_EPOCH
+day=$(date -u -d "@$SOURCE_DATE_EPOCH" +%F)
+
+reference() {
+  rm -rf "$output/html"
+  QNSTACK_DOCS=$output QNSTACK_VERSION=$version doxygen docs/Doxyfile
+}
+
+program_page() {
+  QNGET=$qnget help2man --no-info --section=1 --include=docs/man/qnget.h2m docs/man/qnget_help.sh |
+    sed -e 's/^\.SS "Exit codes:"$/.SH "EXIT STATUS"/' -e 's/^\.SS "Settings:"$/.SH SETTINGS/' \
+      -e "/^\.TH/s/\"[A-Z][a-z]* [0-9]*\"/\"$day\"/" >"$output/man/qnget.1"
+}
+
+library_page() {
+  docs/man/qnstack_text.sh docs/man/qnstack.3.md |
+    lowdown -s -Tman -Mtitle=QNSTACK -Msection=3 -Msource="qnstack $version" \
+      -Mvolume="Library Functions Manual" -Mdate="$day" --out-no-smarty --parse-no-intraemph - |
+    # An empty paragraph behind a heading is one too many, and fC is no font everywhere.
+    sed -e '/^\.SH/,/^\.LP/{/^\.LP$/d}' -e 's/\\fC/\\fB/g' >"$output/man/qnstack.3"
+}
+
+check_page() { # FILE
+  local complaints
+  complaints=$(MANWIDTH=80 man --warnings -E UTF-8 -l "$1" 2>&1 >/dev/null || echo "man failed")
+  complaints+=$(mandoc -T lint -W warning "$1" 2>&1 || true)
+  complaints+=$(lexgrog "$1" 2>&1 >/dev/null || echo "no NAME line")
+  [[ -z $complaints ]] || {
+    printf '%s:\n%s\n' "$1" "$complaints" >&2
+    return 1
+  }
+}
+
+check_pictures() {
+  local source
+  for source in docs/diagrams/architecture.dot docs/diagrams/context.dot; do
+    # The version of Graphviz stands in a comment.
+    diff -q <(dot -Tsvg "$source" | grep -v '^<!-- Gen\|^ -->') \
+      <(grep -v '^<!-- Gen\|^ -->' "${source%.dot}.svg") >/dev/null || {
+      echo "$source: the picture beside it is another; dot -Tsvg -O makes it anew" >&2
+      return 1
+    }
+  done
+}
+
+mkdir -p "$output/man"
+check_pictures
+reference
+program_page
+library_page
+check_page "$output/man/qnget.1"
+check_page "$output/man/qnstack.3"
+echo "$output: html/index.html, man/qnget.1, man/qnstack.3"

@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# Every sample in the documents and headers is a whole translation unit: the
+# blocks that are fenced as c compile as strict C99, those as cpp as C++17.
+# usage: samples_compile.sh ROOT CC CXX
+set -euo pipefail
+cd "$1"
+cc=$2 cxx=$3
+flags=(-Wall -Wextra -Werror -pedantic -fsyntax-only -Iinclude)
+# Samples of ports are sources of the library and see its own header too.
+ports=docs/pages/ports.md
+
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+# The samples of a file, each in one of its own that is named for its line.
+extract() { # FILE FOLDER
+  awk -v folder="$2" '
+    function complain(what) { printf "%s:%d: %s\n", FILENAME, FNR, what; bad = 1 }
+    { text = $0; sub(/^ \* ?/, "", text) }
+    !inside && text ~ /^ *(```|[@\\]code)/ {
+      inside = FNR; language = ""
+      if (text ~ /(```|{\.)c(}|$)/) language = "c"
+      if (text ~ /(```|{\.)cpp(}|$)/) language = "cpp"
+      sample = folder "/" FNR "." language
+      if (language != "") printf "#line %d \"%s\"\n", FNR + 1, FILENAME >sample
+      next
+    }
+    inside && text ~ /^ *(```|[@\\]endcode)/ { inside = 0; next }
+    inside && language != "" { printf "%s\n", text >sample }
+    inside && language == "" && /fnQN|#include/ { complain("a sample without a language is not compiled") }
+    END {
+      if (inside) { FNR = inside; complain("a block without an end") }
+      exit bad
+    }' "$1"
+}
+
+compile() { # FILE SAMPLE
+  local own=()
+  [[ $1 != "$ports" ]] || own=(-Iqnstack/qnfs/common/src)
+  case $2 in
+    *.c) "$cc" -std=c99 "${flags[@]}" -x c "$2" ;;
+    *) "$cxx" -std=c++17 "${flags[@]}" "${own[@]}" -x c++ "$2" ;;
+  esac
+}
+
+failed=0 count=0
+while read -r file; do
+  folder=$scratch/${file//\//_}
+  mkdir "$folder"
+  extract "$file" "$folder" || failed=1
+  for sample in "$folder"/*; do
+    [[ -e $sample ]] || continue
+    count=$((count + 1))
+    compile "$file" "$sample" || failed=1
+  done
+done < <(find README.md docs include -name '*.md' -o -name '*.h' -o -name '*.dox' | sort)
+echo "$count samples"
+[[ $failed == 0 && $count -gt 0 ]]
