@@ -19,8 +19,9 @@ headers() {
     sed 's/#\([A-Za-z]\)/\1/g'
 }
 
+# The first one is the message in ten lines.
 sample() {
-  awk '/^```c$/ { inside = 1 } inside { print } /^```$/ { inside = 0 }' README.md
+  awk '/^```c$/ { inside = 1 } inside { print } inside && /^```$/ { exit }' README.md
 }
 
 while IFS= read -r line; do

@@ -16,17 +16,18 @@ trap 'rm -rf "$scratch"' EXIT
 extract() { # FILE FOLDER
   awk -v folder="$2" '
     function complain(what) { printf "%s:%d: %s\n", FILENAME, FNR, what; bad = 1 }
-    { text = $0; sub(/^ \* ?/, "", text) }
+    # In a header a sample stands in a comment.
+    { text = $0; if (FILENAME !~ /[.]md$/) sub(/^ \* ?/, "", text) }
     !inside && text ~ /^ *(```|[@\\]code)/ {
       inside = FNR; language = ""
-      if (text ~ /(```|{\.)c(}|$)/) language = "c"
-      if (text ~ /(```|{\.)cpp(}|$)/) language = "cpp"
+      if (text ~ /(```|[{][.])c([}]|$)/) language = "c"
+      if (text ~ /(```|[{][.])cpp([}]|$)/) language = "cpp"
       sample = folder "/" FNR "." language
       if (language != "") printf "#line %d \"%s\"\n", FNR + 1, FILENAME >sample
       next
     }
     inside && text ~ /^ *(```|[@\\]endcode)/ { inside = 0; next }
-    inside && language != "" { printf "%s\n", text >sample }
+    inside && language != "" { print text >sample }
     inside && language == "" && /fnQN|#include/ { complain("a sample without a language is not compiled") }
     END {
       if (inside) { FNR = inside; complain("a block without an end") }
