@@ -75,16 +75,26 @@ target_link_libraries(qnstack_core PRIVATE PkgConfig::APR)
 
 # Only the names in exports.txt leave a shared library; templates of the C++
 # library that were instantiated on the way do not.
-set(exports_map ${CMAKE_CURRENT_BINARY_DIR}/exports.map)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
   ${PROJECT_SOURCE_DIR}/cmake/exports.txt)
 file(STRINGS cmake/exports.txt exported_names)
 list(JOIN exported_names "; " exported_names)
-file(CONFIGURE OUTPUT ${exports_map}
-  CONTENT "{ global: @exported_names@; local: *; };\n" @ONLY)
+
+# The version node of library NAME: its own name and the interface's major
+# number, so that a program cannot start with another library than it was
+# linked with.
+function(qnstack_version_node variable name)
+  string(TOUPPER ${name}_${PROJECT_VERSION_MAJOR} node)
+  set(${variable} ${node} PARENT_SCOPE)
+endfunction()
 
 # A shared and a static library NAME out of the core and one file port.
 function(qnstack_add_library name port)
+  set(exports_map ${CMAKE_CURRENT_BINARY_DIR}/${name}.map)
+  qnstack_version_node(node ${name})
+  file(CONFIGURE OUTPUT ${exports_map}
+    CONTENT "@node@ { global: @exported_names@; local: *; };\n" @ONLY)
+
   add_library(${name} SHARED
     $<TARGET_OBJECTS:qnstack_core> $<TARGET_OBJECTS:${port}>)
   set_target_properties(${name} PROPERTIES
@@ -104,7 +114,9 @@ function(qnstack_add_library name port)
   set_target_properties(${name}_static PROPERTIES
     OUTPUT_NAME ${name}
     LINKER_LANGUAGE C)
-  target_link_libraries(${name}_static PUBLIC ${APR_LINK_LIBRARIES} m)
+  # Where it is installed, the package file looks for APR anew.
+  target_link_libraries(${name}_static PRIVATE
+    "$<BUILD_INTERFACE:${APR_LINK_LIBRARIES}>" $<INSTALL_INTERFACE:PkgConfig::qnstack_apr> m)
 
   foreach(library ${name} ${name}_static)
     target_include_directories(${library} PUBLIC
@@ -116,3 +128,12 @@ endfunction()
 
 qnstack_add_library(qnstack qnstack_port_inert)
 qnstack_add_library(qnstack_posix qnstack_port_posix)
+
+# The names under which a project sees the libraries that takes this one in as
+# a folder of its own; those of an installed tree are the same.
+add_library(qnstack::qnstack ALIAS qnstack)
+add_library(qnstack::posix ALIAS qnstack_posix)
+add_library(qnstack::qnstack_static ALIAS qnstack_static)
+add_library(qnstack::posix_static ALIAS qnstack_posix_static)
+set_target_properties(qnstack_posix PROPERTIES EXPORT_NAME posix)
+set_target_properties(qnstack_posix_static PROPERTIES EXPORT_NAME posix_static)
