@@ -8,7 +8,7 @@
  * that was linked against an older library may no longer work (a name is gone,
  * a structure's layout or a promised result changed). The minor number changes
  * when something was added, the patch number when something was mended. The
- * shared library's SONAME carries the major number alone.
+ * shared libraries' SONAMEs and version nodes carry the major number alone.
  */
 #ifndef QNSTACK_QN_VERSION_H
 #define QNSTACK_QN_VERSION_H
