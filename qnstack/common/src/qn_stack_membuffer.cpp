@@ -16,9 +16,9 @@
 
 namespace {
 
-constexpr std::size_t kSpareBytes = 10;          // behind the capacity; they hold the terminator
-constexpr std::size_t kMostSlack = 1024 * 1024;  // a block doubles up to this much
-constexpr uint32_t kFormattedBytes = 2048;       // bound of one formatted piece with its terminator
+constexpr uint64_t kSpareBytes = 10;  // behind the capacity; they hold the terminator
+constexpr uint64_t kMostSlack = uint64_t{1024} * 1024;  // a block doubles up to this much
+constexpr uint32_t kFormattedBytes = 2048;  // bound of one formatted piece with its terminator
 constexpr char kLineEnd[] = "\r\n";
 
 // What stands behind the public record. The storage is a part of a block that
@@ -33,7 +33,7 @@ struct Buffer {
 Buffer *Behind(QNMemBuffer *buffer) { return reinterpret_cast<Buffer *>(buffer); }
 
 // Whether the block reaches `capacity` and the spare bytes from `data` on.
-bool Holds(const Buffer &buffer, const char *data, std::size_t capacity) {
+bool Holds(const Buffer &buffer, const char *data, uint64_t capacity) {
   const auto left_behind = static_cast<std::size_t>(data - buffer.block);
   return buffer.block_bytes - left_behind >= capacity + kSpareBytes;
 }
@@ -56,7 +56,7 @@ void Compact(Buffer *buffer) {
 }
 
 // Makes the block reach `capacity` from the first byte of the storage on.
-bool Widen(Buffer *buffer, std::size_t capacity, std::size_t slack) {
+bool Widen(Buffer *buffer, uint64_t capacity, uint64_t slack) {
   QNMemBuffer &face = buffer->face;
   if (Holds(*buffer, face.data, capacity)) return true;
   if (face.data != buffer->block) {
@@ -64,12 +64,12 @@ bool Widen(Buffer *buffer, std::size_t capacity, std::size_t slack) {
     face.data = buffer->block;
     if (Holds(*buffer, face.data, capacity)) return true;
   }
-  const std::size_t bytes = capacity + kSpareBytes + slack;
+  const uint64_t bytes = capacity + kSpareBytes + slack;
   if (bytes > std::numeric_limits<uint32_t>::max()) return false;
   void *grown = fnQNStack_ReMalloc(buffer->block, static_cast<uint32_t>(bytes));
   if (grown == nullptr) return false;
   buffer->block = static_cast<char *>(grown);
-  buffer->block_bytes = bytes;
+  buffer->block_bytes = static_cast<std::size_t>(bytes);
   face.data = buffer->block;
   return true;
 }
@@ -84,7 +84,7 @@ uint32_t Growth(const QNMemBuffer &face, uint32_t held, uint32_t count) {
 bool Reserve(Buffer *buffer, uint32_t count) {
   const uint32_t growth = Growth(buffer->face, buffer->face.length, count);
   if (growth == 0) return true;
-  const std::size_t capacity = std::size_t{buffer->face.capacity} + growth;
+  const uint64_t capacity = uint64_t{buffer->face.capacity} + growth;
   if (capacity > std::numeric_limits<uint32_t>::max() - kSpareBytes) return false;
   if (!Widen(buffer, capacity, std::min(capacity, kMostSlack))) return false;
   buffer->face.capacity += growth;
@@ -153,7 +153,7 @@ char *qn::WriteArea(QNMemBuffer *buffer, uint32_t count) {
   const uint32_t unread = Unread(buffer);
   // With nothing unread the front of the block is free again.
   char *first = unread == 0 ? behind.block : buffer->data + buffer->cursor;
-  const std::size_t growth = Growth(*buffer, unread, count);
+  const uint64_t growth = Growth(*buffer, unread, count);
   return Holds(behind, first, buffer->capacity + growth) ? first + unread : nullptr;
 }
 
@@ -179,9 +179,10 @@ std::span<const char> qn::Block(const QNMemBuffer *buffer) {
 QNMemBuffer *fnQN_MemBuffer_New(uint32_t capacity) {
   qn::Owned<Buffer> buffer(qn::NewRecord<Buffer>());
   if (buffer == nullptr) return nullptr;
-  buffer->block_bytes = capacity + kSpareBytes;
-  buffer->block = static_cast<char *>(qn::AllocateZeroed(buffer->block_bytes));
+  const uint64_t bytes = capacity + kSpareBytes;
+  buffer->block = static_cast<char *>(qn::AllocateZeroed(bytes));
   if (buffer->block == nullptr) return nullptr;
+  buffer->block_bytes = static_cast<std::size_t>(bytes);
   buffer->face.data = buffer->block;
   buffer->face.capacity = capacity;
   return &buffer.release()->face;

@@ -12,8 +12,8 @@ void *fnQN_Malloc_Local(uint32_t size, const char * /*file*/, int32_t /*line*/) 
   return std::calloc(size == 0 ? 1 : size, 1);
 }
 
-void *qn::AllocateUncleared(std::size_t size) {
-  return size > UINT32_MAX ? nullptr : std::malloc(size);
+void *qn::AllocateUncleared(uint64_t size) {
+  return size > UINT32_MAX ? nullptr : std::malloc(static_cast<std::size_t>(size));
 }
 
 void qn::Release(void *block) { std::free(block); }

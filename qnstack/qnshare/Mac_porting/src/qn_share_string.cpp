@@ -84,7 +84,7 @@ int32_t fnQN_STRNCMP(const char *a, const char *b, uint32_t /*n*/) {
 }
 
 char *fnQN_STRNCAT(char *dst, const char *src, uint32_t n) {
-  const qn::Owned<char> scratch(static_cast<char *>(qn::AllocateUncleared(size_t{n} + 1)));
+  const qn::Owned<char> scratch(static_cast<char *>(qn::AllocateUncleared(uint64_t{n} + 1)));
   if (scratch == nullptr) return nullptr;
   if (dst == nullptr || src == nullptr) return dst;
   const size_t length = strnlen(src, n);

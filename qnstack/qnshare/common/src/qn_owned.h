@@ -16,15 +16,16 @@
 namespace qn {
 
 // Zero-filled memory, or null when the heap refuses or `size` needs more than
-// the 32 bits that the allocator takes.
-inline void *AllocateZeroed(std::size_t size, const char *file = __builtin_FILE(),
+// the 32 bits that the allocator takes. Its type is wider than those, so that a
+// sum on the way to it does not wrap where std::size_t has 32 bits.
+inline void *AllocateZeroed(uint64_t size, const char *file = __builtin_FILE(),
                             int32_t line = __builtin_LINE()) {
   if (size > std::numeric_limits<uint32_t>::max()) return nullptr;
   return fnQN_Malloc_Local(static_cast<uint32_t>(size), file, line);
 }
 
 // The same for memory that is written whole at once: it comes as it is.
-void *AllocateUncleared(std::size_t size);
+void *AllocateUncleared(uint64_t size);
 
 // Frees a block whose pointer is not needed any more; null does nothing.
 void Release(void *block);
