@@ -2,6 +2,7 @@
 #include "qnstack/qn_itoa.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <limits>
 
@@ -23,6 +24,13 @@ int32_t TruncateToInt32(double value) {
   using Limits = std::numeric_limits<int32_t>;
   if (value >= 2147483648.0) return Limits::max();
   return value > -2147483649.0 ? static_cast<int32_t>(value) : Limits::min();
+}
+
+// As a double holds it: a register of some platforms (FLT_EVAL_METHOD) holds more.
+double Rounded(double value) {
+  if constexpr (FLT_EVAL_METHOD == 0) return value;
+  volatile double stored = value;
+  return stored;
 }
 
 // The part after the point. It is taken positive for negative numbers, but one
@@ -71,7 +79,7 @@ char *fnQNRTL_ftoa(double value, char *buf, int32_t radix) {
   } else if (length < kMostTextBeforePoint) {
     std::size_t room = std::min(kMostFractionDigits, kMostTextBeforePoint - length);
     for (; room > 0 && fraction > 0.0; --room) {
-      const int32_t digit = TruncateToInt32(fraction * radix);
+      const int32_t digit = TruncateToInt32(Rounded(fraction * radix));
       *out++ = DigitText(static_cast<uint32_t>(digit));
       // One rounding only: the digits depend on the exact remainder.
       fraction = std::fma(fraction, 10.0, -static_cast<double>(digit));
