@@ -54,6 +54,6 @@ while read -r file; do
     count=$((count + 1))
     compile "$file" "$sample" || failed=1
   done
-done < <(find README.md docs include -name '*.md' -o -name '*.h' -o -name '*.dox' | sort)
+done < <(find README.md docs include -name '*.md' -o -name '*.h' -o -name '*.hpp' -o -name '*.dox' | sort)
 echo "$count samples"
 [[ $failed == 0 && $count -gt 0 ]]

@@ -56,7 +56,7 @@ case $way in
     library_folder=$(dirname "$(find "$where" -name libqnstack.so)")
     export PKG_CONFIG_PATH=$library_folder/pkgconfig
     without_apr build_with_make shared
-    LD_LIBRARY_PATH=$library_folder run_programs shared 3
+    LD_LIBRARY_PATH=$library_folder run_programs shared 4
     # A sanitizer's runtime is not for static programs.
     if [[ ${LDFLAGS:-} != *-fsanitize* ]]; then
       build_with_make static
@@ -65,12 +65,12 @@ case $way in
     ;;
   find_package)
     without_apr build_with_cmake shared -DCMAKE_PREFIX_PATH="$where"
-    run_programs shared 3
+    run_programs shared 4
     build_with_cmake both -DCMAKE_PREFIX_PATH="$where" -DSTATIC=ON
-    run_programs both 6
+    run_programs both 8
     ;;
   add_subdirectory)
     build_with_cmake sources -DQNSTACK_SOURCES="$where"
-    run_programs sources 6
+    run_programs sources 8
     ;;
 esac

@@ -3,9 +3,10 @@
 
 set(consumer_c_uses qnstack consumer.c)
 set(consumer_cpp_uses qnstack consumer.cpp)
+set(consumer_face_uses qnstack face.cpp)
 set(keeper_uses posix keeper.c)
 
-foreach(program consumer_c consumer_cpp keeper)
+foreach(program consumer_c consumer_cpp consumer_face keeper)
   list(GET ${program}_uses 0 library)
   list(GET ${program}_uses 1 source)
   foreach(kind "" _static)
