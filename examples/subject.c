@@ -24,22 +24,29 @@ static int32_t read_bytes(const char *text, unsigned char *bytes) {
   return (int32_t)(length / 2);
 }
 
+/* [print_subject] */
+/* Prints a text as UTF-8; 0, or -1 if it cannot be decoded. */
+static int print_subject(uint32_t charset, const void *text, int32_t length) {
+  char *subject = fnCharSet_DecodeString2Local(charset, text, &length);
+  if (subject == NULL) return -1;
+  printf("%s\n", subject);
+  fnCharSet_CharSetFreeStringBuf(subject);
+  return 0;
+}
+/* [print_subject] */
+
 int main(int argc, char **argv) {
+  unsigned char *bytes;
+  int failed;
   if (argc != 3) {
     fprintf(stderr, "usage: subject MIBENUM BYTES\n");
     return 2;
   }
-  unsigned char *bytes = fnQN_Malloc_Local((uint32_t)strlen(argv[2]) + 1, __FILE__, __LINE__);
+  bytes = fnQN_Malloc_Local((uint32_t)strlen(argv[2]) + 1, __FILE__, __LINE__);
   if (bytes == NULL) return 1;
-  int32_t length = read_bytes(argv[2], bytes);
-  char *subject =
-      fnCharSet_DecodeString2Local((uint32_t)strtoul(argv[1], NULL, 10), bytes, &length);
+  failed =
+      print_subject((uint32_t)strtoul(argv[1], NULL, 10), bytes, read_bytes(argv[2], bytes)) != 0;
+  if (failed) fprintf(stderr, "subject: cannot be decoded\n");
   fnQN_Free(&bytes);
-  if (subject == NULL) {
-    fprintf(stderr, "subject: cannot be decoded\n");
-    return 1;
-  }
-  printf("%s\n", subject);
-  fnCharSet_CharSetFreeStringBuf(subject);
-  return 0;
+  return failed;
 }

@@ -1,0 +1,266 @@
+// Guards that each program of examples/ does what its first lines say.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/process.h"
+#include "support/scratch_folder.h"
+#include "support/scripted_server.h"
+
+namespace {
+
+using namespace std::string_literals;
+using qntest::AnswerBodyWith;
+using qntest::AnswerWith;
+using qntest::AwaitSignal;
+using qntest::HalfClose;
+using qntest::ProcessResult;
+using qntest::ReadBytes;
+using qntest::ReadHeader;
+using qntest::ReadToEnd;
+using qntest::RefusingPort;
+using qntest::Reset;
+using qntest::ScratchFolder;
+using qntest::ScriptedServer;
+using qntest::SendBytes;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr int kUsage = 2;
+constexpr char kMmsAnswer[] =
+    "HTTP/1.0 200 OK\r\nContent-Type: application/vnd.wap.mms-message\r\nContent-Length: 7\r\n\r\n"
+    "message";
+
+ProcessResult RunExample(const std::string &name, const std::vector<std::string> &arguments) {
+  std::vector<std::string> command{EXAMPLES_FOLDER "/" + name};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return qntest::RunProgram(command);
+}
+
+std::string UrlOf(const ScriptedServer &server, std::string_view path = "/m") {
+  return "http://127.0.0.1:" + std::to_string(server.port()) + std::string(path);
+}
+
+// The first example, in C and in C++.
+class FetchExample : public testing::TestWithParam<const char *> {
+ protected:
+  ScratchFolder folder_;
+  const std::string file_ = folder_.path("body");
+};
+
+INSTANTIATE_TEST_SUITE_P(, FetchExample, testing::Values("fetch", "fetch_cpp"),
+                         [](const auto &tested) { return std::string(tested.param); });
+
+TEST_P(FetchExample, WritesTheBodyAndTellsStatusAndType) {
+  ScriptedServer server({AnswerWith(kMmsAnswer)});
+
+  const ProcessResult result = RunExample(GetParam(), {UrlOf(server), file_});
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.error, "status 200, application/vnd.wap.mms-message\n");
+  EXPECT_EQ(folder_.read("body"), "message");
+  EXPECT_THAT(server.Received(0), StartsWith("GET /m HTTP/1.0\r\n"));
+}
+
+TEST_P(FetchExample, AsksThroughAProxy) {
+  ScriptedServer gateway({AnswerWith("HTTP/1.0 404 Not Found\r\n\r\ngone")});
+
+  const ProcessResult result = RunExample(
+      GetParam(), {"http://mmsc.example/m", file_, "127.0.0.1", std::to_string(gateway.port())});
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.error, "status 404, no type\n");
+  EXPECT_EQ(folder_.read("body"), "gone");
+  EXPECT_THAT(gateway.Received(0), StartsWith("GET http://mmsc.example/m HTTP/1.0\r\n"));
+}
+
+TEST_P(FetchExample, TellsTheStateInWhichItFailed) {
+  const RefusingPort nobody;
+
+  const ProcessResult result =
+      RunExample(GetParam(), {"http://127.0.0.1:" + std::to_string(nobody.port()), file_});
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.error, "failed in state -12\n");
+}
+
+TEST_P(FetchExample, TellsItsUsage) {
+  const ProcessResult result = RunExample(GetParam(), {"http://mmsc.example/"});
+
+  EXPECT_EQ(result.exit_code, kUsage);
+  EXPECT_THAT(result.error, StartsWith("usage: "s + GetParam() + " URL FILE"));
+}
+
+TEST(PostExample, SendsTheTextAndTellsTheStatus) {
+  ScriptedServer server({AnswerBodyWith(5, "HTTP/1.0 204 No Content\r\n\r\n")});
+
+  const ProcessResult result = RunExample("post", {UrlOf(server), "hello", "text/plain"});
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.error, "status 204\n");
+  EXPECT_THAT(server.Received(0), StartsWith("POST /m HTTP/1.0\r\n"));
+  EXPECT_THAT(server.Received(0), HasSubstr("Content-Type: text/plain\r\n"));
+  EXPECT_THAT(server.Received(0), EndsWith("\r\n\r\nhello"));
+}
+
+TEST(PostExample, FailsWithTheServersRefusalOrWithoutAnAnswer) {
+  ScriptedServer server({AnswerBodyWith(5, "HTTP/1.0 503 Busy\r\n\r\n"), {ReadHeader(), Reset()}});
+
+  const ProcessResult refused = RunExample("post", {UrlOf(server), "hello"});
+  const ProcessResult cut = RunExample("post", {UrlOf(server), "hello"});
+
+  EXPECT_EQ(refused.exit_code, 1);
+  EXPECT_EQ(refused.error, "status 503\n");
+  EXPECT_EQ(cut.exit_code, 1);
+  EXPECT_EQ(cut.error, "status -1\n");
+}
+
+TEST(TunnelExample, CarriesALineAndTheAnswer) {
+  ScriptedServer gateway({{ReadHeader(), SendBytes("HTTP/1.1 200 Established\r\n\r\nhi "),
+                           ReadBytes(6), SendBytes("there"), HalfClose(), ReadToEnd()}});
+
+  const ProcessResult result = RunExample(
+      "tunnel", {"127.0.0.1", std::to_string(gateway.port()), "bank.example", "443", "open"});
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.error, "hi there");
+  EXPECT_THAT(gateway.Received(0), StartsWith("CONNECT bank.example:443 HTTP/1.1\r\n"));
+  EXPECT_THAT(gateway.Received(0), EndsWith("\r\n\r\nopen\r\n"));
+}
+
+TEST(TunnelExample, ShowsARefusal) {
+  ScriptedServer gateway({AnswerWith("HTTP/1.1 403 Forbidden\r\n\r\n")});
+
+  const ProcessResult result = RunExample(
+      "tunnel", {"127.0.0.1", std::to_string(gateway.port()), "bank.example", "443", "open"});
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.error, "no tunnel: HTTP/1.1 403 Forbidden\r\n\r\n\n");
+}
+
+TEST(CachedFetchExample, AsksTheNetworkOnceWhileTheAnswerIsFresh) {
+  ScriptedServer server(
+      {AnswerWith("HTTP/1.0 200 OK\r\nContent-Length: 7\r\n"
+                  "Cache-Control: max-age=3600\r\n\r\nmessage")});
+  const ScratchFolder root;
+  const ScratchFolder folder;
+
+  const ProcessResult first =
+      RunExample("cached_fetch", {root.path(), UrlOf(server), folder.path("first")});
+  const ProcessResult second =
+      RunExample("cached_fetch", {root.path(), UrlOf(server), folder.path("second")});
+
+  EXPECT_EQ(first.exit_code, 0);
+  EXPECT_EQ(second.exit_code, 0);
+  EXPECT_EQ(folder.read("first"), "message");
+  EXPECT_EQ(folder.read("second"), "message");
+  EXPECT_EQ(server.accepted(), 1U);
+}
+
+TEST(CachedFetchExample, TakesNoCutAnswerForAWholeOne) {
+  ScriptedServer server({AnswerWith("HTTP/1.0 200 OK\r\nContent-Length: 7\r\n\r\nmess")});
+  const ScratchFolder root;
+  const ScratchFolder folder;
+
+  const ProcessResult result =
+      RunExample("cached_fetch", {root.path(), UrlOf(server), folder.path("body")});
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_THAT(folder.names(), testing::IsEmpty());
+}
+
+TEST(SettingsExample, KeepsWhatTheStackIsStartedBy) {
+  const ScratchFolder root;
+
+  const ProcessResult kept =
+      RunExample("settings", {root.path(), "red", "User-Agent", "Handset/1.0"});
+  RunExample("settings", {root.path(), "red", "proxy-host", "127.0.0.1"});
+  const ProcessResult red = RunExample("settings", {root.path(), "red"});
+  const ProcessResult blue = RunExample("settings", {root.path(), "blue"});
+
+  EXPECT_EQ(kept.exit_code, 0);
+  EXPECT_EQ(red.exit_code, 0);
+  EXPECT_THAT(red.output, HasSubstr("User-Agent: Handset/1.0\n"));
+  EXPECT_THAT(red.output, EndsWith("proxy: yes\n"));
+  EXPECT_THAT(blue.output, HasSubstr("User-Agent: MRV-WIN"));
+  EXPECT_THAT(blue.output, EndsWith("proxy: no\n"));
+}
+
+TEST(SettingsExample, FailsWithoutARoot) {
+  const ScratchFolder folder;
+
+  const ProcessResult result =
+      RunExample("settings", {folder.path("missing"), "red", "key", "value"});
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.error, "settings: cannot write\n");
+}
+
+TEST(RecordsExample, KeepsNoticesInTheirOrder) {
+  const ScratchFolder root;
+
+  EXPECT_EQ(RunExample("records", {root.path(), "add", "155", "+123", "Hello"}).exit_code, 0);
+  EXPECT_EQ(RunExample("records", {root.path(), "add", "9000", "", "A picture"}).exit_code, 0);
+  const ProcessResult all = RunExample("records", {root.path(), "list"});
+  const ProcessResult taken = RunExample("records", {root.path(), "take"});
+  const ProcessResult left = RunExample("records", {root.path(), "list"});
+
+  EXPECT_THAT(all.output, EndsWith("155 bytes from +123: Hello\n9000 bytes from : A picture\n"));
+  EXPECT_THAT(taken.output, EndsWith("155 bytes from +123: Hello\n"));
+  EXPECT_THAT(left.output, EndsWith("9000 bytes from : A picture\n"));
+  EXPECT_THAT(left.output, testing::Not(HasSubstr("Hello")));
+  EXPECT_EQ(RunExample("records", {root.path(), "take"}).exit_code, 0);
+  EXPECT_EQ(RunExample("records", {root.path(), "take"}).exit_code, 1) << "there is none left";
+}
+
+TEST(SubjectExample, DecodesToUtf8) {
+  EXPECT_EQ(RunExample("subject", {"1015", "fffe48006900e900"}).output, "Hi\u00e9\n");
+  EXPECT_EQ(RunExample("subject", {"4", "e9"}).output, "\u00e9\n");
+}
+
+TEST(SubjectExample, RefusesWhatCannotBeDecoded) {
+  for (const char *bytes : {"", "4", "zz"}) {
+    SCOPED_TRACE(bytes);
+    const ProcessResult result = RunExample("subject", {"106", bytes});
+
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_EQ(result.error, "subject: cannot be decoded\n");
+  }
+}
+
+// The first server answers only after the second has delivered, so a loop that
+// waited for one after the other would see nothing of the second.
+TEST(PollLoopExample, WaitsForAllAtOnce) {
+  ScriptedServer slow({{ReadHeader(), AwaitSignal(), SendBytes("HTTP/1.0 200 OK\r\n\r\nslow"),
+                        HalfClose(), ReadToEnd()}});
+  ScriptedServer quick({AnswerWith("HTTP/1.0 200 OK\r\n\r\nquick")});
+  const std::string next = UrlOf(quick, "/n");
+  ScriptedServer redirecting({AnswerWith("HTTP/1.0 302 Found\r\nLocation: " + next + "\r\n\r\n")});
+
+  qntest::Process process({EXAMPLES_FOLDER "/poll_loop", UrlOf(slow), UrlOf(redirecting)});
+  EXPECT_TRUE(process.WaitForError("quick"));
+  EXPECT_THAT(process.error(), testing::Not(HasSubstr("slow")));
+  slow.Signal();
+  const ProcessResult result = process.wait();
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_THAT(result.error, EndsWith("slow"));
+}
+
+TEST(PollLoopExample, GoesOnWhereOneFails) {
+  const RefusingPort nobody;
+  ScriptedServer server({AnswerWith("HTTP/1.0 200 OK\r\n\r\nbody")});
+  const std::string refused = "http://127.0.0.1:" + std::to_string(nobody.port()) + "/";
+
+  const ProcessResult result = RunExample("poll_loop", {refused, UrlOf(server)});
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.error, "failed: " + refused + "\nbody");
+}
+
+}  // namespace
