@@ -24,6 +24,13 @@ if(QNSTACK_COVERAGE)
   target_link_options(qnstack_instrumentation INTERFACE --coverage)
 endif()
 
+# Inode numbers and dates go beyond 32 bits on platforms of 32 bits too. Only for
+# what is the project's own: the records of other libraries may hold such types.
+add_library(qnstack_wide_types INTERFACE)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  target_compile_definitions(qnstack_wide_types INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 # No exceptions, no RTTI and no guards around statics, so that nothing of the
 # C++ runtime is needed. Products are rounded before they are used: the
 # fraction digits depend on it. The library's functions are not meant to be
@@ -35,4 +42,4 @@ target_compile_options(qnstack_library_options INTERFACE
   -fno-semantic-interposition -fno-plt
   "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_link_libraries(qnstack_library_options INTERFACE
-  qnstack_warnings qnstack_instrumentation)
+  qnstack_warnings qnstack_instrumentation qnstack_wide_types)

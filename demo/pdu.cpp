@@ -10,8 +10,7 @@ namespace {
 
 constexpr uint8_t kLongestShortLength = 30;  // up to here the octet is the length itself
 constexpr uint8_t kLengthFollows = 31;       // the length follows as a uintvar
-constexpr uint8_t kFirstTextOctet = 32;
-constexpr uint8_t kFirstOctetValue = 128;  // from here on the octet is the value
+constexpr uint8_t kFirstOctetValue = 128;    // from here on the octet is the value
 
 constexpr uint8_t kTextPlain = 0x83;
 constexpr uint8_t kCharsetParameter = 0x81;

@@ -1,8 +1,7 @@
 # Sends a test program's own calls to the file system through file_faults.cpp,
 # which must be among its sources.
 function(qnstack_wrap_files target)
-  foreach(call open openat syscall read write pread pwrite fsync ftruncate renameat unlinkat mkdirat
-      close flock fstat fstatat fcntl fdopen fdopendir readdir closedir)
-    target_link_options(${target} PRIVATE "LINKER:--wrap=${call}")
-  endforeach()
+  qnstack_wrap_calls(${target}
+    open openat syscall read write pread pwrite fsync ftruncate renameat unlinkat mkdirat
+    close flock fstat fstatat fcntl fdopen fdopendir readdir closedir)
 endfunction()

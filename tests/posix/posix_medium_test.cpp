@@ -70,7 +70,7 @@ TEST_F(PosixMedium, ThatIsFullKeepsTheOldContent) {
 }
 
 TEST_F(PosixMedium, ThatIsFullKeepsTheStores) {
-  const int status = StatusOnSmallDisk([this] {
+  const int status = StatusOnSmallDisk([] {
     ASSERT_EQ(fnQNFS_MkDir("/data/"), 1);
     const Texts records = {"first", "second"};
     ASSERT_TRUE(SaveRecords(records));

@@ -13,13 +13,17 @@ constexpr std::size_t kLongBody = 12 << 20;  // more than all socket buffers hol
 
 bool Chance(Random &random, unsigned percent) { return random() % 100 < percent; }
 
+std::size_t DrawBelow(Random &random, std::size_t limit) {
+  return static_cast<std::size_t>(random() % limit);
+}
+
 // Mostly some kilobytes, sometimes none, now and then a lot.
 std::size_t DrawSize(Random &random) {
   const unsigned kind = static_cast<unsigned>(random() % 100);
   if (kind < 10) return 0;
-  if (kind < 85) return random() % 8192;
-  if (kind < 98) return random() % 65536;
-  return random() % 300000;
+  if (kind < 85) return DrawBelow(random, 8192);
+  if (kind < 98) return DrawBelow(random, 65536);
+  return DrawBelow(random, 300000);
 }
 
 End DrawEnd(Random &random) {
@@ -60,7 +64,7 @@ Plan DrawPlan(Random &random) {
   if (Chance(random, 3)) plan.peer = Peer::kRefusing;
   if (Chance(random, 2)) plan.peer = Peer::kWithoutAddress;
   plan.answer_bytes = DrawSize(random);
-  plan.kept_bytes = plan.answer_bytes == 0 ? 0 : random() % plan.answer_bytes;
+  plan.kept_bytes = plan.answer_bytes == 0 ? 0 : DrawBelow(random, plan.answer_bytes);
   plan.pattern = static_cast<unsigned>(random() % 251);
   if (Chance(random, 25)) plan.cookies = static_cast<int>(random() % 8);
   if (!Answers(plan)) return plan;

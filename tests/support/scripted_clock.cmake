@@ -1,7 +1,5 @@
 # Sends a test program's own calls to the clock and to the C library's random
 # numbers through scripted_clock.cpp, which must be among its sources.
 function(qnstack_wrap_clock target)
-  foreach(call time localtime_r tzset srand rand)
-    target_link_options(${target} PRIVATE "LINKER:--wrap=${call}")
-  endforeach()
+  qnstack_wrap_calls(${target} time localtime_r tzset srand rand)
 endfunction()

@@ -22,12 +22,12 @@ using qntest::FailingHeap;
 
 // A port that fills the list relies on the order.
 static_assert(offsetof(FsTimer, function) == 0);
-static_assert(offsetof(FsTimer, argument) == 8);
-static_assert(offsetof(FsTimer, id) == 16);
+static_assert(offsetof(FsTimer, argument) == sizeof(void *));
+static_assert(offsetof(FsTimer, id) == 2 * sizeof(void *));
 
 std::vector<intptr_t> timer_calls;  // the arguments
 
-constexpr intptr_t kWide = intptr_t{0x1122334455667788};
+constexpr auto kWide = static_cast<intptr_t>(0x1122334455667788);
 
 // Its result needs all bits of the argument.
 intptr_t NoteTimer(intptr_t argument) {

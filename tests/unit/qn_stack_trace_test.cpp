@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <initializer_list>
 #include <string>
 
 #include "support/captured_output.h"
@@ -34,7 +35,8 @@ TEST(QnTrace, WritesNothingForNothing) {
 }
 
 TEST(QnTrace, KeepsTextsOfAnyLengthInOrder) {
-  for (const size_t size : {1, 127, 128, 254, 255, 256, 257, 600, 100'000}) {
+  for (const size_t size :
+       std::initializer_list<size_t>{1, 127, 128, 254, 255, 256, 257, 600, 100'000}) {
     SCOPED_TRACE(size);
     const std::string first(size, 'a');
     const std::string second(size, 'b');
