@@ -134,7 +134,9 @@ void qn::WritePiece(QNMemBuffer *buffer, std::initializer_list<std::string_view>
   std::array<char, kFormattedBytes - 1> piece;
   std::size_t size = 0;
   for (const std::string_view text : texts) {
-    size += text.copy(piece.data() + size, piece.size() - size);
+    const std::size_t taken = std::min(text.size(), piece.size() - size);
+    std::memcpy(piece.data() + size, text.data(), taken);
+    size += taken;
   }
   WriteText(buffer, {piece.data(), size});
 }
