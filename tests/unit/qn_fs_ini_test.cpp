@@ -181,6 +181,11 @@ TEST_F(QnFsIniRead, LeavesTheDestinationWhereNothingIsFound) {
   EXPECT_STREQ(value, "?");
 }
 
+TEST_F(QnFsIniRead, IntoNothingFindsNothing) {
+  SettingsList list{{"a", "1"}};
+  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "a", nullptr), 0);
+}
+
 TEST_F(QnFsIniRead, OfAnEntryWithoutAValueFindsNothing) {
   SettingsList list{{"a", "1"}};
   fnQN_Free(&list.Entry(0)->value);

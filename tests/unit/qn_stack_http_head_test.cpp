@@ -262,6 +262,13 @@ TEST_F(QnStackHttpHead, FreeNodeFreesTheEntryAndClearsThePointer) {
   EXPECT_EQ(frees, 3);
 }
 
+TEST_F(QnStackHttpHead, FreeNodeOfANullEntryDoesNothing) {
+  qn::HttpHeadEntry *entry = nullptr;
+  FailingHeap heap(FailingHeap::kCountOnly);
+  qn::fnQNStack_Http_Head_FreeNode(&entry);
+  EXPECT_EQ(heap.Frees(), 0);
+}
+
 TEST_F(QnStackHttpHead, WriteLeavesTheTableToAnyRefusedAllocation) {
   fnQNStack_Http_Head_SetDefault();
   const Entries before = Table();

@@ -118,6 +118,42 @@ TEST(QnMemBufferBlock, RoomForAnAnswerMayBeRefused) {
   EXPECT_EQ(qn::Block(buffer.get()).size(), 26u);
 }
 
+TEST(QnMemBufferBlock, ABufferWithRoomForAnAnswerStaysAsItIs) {
+  Buffer buffer(70'000);
+  const std::span<const char> block = qn::Block(buffer.get());
+
+  qn::ExpectAnswer(buffer.get());
+
+  EXPECT_EQ(qn::Block(buffer.get()).data(), block.data());
+  EXPECT_EQ(qn::Block(buffer.get()).size(), block.size());
+}
+
+TEST(QnMemBufferBlock, GrowthNearTheGreatestCapacityAsksForNoMoreThanThereIs) {
+  Buffer buffer(0);
+  const uint32_t huge = UINT32_MAX - 100;
+  buffer->capacity = huge;
+  buffer->length = huge;
+  {
+    FailingHeap heap(1);
+    fnQN_MemBuffer_Write(buffer.get(), "x", 1);
+    EXPECT_EQ(heap.BytesAsked(), size_t{UINT32_MAX});
+  }
+
+  EXPECT_EQ(buffer->capacity, huge);
+  EXPECT_EQ(buffer->length, huge);
+  buffer->capacity = 0;
+  buffer->length = 0;
+}
+
+TEST(QnMemBufferBlock, TextThatNoWriteCouldTakeIsLeft) {
+  Buffer buffer(4);
+  const char one = 'x';
+
+  qn::WriteText(buffer.get(), {&one, size_t{INT32_MAX} + 1});
+
+  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "", .capacity = 4}));
+}
+
 TEST(QnMemBufferBlock, ClearingStartsAtTheFrontAgain) {
   Buffer buffer(0);
   for (int i = 0; i < 100; ++i) buffer.Write("0123456789");

@@ -64,8 +64,8 @@ bool Widen(Buffer *buffer, uint64_t capacity, uint64_t slack) {
     face.data = buffer->block;
     if (Holds(*buffer, face.data, capacity)) return true;
   }
-  const uint64_t bytes = capacity + kSpareBytes + slack;
-  if (bytes > std::numeric_limits<uint32_t>::max()) return false;
+  const uint64_t bytes =
+      std::min<uint64_t>(capacity + kSpareBytes + slack, std::numeric_limits<uint32_t>::max());
   void *grown = fnQNStack_ReMalloc(buffer->block, static_cast<uint32_t>(bytes));
   if (grown == nullptr) return false;
   buffer->block = static_cast<char *>(grown);
