@@ -109,6 +109,23 @@ TEST(CharSetDecode, Utf16IsBigEndianUnlessAMarkSaysOtherwise) {
   EXPECT_EQ(Decode(kUtf16, "A"), "");
 }
 
+TEST(CharSetDecode, Utf16MarksAreSkippedAnywhereAndSwappedOnesSwitchTheOrder) {
+  EXPECT_EQ(Decode(kUtf16, std::string("\0A\xFE\xFF\0B", 6)), "AB");
+  EXPECT_EQ(Decode(kUtf16, std::string("\0A\xFF\xFE"
+                                       "B\0",
+                                       6)),
+            "AB");
+  EXPECT_EQ(Decode(kUtf16, std::string("\0A\xFF\xFE"
+                                       "B\0\xFE\xFF\0C",
+                                       10)),
+            "ABC");
+  EXPECT_EQ(Decode(kUtf16, std::string("\xFF\xFE"
+                                       "A\0\xFF\xFE"
+                                       "B\0",
+                                       8)),
+            "AB");
+}
+
 TEST(CharSetDecode, Utf16OfEveryLengthAndKind) {
   std::mt19937 random(5);
   for (std::size_t length = 1; length <= 70; ++length) {

@@ -67,6 +67,17 @@ TEST_F(QnFsBufferLoad, OfAnEmptyFileIsAtItsEnd) {
   EXPECT_EQ(fnQNFS_Buffer_IsEnd(buffer_.get()), 1);
 }
 
+TEST_F(QnFsBufferLoad, OfAnEmptyFileLeavesSmallStorageAsItIs) {
+  Files().Write(kName, "");
+  TypedBuffer small(4);
+  const char *storage = small->data;
+
+  EXPECT_EQ(fnQNFS_Load_File_To_Buffer(kName, small.get()), 1);
+
+  EXPECT_EQ(small->data, storage);
+  EXPECT_THAT(small.Places(), Pair(-1, -1));
+}
+
 TEST_F(QnFsBufferLoad, OfAMissingFileLeavesTheRecordUntouched) {
   Mark();
 
