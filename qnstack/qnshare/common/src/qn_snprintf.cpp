@@ -77,8 +77,6 @@ std::string_view StringArgument(const char *string) {
 }  // namespace
 
 int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list args) {
-  va_list rest;
-  va_copy(rest, args);
   Text text(buf, len);
   bool fits = true;
   while (fits) {
@@ -86,18 +84,17 @@ int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list a
     if (!fits || *format == '\0') break;
     const char conversion = format[1];
     if (conversion == 's') {
-      fits = text.Put(StringArgument(va_arg(rest, const char *)));
+      fits = text.Put(StringArgument(va_arg(args, const char *)));
     } else if (conversion == 'd') {
-      fits = text.PutNumber(va_arg(rest, int));
+      fits = text.PutNumber(va_arg(args, int));
     } else if (conversion == 'u') {
-      fits = text.PutNumber(va_arg(rest, unsigned));
+      fits = text.PutNumber(va_arg(args, unsigned));
     } else {
-      fits = text.PutFormatted(format, rest);
+      fits = text.PutFormatted(format, args);
       break;
     }
     format += 2;
   }
-  va_end(rest);
   text.Terminate();
   return fits ? text.Length() : static_cast<int32_t>(len);
 }
