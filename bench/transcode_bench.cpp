@@ -1,5 +1,5 @@
 // Converters between the Unicode forms, and the character sets of messages:
-// 32 K characters in three kinds of writing.
+// half a million characters in three kinds of writing.
 #include <unicode/ustring.h>
 
 #include <cstdlib>
@@ -18,9 +18,9 @@ using qnbench::Opaque;
 using qnbench::Operation;
 using qnbench::Writing;
 
-constexpr std::size_t kCharacters = 32768;
-constexpr std::size_t kShortText = 40;  // a subject line
-constexpr std::size_t kMostBytes = 6;   // of one character, in any form here
+constexpr std::size_t kCharacters = 512 * std::size_t{1024};  // a megabyte of UTF-16
+constexpr std::size_t kShortText = 40;                        // a subject line
+constexpr std::size_t kMostBytes = 6;                         // of one character, in any form here
 
 int32_t Length(std::size_t size) { return static_cast<int32_t>(size); }
 
