@@ -13,6 +13,8 @@
 #include <limits>
 #include <string_view>
 
+#include "qn_shown.h"
+
 namespace {
 
 // The area never grows or drains: reaching its end ends the formatting.
@@ -70,10 +72,6 @@ class Text {
   int32_t length_ = 0;
 };
 
-std::string_view StringArgument(const char *string) {
-  return string != nullptr ? string : "(null)";
-}
-
 }  // namespace
 
 int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list args) {
@@ -86,7 +84,7 @@ int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list a
     // The analyzer does not see that a caller has started the list.
     // NOLINTBEGIN(clang-analyzer-valist.Uninitialized)
     if (conversion == 's') {
-      fits = text.Put(StringArgument(va_arg(args, const char *)));
+      fits = text.Put(qn::Shown(va_arg(args, const char *)));
     } else if (conversion == 'd') {
       fits = text.PutNumber(va_arg(args, int));
     } else if (conversion == 'u') {
