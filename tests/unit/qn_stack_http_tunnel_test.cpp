@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "qnstack/qn_stack_http.h"
+#include "support/failing_heap.h"
 #include "support/socket_layer_faults.h"
 #include "support/transfer_test.h"
 
@@ -16,6 +17,7 @@ namespace {
 
 using qntest::Context;
 using qntest::Deliver;
+using qntest::FailingHeap;
 using qntest::FailWith;
 using qntest::Give;
 using qntest::Outcome;
@@ -84,6 +86,22 @@ TEST_F(QnStackHttpTunnel, ReceivingGoesOnOverEndsAndErrorsUntilDataComes) {
   ctx->tryCount = 7;
   EXPECT_EQ(Receive(ctx), (Outcome{-2, 3, 0, 1, ""}));
   EXPECT_EQ(network_.Count("recv"), 4u);
+}
+
+// Only one more piece is scripted: a call that went on would take it.
+TEST_F(QnStackHttpTunnel, BytesThatTheHeapRefusesEndTheCallTheyCameIn) {
+  const Context ctx = OpenTunnel();
+  network_.Script("recv",
+                  {Deliver(std::string(2000, 'a')), Deliver(std::string(2000, 'b')), Deliver("c")});
+  Receive(ctx);
+  int32_t result = 0;
+  {
+    const FailingHeap heap(1, FailingHeap::Reach::kRest);
+    result = fnQNStack_Http_RecvConnectData(ctx.get());
+  }
+  EXPECT_EQ(result, -2);
+  EXPECT_EQ(network_.Count("recv"), 2u);
+  EXPECT_EQ(UnreadOf(ctx->recvBuf), std::string(2000, 'a'));
 }
 
 TEST_F(QnStackHttpTunnel, EachReceiveWithoutDataIsATry) {

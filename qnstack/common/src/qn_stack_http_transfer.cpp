@@ -18,9 +18,9 @@ constexpr int32_t kChunk = 2048;              // most bytes of one send or recei
 constexpr uint32_t kUnreadHighWater = 20480;  // receiving pauses above this
 constexpr int32_t kMostTries = 3000;          // calls without progress before giving up
 constexpr int32_t kGoOn = 1;                  // of a step: the next one follows in the same call
-constexpr int32_t kFailed = -1;               // of the socket layer, as are the next two
-constexpr int32_t kWouldBlock = -2;
+constexpr int32_t kWouldBlock = -2;           // of the socket layer, as is the next
 constexpr int32_t kNullDestination = -3;
+constexpr int32_t kNoMemory = -4;  // bytes came that the answer has no room for
 
 char buffer[kChunk];
 
@@ -133,9 +133,9 @@ int32_t ReceiveChunk(QNHttpCtx *ctx) {
   if (area != nullptr) {
     qn::Written(ctx->recvBuf, area, static_cast<uint32_t>(received));
   } else if (!AppendReceived(ctx->recvBuf, received)) {
-    // Bytes for which there is no memory end the answer: a later piece behind
-    // them would not be what the peer sent.
-    return kFailed;
+    // That ends the answer like a failure: a later piece behind the lost one
+    // would not be what the peer sent.
+    return kNoMemory;
   }
   ctx->tryCount = 0;
   return received;
@@ -223,7 +223,9 @@ int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx) {
 int32_t fnQNStack_Http_RecvConnectData(QNHttpCtx *ctx) {
   if (ctx == nullptr) return -1;
   while (qn::Unread(ctx->recvBuf) <= kUnreadHighWater) {
-    if (ReceiveChunk(ctx) > 0) return -2;
+    const int32_t received = ReceiveChunk(ctx);
+    // Lost bytes came all the same: to wait for more might be to wait for ever.
+    if (received > 0 || received == kNoMemory) return -2;
     CountTry(ctx);
   }
   return -2;
