@@ -27,11 +27,6 @@ constexpr int32_t kEncodingOther = 1;
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kValueEnd = " ;\t";
 
-// The text up to the first of `ends`, or all of it.
-std::string_view UpTo(std::string_view text, std::string_view ends) {
-  return {text.data(), std::min(text.find_first_of(ends), text.size())};
-}
-
 std::string_view AfterColon(std::string_view line) {
   line.remove_prefix(std::min(line.find(':') + 1, line.size()));
   return line;
@@ -45,29 +40,29 @@ std::string_view SecondWord(std::string_view line) {
   return qn::ScanWord(&line);
 }
 
-void TakeStatus(QNHttpCtx *ctx, std::string_view line) {
+void TakeStatus(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace) {
   const std::string_view version = qn::ScanWord(&line);
   ctx->retValue = qn::ScanNumber(line).value_or(kUnreadableStatus);
-  qn::Trace(" Ctx->retValue ", ctx->retValue);
-  qn::Trace(version);
+  trace.Line(" Ctx->retValue ", ctx->retValue);
+  trace.Line(version);
 }
 
-void TakeLength(QNHttpCtx *ctx, std::string_view line) {
+void TakeLength(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace) {
   ctx->retCtxLen = qn::ScanNumber(AfterColon(line)).value_or(kUnreadableLength);
-  qn::Trace("Ctx->retCtxLen ", ctx->retCtxLen);
+  trace.Line("Ctx->retCtxLen ", ctx->retCtxLen);
 }
 
-void TakeType(QNHttpCtx *ctx, std::string_view line) {
+void TakeType(QNHttpCtx *ctx, std::string_view line, qn::Trace & /*trace*/) {
   // An earlier value stays with whoever kept it.
   ctx->retCtxType = qn::CopyText(SecondWord(line));
 }
 
-void TakeLocation(QNHttpCtx *ctx, std::string_view line) {
+void TakeLocation(QNHttpCtx *ctx, std::string_view line, qn::Trace & /*trace*/) {
   qn::FreeText(ctx->url);
   ctx->url = qn::CopyText(SecondWord(line));
 }
 
-void TakeEncoding(QNHttpCtx *ctx, std::string_view line) {
+void TakeEncoding(QNHttpCtx *ctx, std::string_view line, qn::Trace & /*trace*/) {
   ctx->retEncoding = SecondWord(line) == "gzip" ? kEncodingGzip : kEncodingOther;
 }
 
@@ -77,16 +72,16 @@ std::string_view CookiePath(std::string_view attributes) {
   const std::size_t found = attributes.find(kPath);
   if (found == std::string_view::npos) return "/";
   attributes.remove_prefix(found + kPath.size());
-  return UpTo(attributes, kValueEnd);
+  return qn::UpTo(attributes, kValueEnd);
 }
 
-void TakeCookie(QNHttpCtx *ctx, std::string_view line) {
+void TakeCookie(QNHttpCtx *ctx, std::string_view line, qn::Trace & /*trace*/) {
   std::string_view rest = AfterColon(line);
   rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
-  const std::string_view name = UpTo(rest, "=");
+  const std::string_view name = qn::UpTo(rest, "=");
   if (name.size() == rest.size()) return;  // without '=' there is no cookie
   rest.remove_prefix(name.size() + 1);
-  const std::string_view value = UpTo(rest, kValueEnd);
+  const std::string_view value = qn::UpTo(rest, kValueEnd);
   rest.remove_prefix(value.size());
 
   const qn::Owned<char> owned_name(qn::CopyText(name));
@@ -100,7 +95,7 @@ void TakeCookie(QNHttpCtx *ctx, std::string_view line) {
 // first that matches counts.
 struct LineKind {
   std::string_view name;
-  void (*take)(QNHttpCtx *ctx, std::string_view line);
+  void (*take)(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace);
 };
 constexpr LineKind kLineKinds[] = {
     {"HTTP/", TakeStatus},
@@ -114,10 +109,10 @@ constexpr LineKind kLineKinds[] = {
     {"Set-Cookie2:", TakeCookie},
 };
 
-void TakeHeaderLine(QNHttpCtx *ctx, std::string_view line) {
+void TakeHeaderLine(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace) {
   for (const LineKind &kind : kLineKinds) {
     if (qn::BeginsWithIgnoringCase(line, kind.name)) {
-      kind.take(ctx, line);
+      kind.take(ctx, line, trace);
       return;
     }
   }
@@ -155,6 +150,7 @@ int32_t Redirect(QNHttpCtx *ctx) {
 
 int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx) {
   if (ctx == nullptr) return -1;
+  qn::Trace trace;
   while (ctx->headParsed == 0) {
     const std::optional<std::string_view> line = qn::TakeLine(ctx->recvBuf);
     if (!line.has_value()) {
@@ -162,11 +158,11 @@ int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx) {
       ctx->headParsed = 1;
       return 0;
     }
-    qn::Trace("ParseAnswer ", *line);
+    trace.Line("ParseAnswer ", *line);
     if (line->empty()) {
       ctx->headParsed = 1;
     } else {
-      TakeHeaderLine(ctx, *line);
+      TakeHeaderLine(ctx, *line, trace);
     }
   }
   return 0;

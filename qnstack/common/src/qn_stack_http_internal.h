@@ -22,6 +22,13 @@ QNHttpCtx *fnQNStack_Http_NewCtx();
 // Returns 0, or -1 with nothing changed for a null URL.
 int32_t fnQNStack_Http_ParseURL(QNHttpCtx *ctx, const char *url);
 
+class Trace;
+
+// Writes the request of a context, or that of a tunnel, into its send buffer.
+// Without a proxy there is no tunnel to ask for.
+void ComposeRequest(QNHttpCtx *ctx, Trace &trace);
+void ComposeTunnel(QNHttpCtx *ctx, Trace &trace);
+
 // Whether the context is a tunnel.
 bool IsConnect(const QNHttpCtx &ctx);
 

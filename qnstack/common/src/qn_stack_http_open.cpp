@@ -59,14 +59,14 @@ int32_t qn::fnQNStack_Http_ParseURL(QNHttpCtx *ctx, const char *url) {
   std::string_view rest = text;
   if (scheme_end != std::string_view::npos) rest.remove_prefix(scheme_end + kSchemeEnd.size());
 
-  const std::string_view host(rest.data(), std::min(rest.find_first_of(":/?"), rest.size()));
+  const std::string_view host = UpTo(rest, ":/?");
   rest.remove_prefix(host.size());
   ctx->hostname = CopyText(host);
 
   ctx->port = kDefaultPort;
   if (rest.starts_with(':')) {
     rest.remove_prefix(1);
-    const std::string_view port(rest.data(), std::min(rest.find('/'), rest.size()));
+    const std::string_view port = UpTo(rest, "/");
     rest.remove_prefix(port.size());
     ctx->port = ScanNumber(port).value_or(kDefaultPort);
   }

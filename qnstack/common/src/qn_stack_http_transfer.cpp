@@ -41,30 +41,30 @@ int32_t FailAndCount(QNHttpCtx *ctx, int32_t state) {
 }
 
 // Takes a slot unless the context has one; false when all are taken.
-bool EnsureSocket(QNHttpCtx *ctx) {
+bool EnsureSocket(QNHttpCtx *ctx, qn::Trace &trace) {
   if (ctx->socket > 0) return true;
   ctx->socket = fnQN_Stack_CreateSocket();
-  qn::Trace("create socket ", ctx->socket);
+  trace.Line("create socket ", ctx->socket);
   if (ctx->socket <= 0) return false;
   fnQN_Stack_SetNoBlock();
   return true;
 }
 
-int32_t Resolve(QNHttpCtx *ctx) {
-  if (!EnsureSocket(ctx)) return FailAndCount(ctx, QN_HTTP_RESOLVE_FAILED);
+int32_t Resolve(QNHttpCtx *ctx, qn::Trace &trace) {
+  if (!EnsureSocket(ctx, trace)) return FailAndCount(ctx, QN_HTTP_RESOLVE_FAILED);
   const bool proxy = qn::http_proxy != nullptr;
   const int32_t result = fnQN_Stack_GetHostByName(
       ctx->socket, proxy ? qn::http_proxy : ctx->hostname, proxy ? qn::http_proxyPort : ctx->port);
-  qn::Trace("host:", ctx->hostname, ",", ctx->port);
+  trace.Line("host:", ctx->hostname, ",", ctx->port);
   if (result == -1) return FailAndCount(ctx, QN_HTTP_RESOLVE_FAILED);
   ctx->tryCount = 0;
   return Advance(ctx);
 }
 
-int32_t Connect(QNHttpCtx *ctx) {
-  if (!EnsureSocket(ctx)) return FailAndCount(ctx, QN_HTTP_CONNECT_FAILED);
+int32_t Connect(QNHttpCtx *ctx, qn::Trace &trace) {
+  if (!EnsureSocket(ctx, trace)) return FailAndCount(ctx, QN_HTTP_CONNECT_FAILED);
   const int32_t result = fnQN_Stack_Connect(ctx->socket);
-  qn::Trace("connet socket:", ctx->socket, " result:", result);
+  trace.Line("connet socket:", ctx->socket, " result:", result);
   if (result == 0) {
     fnQN_Stack_CloseSocket(ctx->socket);
     ctx->socket = 0;
@@ -79,16 +79,16 @@ int32_t Connect(QNHttpCtx *ctx) {
   return Advance(ctx);
 }
 
-int32_t Compose(QNHttpCtx *ctx) {
+int32_t Compose(QNHttpCtx *ctx, qn::Trace &trace) {
   if (qn::IsConnect(*ctx)) {
-    fnQNStack_Http_PrepareQuest_Connect(ctx);
+    qn::ComposeTunnel(ctx, trace);
   } else {
-    fnQNStack_Http_PrepareQuest(ctx);
+    qn::ComposeRequest(ctx, trace);
   }
   return Advance(ctx);
 }
 
-int32_t Send(QNHttpCtx *ctx) {
+int32_t Send(QNHttpCtx *ctx, qn::Trace & /*trace*/) {
   const int32_t result = fnQNStack_Http_SendQuest(ctx);
   if (result >= 0) return Advance(ctx);
   if (result == -1) ctx->state = QN_HTTP_SEND_FAILED;
@@ -141,25 +141,25 @@ int32_t ReceiveChunk(QNHttpCtx *ctx) {
   return received;
 }
 
-int32_t ReceiveAnswer(QNHttpCtx *ctx) {
+int32_t ReceiveAnswer(QNHttpCtx *ctx, qn::Trace &trace) {
   while (qn::Unread(ctx->recvBuf) <= kUnreadHighWater) {
     const int32_t received = ReceiveChunk(ctx);
     if (received <= 0) return EndReceiving(ctx, received);
-    qn::Trace("socket ", ctx->socket, " recv len:", received);
+    trace.Line("socket ", ctx->socket, " recv len:", received);
   }
   CountTry(ctx);
   return -2;
 }
 
-int32_t Receive(QNHttpCtx *ctx) {
-  if (!qn::IsConnect(*ctx)) return ReceiveAnswer(ctx);
+int32_t Receive(QNHttpCtx *ctx, qn::Trace &trace) {
+  if (!qn::IsConnect(*ctx)) return ReceiveAnswer(ctx, trace);
   const int32_t result = fnQNStack_Http_RecvConnectData(ctx);
   CountTry(ctx);
   return result;
 }
 
 // One step per state, in the order of the states from QN_HTTP_NEW on.
-using Step = int32_t (*)(QNHttpCtx *);
+using Step = int32_t (*)(QNHttpCtx *, qn::Trace &);
 constexpr Step kSteps[] = {Resolve, Connect, Compose, Send, Receive};
 
 bool IsUnderWay(const QNHttpCtx &ctx) {
@@ -176,14 +176,15 @@ int32_t fnQNStack_Http_Run(QNHttpCtx *ctx) {
     return -1;
   }
   gCtx = ctx;
+  qn::Trace trace;
   int32_t result = kGoOn;
-  while (result == kGoOn) result = kSteps[ctx->state](ctx);
+  while (result == kGoOn) result = kSteps[ctx->state](ctx, trace);
   return result;
 }
 
 int32_t fnQNStack_Http_Call_Run(QNHttpCtx *ctx) {
   if (ctx == nullptr) return 0;
-  qn::Trace("Socket callback working write or read...... ");
+  qn::Trace().Line("Socket callback working write or read...... ");
   return fnQNStack_Http_Run(ctx);
 }
 

@@ -112,6 +112,29 @@ void Append(Buffer *buffer, const void *bytes, uint32_t count) {
   CountIn(&buffer->face, count);
 }
 
+std::size_t SizeOf(std::initializer_list<std::string_view> texts) {
+  std::size_t size = 0;
+  for (const std::string_view text : texts) size += text.size();
+  return size;
+}
+
+// Appends texts, none of them of the buffer itself, if the storage has room for
+// all; false, with nothing appended, if it has not.
+bool AppendWithoutGrowth(Buffer *buffer, std::initializer_list<std::string_view> texts) {
+  if (buffer == nullptr) return false;
+  const std::size_t size = SizeOf(texts);
+  Compact(buffer);
+  QNMemBuffer &face = buffer->face;
+  if (size > face.capacity - face.length) return false;
+  char *end = face.data + face.length;
+  for (const std::string_view text : texts) {
+    std::memcpy(end, text.data(), text.size());
+    end += text.size();
+  }
+  CountIn(&face, static_cast<uint32_t>(size));
+  return true;
+}
+
 // Where a delimiter of two characters, as line ends are, first stands in a
 // string; null if nowhere. Lines are short, and a general search would spend
 // most of its time on getting ready.
@@ -130,8 +153,14 @@ void qn::WriteText(QNMemBuffer *buffer, std::string_view text) {
   fnQN_MemBuffer_Write(buffer, text.data(), static_cast<int32_t>(text.size()));
 }
 
+void qn::WriteTexts(QNMemBuffer *buffer, std::initializer_list<std::string_view> texts) {
+  if (AppendWithoutGrowth(Behind(buffer), texts)) return;
+  for (const std::string_view text : texts) WriteText(buffer, text);
+}
+
 void qn::WritePiece(QNMemBuffer *buffer, std::initializer_list<std::string_view> texts) {
   std::array<char, kFormattedBytes - 1> piece;
+  if (SizeOf(texts) <= piece.size() && AppendWithoutGrowth(Behind(buffer), texts)) return;
   std::size_t size = 0;
   for (const std::string_view text : texts) {
     const std::size_t taken = std::min(text.size(), piece.size() - size);

@@ -18,6 +18,9 @@ uint32_t Unread(const QNMemBuffer *buffer);
 // Appends a text in one write; one beyond what a write takes is not appended.
 void WriteText(QNMemBuffer *buffer, std::string_view text);
 
+// Appends texts, none of them of the buffer itself, in one write each.
+void WriteTexts(QNMemBuffer *buffer, std::initializer_list<std::string_view> texts);
+
 // Appends texts as one formatted piece: together, and cut where
 // fnQN_MemBuffer_Printf() cuts.
 void WritePiece(QNMemBuffer *buffer, std::initializer_list<std::string_view> texts);

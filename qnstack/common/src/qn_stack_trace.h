@@ -11,32 +11,31 @@
 
 namespace qn {
 
-// One trace line, put together here and handed over at once: a line comes with
-// every receive, and standard output is locked for each call.
-class TraceLine {
+// The trace lines of one call into the library, put together here and handed
+// over at its end: a line comes with every receive, and standard output is
+// locked for each handover.
+class Trace {
  public:
-  TraceLine() = default;
-  ~TraceLine() { Flush(); }
-  TraceLine(const TraceLine &) = delete;
-  TraceLine &operator=(const TraceLine &) = delete;
+  Trace() = default;
+  ~Trace() { Flush(); }
+  Trace(const Trace &) = delete;
+  Trace &operator=(const Trace &) = delete;
 
+  // A line of texts and numbers, the texts null or not.
+  template <typename... Parts>
+  void Line(const Parts &...parts) {
+    (Add(parts), ...);
+  }
+
+ private:
   void Add(std::string_view text);
   void Add(const char *text) { Add(Shown(text)); }
   void Add(int32_t number) { Add(std::string_view(Shown(number))); }
-
- private:
   void Flush();
 
-  std::array<char, 256> line_;
+  std::array<char, 512> text_;
   std::size_t size_ = 0;
 };
-
-// Writes a line of texts and numbers, the texts null or not.
-template <typename... Parts>
-void Trace(const Parts &...parts) {
-  TraceLine line;
-  (line.Add(parts), ...);
-}
 
 }  // namespace qn
 

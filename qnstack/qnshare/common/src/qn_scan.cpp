@@ -8,10 +8,11 @@
 
 namespace {
 
-constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+// Blank, or one of "\t\n\v\f\r", which stand in a row.
+constexpr bool IsWhiteSpace(char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
 
 void SkipWhiteSpace(std::string_view *text) {
-  text->remove_prefix(std::min(text->find_first_not_of(kWhiteSpace), text->size()));
+  while (!text->empty() && IsWhiteSpace(text->front())) text->remove_prefix(1);
 }
 
 }  // namespace
@@ -37,8 +38,9 @@ std::optional<int32_t> qn::ScanNumber(std::string_view text) { return TakeNumber
 
 std::string_view qn::ScanWord(std::string_view *text) {
   SkipWhiteSpace(text);
-  const std::string_view word(text->data(),
-                              std::min(text->find_first_of(kWhiteSpace), text->size()));
-  text->remove_prefix(word.size());
+  std::size_t size = 0;
+  while (size < text->size() && !IsWhiteSpace((*text)[size])) ++size;
+  const std::string_view word(text->data(), size);
+  text->remove_prefix(size);
   return word;
 }

@@ -3,6 +3,7 @@
 #ifndef QNSTACK_QN_SCAN_H
 #define QNSTACK_QN_SCAN_H
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -21,6 +22,18 @@ std::optional<int32_t> TakeNumber(std::string_view *text);
 // Takes the next word off the front of `text` as "%s" takes it: white space is
 // skipped, the word runs to the next white space. Empty if there is none.
 std::string_view ScanWord(std::string_view *text);
+
+// The text up to the first of a few characters, or all of it. What is looked
+// through is short, so that a call for each byte would cost more than the rest.
+constexpr std::string_view UpTo(std::string_view text, std::string_view ends) {
+  std::size_t size = 0;
+  for (; size < text.size(); ++size) {
+    for (const char end : ends) {
+      if (text[size] == end) return {text.data(), size};
+    }
+  }
+  return text;
+}
 
 }  // namespace qn
 
