@@ -36,10 +36,11 @@ constexpr char kMmsAnswer[] =
     "HTTP/1.0 200 OK\r\nContent-Type: application/vnd.wap.mms-message\r\nContent-Length: 7\r\n\r\n"
     "message";
 
-ProcessResult RunExample(const std::string &name, const std::vector<std::string> &arguments) {
+ProcessResult RunExample(const std::string &name, const std::vector<std::string> &arguments,
+                         const qntest::ProcessOptions &options = {}) {
   std::vector<std::string> command{EXAMPLES_FOLDER "/" + name};
   command.insert(command.end(), arguments.begin(), arguments.end());
-  return qntest::RunProgram(command);
+  return qntest::RunProgram(command, options);
 }
 
 std::string UrlOf(const ScriptedServer &server, std::string_view path = "/m") {
@@ -94,6 +95,39 @@ TEST_P(FetchExample, TellsItsUsage) {
 
   EXPECT_EQ(result.exit_code, kUsage);
   EXPECT_THAT(result.error, StartsWith("usage: "s + GetParam() + " URL FILE"));
+}
+
+// The program that the README shows; it writes to the folder it runs in.
+class ReadmeExample : public testing::Test {
+ protected:
+  ProcessResult Run(const std::vector<std::string> &arguments) const {
+    return RunExample("readme_fetch", arguments, {.folder = folder_.path()});
+  }
+
+  ScratchFolder folder_;
+};
+
+TEST_F(ReadmeExample, FetchesAMessage) {
+  ScriptedServer server({AnswerWith(kMmsAnswer)});
+
+  EXPECT_EQ(Run({UrlOf(server)}).exit_code, 0);
+  EXPECT_EQ(folder_.read("message.mms"), "message");
+}
+
+TEST_F(ReadmeExample, FetchesThroughAGateway) {
+  ScriptedServer gateway({AnswerWith(kMmsAnswer)});
+
+  EXPECT_EQ(Run({"http://mmsc.example/m", "127.0.0.1", std::to_string(gateway.port())}).exit_code,
+            0);
+  EXPECT_EQ(folder_.read("message.mms"), "message");
+  EXPECT_THAT(gateway.Received(0), StartsWith("GET http://mmsc.example/m HTTP/1.0\r\n"));
+}
+
+TEST_F(ReadmeExample, FailsWithoutAServerAndWithoutAUrl) {
+  const RefusingPort nobody;
+
+  EXPECT_EQ(Run({"http://127.0.0.1:" + std::to_string(nobody.port())}).exit_code, 1);
+  EXPECT_EQ(Run({}).exit_code, kUsage);
 }
 
 TEST(PostExample, SendsTheTextAndTellsTheStatus) {
