@@ -123,8 +123,8 @@ Answer TakenApart(const std::string &bytes) {
 std::size_t KeptTypes(const Answer &answer) {
   const auto types =
       std::count_if(answer.lines.begin(), answer.lines.end(), [](const std::string &line) {
-        return qn::BeginsWithIgnoringCase(line, "Content-Type:") ||
-               qn::BeginsWithIgnoringCase(line, "ContentType:");
+        return qn::BeginsWithFolded(line, "content-type:") ||
+               qn::BeginsWithFolded(line, "contenttype:");
       });
   return types > 1 ? static_cast<std::size_t>(types - 1) : 0;
 }

@@ -94,24 +94,24 @@ void TakeCookie(QNHttpCtx *ctx, std::string_view line, qn::Trace & /*trace*/) {
 // What a header line that begins with a name, in any case, is taken for; the
 // first that matches counts.
 struct LineKind {
-  std::string_view name;
+  std::string_view folded_name;
   void (*take)(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace);
 };
 constexpr LineKind kLineKinds[] = {
-    {"HTTP/", TakeStatus},
-    {"Content-Length:", TakeLength},
-    {"Content-Type:", TakeType},
-    {"ContentType:", TakeType},
-    {"Location:", TakeLocation},
-    {"Content-Location:", TakeLocation},
-    {"Content-Encoding:", TakeEncoding},
-    {"Set-Cookie:", TakeCookie},
-    {"Set-Cookie2:", TakeCookie},
+    {"http/", TakeStatus},
+    {"content-length:", TakeLength},
+    {"content-type:", TakeType},
+    {"contenttype:", TakeType},
+    {"location:", TakeLocation},
+    {"content-location:", TakeLocation},
+    {"content-encoding:", TakeEncoding},
+    {"set-cookie:", TakeCookie},
+    {"set-cookie2:", TakeCookie},
 };
 
 void TakeHeaderLine(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace) {
   for (const LineKind &kind : kLineKinds) {
-    if (qn::BeginsWithIgnoringCase(line, kind.name)) {
+    if (qn::BeginsWithFolded(line, kind.folded_name)) {
       kind.take(ctx, line, trace);
       return;
     }

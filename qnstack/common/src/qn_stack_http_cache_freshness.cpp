@@ -47,12 +47,12 @@ void TakeCacheControl(const char *text) {
 
 // What a header line is taken for by its name; the first that matches counts.
 struct LineKind {
-  std::string_view name;
+  std::string_view folded_name;
   void (*take)(const char *text);
 };
 constexpr LineKind kLineKinds[] = {
-    {"Date:", TakeDate}, {"Last-Modified:", TakeLastModified}, {"Expires:", TakeExpires},
-    {"Age:", TakeAge},   {"Cache-Control:", TakeCacheControl}, {"Pragma:", ForbidIfNoCache},
+    {"date:", TakeDate}, {"last-modified:", TakeLastModified}, {"expires:", TakeExpires},
+    {"age:", TakeAge},   {"cache-control:", TakeCacheControl}, {"pragma:", ForbidIfNoCache},
 };
 
 }  // namespace
@@ -64,9 +64,10 @@ void fnQNStack_Cache_InitTime(void) { qn::cache_time = {1, 0, 0, 0, 0}; }
 int32_t fnQNStack_Cache_ParseCacheTime(const char *line) {
   if (qn::cache_time.cacheable == 0) return -1;
   if (line == nullptr) return 0;
+  const std::string_view text(line);
   for (const LineKind &kind : kLineKinds) {
-    if (qn::BeginsWithIgnoringCase(line, kind.name)) {
-      kind.take(line + kind.name.size());
+    if (qn::BeginsWithFolded(text, kind.folded_name)) {
+      kind.take(line + kind.folded_name.size());
       break;
     }
   }

@@ -4,20 +4,16 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 namespace qn {
 
-void Trace::Add(std::string_view text) {
-  if (text.size() > text_.size() - size_) {
-    Flush();
-    if (text.size() > text_.size()) {
-      std::fwrite(text.data(), 1, text.size(), stdout);
-      return;
-    }
+void Trace::AddBeyondRoom(std::string_view text) {
+  Flush();
+  if (text.size() <= text_.size()) {
+    Add(text);
+  } else {
+    std::fwrite(text.data(), 1, text.size(), stdout);
   }
-  std::memcpy(text_.data() + size_, text.data(), text.size());
-  size_ += text.size();
 }
 
 void Trace::Flush() {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "qn_shown.h"
@@ -28,9 +29,18 @@ class Trace {
   }
 
  private:
-  void Add(std::string_view text);
+  // Here for the compiler to see through: most texts are known to it.
+  void Add(std::string_view text) {
+    if (text.size() > text_.size() - size_) {
+      AddBeyondRoom(text);
+      return;
+    }
+    std::memcpy(text_.data() + size_, text.data(), text.size());
+    size_ += text.size();
+  }
   void Add(const char *text) { Add(Shown(text)); }
   void Add(int32_t number) { Add(std::string_view(Shown(number))); }
+  void AddBeyondRoom(std::string_view text);
   void Flush();
 
   std::array<char, 512> text_;

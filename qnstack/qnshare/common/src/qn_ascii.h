@@ -14,11 +14,12 @@ constexpr unsigned char FoldByte(char byte) {
   return value >= 'A' && value <= 'Z' ? static_cast<unsigned char>(value + ('a' - 'A')) : value;
 }
 
-// Whether `text` begins with `prefix`, ignoring the case of ASCII letters.
-constexpr bool BeginsWithIgnoringCase(std::string_view text, std::string_view prefix) {
-  if (text.size() < prefix.size()) return false;
-  for (std::size_t i = 0; i < prefix.size(); ++i) {
-    if (FoldByte(text[i]) != FoldByte(prefix[i])) return false;
+// Whether `text` begins with `folded`, which has no upper case, when the case
+// of its ASCII letters is ignored.
+constexpr bool BeginsWithFolded(std::string_view text, std::string_view folded) {
+  if (text.size() < folded.size()) return false;
+  for (std::size_t i = 0; i < folded.size(); ++i) {
+    if (FoldByte(text[i]) != static_cast<unsigned char>(folded[i])) return false;
   }
   return true;
 }
