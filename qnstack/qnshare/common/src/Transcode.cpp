@@ -111,6 +111,34 @@ char *PutAsciiUnits(Bytes *src, char *out) {
   return out;
 }
 
+// The ASCII bytes at the front of a text as units, as far as they come in
+// eights.
+uint16_t *PutAsciiBytes(Bytes *src, uint16_t *out) {
+  while (src->size() >= 8 && (Load8(src->data()) & kHighBits) == 0) {
+    for (std::size_t i = 0; i < 8; ++i) out[i] = (*src)[i];
+    *src = src->subspan(8);
+    out += 8;
+  }
+  return out;
+}
+
+// The unit of the character at the front of a UTF-8 text. A lead byte that has
+// too few behind it is left out.
+uint16_t *PutCharacter(Bytes *src, uint16_t *out) {
+  const Byte *b = src->data();
+  const std::size_t length = b[0] < 0x80 ? 1 : b[0] < 0xE0 ? 2 : 3;
+  if (src->size() < length) {
+    *src = src->subspan(1);
+    return out;
+  }
+  uint32_t unit = b[0];
+  if (length == 2) unit = (b[0] & 0x1FU) << 6U | (b[1] & 0x3FU);
+  if (length == 3) unit = (b[0] & 0x0FU) << 12U | (b[1] & 0x3FU) << 6U | (b[2] & 0x3FU);
+  *src = src->subspan(length);
+  *out = static_cast<uint16_t>(unit);
+  return out + 1;
+}
+
 bool IsSurrogate(uint32_t unit) { return unit >= 0xD800 && unit <= 0xDFFF; }
 
 // Surrogates and marks mean something in UTF-16, in UCS-2 they do not.
@@ -280,7 +308,12 @@ void LitEndianUCS2toUTF8(const void *src, int32_t len, char *out) {
 
 void UCS2toUTF8(const uint16_t *src, int32_t count, char *out) {
   if (src == nullptr || out == nullptr) return;
-  for (int32_t i = 0; i < count; ++i) out = PutUnit(out, src[i], kWholeLead);
+  const uint16_t *end = src + (count > 0 ? count : 0);
+  // Characters of a length come in runs, which a loop of their own goes faster.
+  while (src != end) {
+    for (; src != end && *src <= 0x7FF; ++src) out = PutUnit(out, *src, kWholeLead);
+    for (; src != end && *src > 0x7FF; ++src) out = PutThree(out, *src);
+  }
   *out = '\0';
 }
 
@@ -292,22 +325,10 @@ void UCS4toUTF8(const uint32_t *src, int32_t count, char *out) {
 
 void UTF8toUCS2(const char *src, int32_t len, uint16_t *out) {
   if (src == nullptr || out == nullptr) return;
-  const Bytes bytes = Span(src, len);
-  std::size_t i = 0;
-  while (i < bytes.size()) {
-    const uint32_t b = bytes[i];
-    const std::size_t length = b < 0x80 ? 1 : b < 0xE0 ? 2 : 3;
-    if (bytes.size() - i < length) {
-      ++i;
-      continue;
-    }
-    uint32_t unit = b;
-    if (length == 2) unit = (b & 0x1FU) << 6U | (bytes[i + 1] & 0x3FU);
-    if (length == 3) {
-      unit = (b & 0x0FU) << 12U | (bytes[i + 1] & 0x3FU) << 6U | (bytes[i + 2] & 0x3FU);
-    }
-    *out++ = static_cast<uint16_t>(unit);
-    i += length;
+  Bytes rest = Span(src, len);
+  while (!rest.empty()) {
+    out = PutAsciiBytes(&rest, out);
+    for (std::size_t i = 0; i < 8 && !rest.empty(); ++i) out = PutCharacter(&rest, out);
   }
   *out = 0;
 }
