@@ -244,6 +244,34 @@ TEST(TranscodeUtf8, RandomTriplesAndLongerTexts) {
   }
 }
 
+TEST(TranscodeUtf8, CharactersAtEveryPlaceBetweenRunsOfAscii) {
+  const std::string ascii = "Every text has its own words.";
+  for (const std::string middle : {"", "\xC3\xA9", "\xE4\xB8\xAD", "\xC3", "\xE4\xB8", "\x80"}) {
+    for (std::size_t before = 0; before < ascii.size(); ++before) {
+      for (std::size_t after = 0; after < ascii.size(); ++after) {
+        const std::string bytes = ascii.substr(0, before) + middle + ascii.substr(0, after);
+        ASSERT_EQ(DecodeUtf8(bytes), ReferenceUcs2(bytes)) << before << " " << after;
+      }
+    }
+  }
+}
+
+TEST(TranscodeUcs2Units, RunsOfEveryKindInEveryOrder) {
+  std::mt19937 random(3);
+  for (int round = 0; round < 2000; ++round) {
+    std::vector<uint16_t> units;
+    std::string expected;
+    for (int run = 0; run < 6; ++run) {
+      const uint32_t most = std::vector<uint32_t>{0x7F, 0x7FF, 0xFFFF}[random() % 3];
+      for (std::size_t length = random() % 12; length > 0; --length) {
+        units.push_back(static_cast<uint16_t>(random() % (most + 1)));
+        expected += ReferenceUtf8(units.back());
+      }
+    }
+    ASSERT_EQ(EncodeUnits(units), expected);
+  }
+}
+
 TEST(TranscodeUtf8, SequencesThatTheEndCutsAreSkipped) {
   EXPECT_THAT(DecodeUtf8("\xC3\xA9"), ElementsAre(0x00E9));
   EXPECT_THAT(DecodeUtf8("\xE4\xB8\xAD"), ElementsAre(0x4E2D));
