@@ -6,11 +6,13 @@
 
 #include "qnstack/qn_stack_http_cookie.h"
 #include "support/buffer.h"
+#include "support/failing_heap.h"
 
 namespace {
 
 using qntest::Buffer;
 using qntest::BufferFields;
+using qntest::FailingHeap;
 
 constexpr char kCookie2Line[] = "Cookie2: \"1\"\r\n";
 
@@ -44,6 +46,33 @@ TEST_F(QnStackHttpCookieLine, IsAppendedBehindTheOtherLines) {
   fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
 
   EXPECT_EQ(buffer.Fields().held, "GET / HTTP/1.0\r\nCookie: sid=abc\r\nCookie2: \"1\"\r\n");
+}
+
+// A line end alone would end the header, and what follows would be the body.
+TEST_F(QnStackHttpCookieLine, IsLeftOutWholeWhenTheHeapRefusesIt) {
+  fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
+  Buffer buffer(16);
+  buffer.Write("GET / HTTP/1.0\r\n");
+
+  {
+    const FailingHeap heap(1);
+    fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
+    EXPECT_EQ(heap.Refusals(), 1);
+  }
+
+  EXPECT_EQ(buffer.Fields().held, "GET / HTTP/1.0\r\n");
+}
+
+TEST_F(QnStackHttpCookieLine, NeedsNoMemoryWhereTheBufferHasRoom) {
+  fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
+  const Buffer buffer(64);
+
+  {
+    const FailingHeap heap(1);
+    fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
+  }
+
+  EXPECT_EQ(buffer.Fields().held, "Cookie: sid=abc\r\nCookie2: \"1\"\r\n");
 }
 
 TEST_F(QnStackHttpCookieLine, GoesToTheCookiesOwnHostAlone) {

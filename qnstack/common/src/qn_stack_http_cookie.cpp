@@ -5,6 +5,7 @@
 #include "qn_ascii.h"
 #include "qn_list_find.h"
 #include "qn_owned.h"
+#include "qn_shown.h"
 #include "qn_stack_http_cookie_internal.h"
 #include "qn_stack_membuffer_internal.h"
 #include "qnstack/qn_list.h"
@@ -80,13 +81,16 @@ void fnQNStack_Http_Cookie_Set(const char *name, const char *value, const char *
 }
 
 void fnQNStack_Http_Cookie_AddToHead(QNMemBuffer *buffer, const char *host) {
+  if (buffer == nullptr) return;
   const auto *newest = static_cast<const qn::HttpCookie *>(
       fnQNList_GetData(fnQNList_BeginIter(qn::http_Cookie_list)));
   if (newest == nullptr || fnQN_STRCMP(newest->domain, host) != 0) return;
+  const uint32_t before = buffer->total;
+  qn::WritePiece(buffer, {"Cookie: ", qn::Shown(newest->name), "=", qn::Shown(newest->value)});
+  // A line end without its line would end the header.
+  if (buffer->total == before) return;
   // Pieces of their own: a long cookie is cut, its line end is not.
-  fnQN_MemBuffer_Printf(buffer, "Cookie: %s=%s", newest->name, newest->value);
-  qn::WriteText(buffer, "\r\n");
-  qn::WriteText(buffer, "Cookie2: \"1\"\r\n");
+  qn::WriteTexts(buffer, {"\r\n", "Cookie2: \"1\"\r\n"});
 }
 
 void fnQNStack_Http_Cookie_FreeAll(void) {
