@@ -273,6 +273,17 @@ TEST_F(QnStackHurry, TurnsOffTheKernelsWaitOnTheSlotsSocket) {
   EXPECT_EQ(network_.Calls()[0].flags, TCP_NODELAY);
 }
 
+TEST_F(QnStackHurry, LeavesDescriptorsAloneThatAreNotConnected) {
+  for (const int32_t state : {0, -1, -2}) {
+    SetConnState(state);
+    qn::HurryLastChunk(kSlot);
+  }
+  fnQN_Stack_CloseSocket(kSlot);
+  network_.ForgetCalls();
+  qn::HurryLastChunk(kSlot);
+  EXPECT_THAT(network_.Names(), IsEmpty());
+}
+
 TEST_F(QnStackHurry, IgnoresSlotsOutOfRange) {
   for (const int32_t slot : kBadSlots) qn::HurryLastChunk(slot);
   EXPECT_THAT(network_.Names(), IsEmpty());

@@ -106,7 +106,8 @@ QNSocketSlot socket_list[QN_SOCKET_SLOTS];
 int32_t qn::socket_init = 0;
 
 void qn::HurryLastChunk(int32_t slot) {
-  if (!IsSlot(slot)) return;
+  // A free slot has no socket: descriptor 0 is somebody else's.
+  if (!IsSlot(slot) || socket_list[slot].connState != kConnected) return;
   const int on = 1;
   setsockopt(socket_list[slot].fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 }
