@@ -55,6 +55,17 @@ TEST(QnTrace, HandsOverTheLinesOfACallAtItsEnd) {
             "in between first 1 second 2");
 }
 
+TEST(QnTrace, HandsOverEarlierWhenItIsTold) {
+  EXPECT_EQ(OutputOf([] {
+              qn::Trace trace;
+              trace.Line("first ");
+              trace.Flush();
+              std::fputs("in between ", stdout);
+              trace.Line("second");
+            }),
+            "first in between second");
+}
+
 TEST(QnTrace, KeepsManyLinesInOrder) {
   constexpr int kLines = 1000;
   std::string expected;

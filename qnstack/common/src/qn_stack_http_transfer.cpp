@@ -153,6 +153,7 @@ int32_t ReceiveAnswer(QNHttpCtx *ctx, qn::Trace &trace) {
 
 int32_t Receive(QNHttpCtx *ctx, qn::Trace &trace) {
   if (!qn::IsConnect(*ctx)) return ReceiveAnswer(ctx, trace);
+  trace.Flush();  // the next step may wait for ever
   const int32_t result = fnQNStack_Http_RecvConnectData(ctx);
   CountTry(ctx);
   return result;

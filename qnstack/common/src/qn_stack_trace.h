@@ -28,6 +28,9 @@ class Trace {
     (Add(parts), ...);
   }
 
+  // Hands over what there is so far.
+  void Flush();
+
  private:
   // Here for the compiler to see through: most texts are known to it.
   void Add(std::string_view text) {
@@ -41,7 +44,6 @@ class Trace {
   void Add(const char *text) { Add(Shown(text)); }
   void Add(int32_t number) { Add(std::string_view(Shown(number))); }
   void AddBeyondRoom(std::string_view text);
-  void Flush();
 
   std::array<char, 512> text_;
   std::size_t size_ = 0;
