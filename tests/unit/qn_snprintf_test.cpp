@@ -132,6 +132,27 @@ TEST(QnSnprintf, ConvertsOnBehindTextThatThePortableFormatterTook) {
   EXPECT_STREQ(area, "1   2.5 three 4");
 }
 
+TEST(QnSnprintf, StoresHowMuchItHasProducedSoFar) {
+  char area[64];
+  int first = -1;
+  int second = -1;
+  EXPECT_EQ(fnQNRTL_snprintf(area, sizeof area, "abc%s%n %d%c%n", "de", &first, 42, '!', &second),
+            9);
+
+  EXPECT_STREQ(area, "abcde 42!");
+  EXPECT_EQ(first, 5);
+  EXPECT_EQ(second, 9);
+}
+
+TEST(QnSnprintf, StoresNoCountBehindTheEndOfItsArea) {
+  char area[4];
+  int count = -1;
+  EXPECT_EQ(fnQNRTL_snprintf(area, sizeof area, "abc%s%n", "de", &count), 4);
+
+  EXPECT_STREQ(area, "abc");
+  EXPECT_EQ(count, -1);
+}
+
 TEST(QnSnprintf, CountsAZeroByteInsideTheText) {
   char buf[8];
   std::memset(buf, '#', sizeof buf);

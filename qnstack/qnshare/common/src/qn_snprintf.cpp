@@ -1,7 +1,7 @@
 // Formatted text into a bounded area. Owns nothing. Plain text, strings and
 // decimal numbers, of which nearly all of the library's texts are made, are
 // moved whole; from any other conversion on the portable runtime's formatter
-// does the work.
+// does the work, and all of it where the format counts.
 #include "qnstack/qn_snprintf.h"
 
 #include <apr_lib.h>
@@ -72,9 +72,24 @@ class Text {
   int32_t length_ = 0;
 };
 
+// Whether a format stores how much it has produced ("%n"), which the portable
+// runtime can tell only if it has produced all of it.
+bool CountsInto(const char *format) {
+  for (format = std::strchr(format, '%'); format != nullptr; format = std::strchr(format, '%')) {
+    ++format;
+    format += std::strspn(format, "-+ #0123456789.*hlqL");
+    if (*format == 'n') return true;
+    if (*format != '\0') ++format;
+  }
+  return false;
+}
+
 }  // namespace
 
 int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list args) {
+  const char *whole_format = format;
+  va_list whole_args;
+  va_copy(whole_args, args);
   Text text(buf, len);
   bool fits = true;
   while (fits) {
@@ -89,6 +104,10 @@ int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list a
       fits = text.PutNumber(va_arg(args, int));
     } else if (conversion == 'u') {
       fits = text.PutNumber(va_arg(args, unsigned));
+    } else if (CountsInto(format)) {
+      text = Text(buf, len);
+      fits = text.PutFormatted(whole_format, whole_args);
+      break;
     } else {
       fits = text.PutFormatted(format, args);
       break;
@@ -96,6 +115,7 @@ int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list a
     // NOLINTEND(clang-analyzer-valist.Uninitialized)
     format += 2;
   }
+  va_end(whole_args);
   text.Terminate();
   return fits ? text.Length() : static_cast<int32_t>(len);
 }
