@@ -271,6 +271,16 @@ TEST(QnMemBufferRead, OfNothingTakesNothing) {
   EXPECT_EQ(buffer->cursor, 0U);
 }
 
+TEST(QnMemBufferRead, NeedsNoDestinationWhereNothingIsUnread) {
+  Buffer buffer(10);
+  buffer.Write("abc");
+  char destination[3];
+
+  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), destination, 3), 3);
+
+  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 5), 0);
+}
+
 TEST(QnMemBufferRead, RefusesNullsAndNegativeCounts) {
   Buffer buffer(10);
   buffer.Write("abc");

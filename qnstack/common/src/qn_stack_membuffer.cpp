@@ -237,8 +237,9 @@ void fnQN_MemBuffer_Write(QNMemBuffer *buffer, const void *bytes, int32_t count)
 }
 
 int32_t fnQN_MemBuffer_Read(QNMemBuffer *buffer, void *destination, int32_t count) {
-  if (buffer == nullptr || count < 0 || (destination == nullptr && count > 0)) return -1;
+  if (buffer == nullptr || count < 0) return -1;
   const uint32_t taken = std::min(static_cast<uint32_t>(count), qn::Unread(buffer));
+  if (destination == nullptr && taken > 0) return -1;
   if (taken > 0) std::memcpy(destination, buffer->data + buffer->cursor, taken);
   buffer->cursor += taken;
   return static_cast<int32_t>(taken);
