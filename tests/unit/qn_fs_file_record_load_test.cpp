@@ -137,6 +137,38 @@ TEST_P(QnFsRecordLoad, SkipsElementsThatTheReaderRefuses) {
   EXPECT_EQ(list.Texts(), InOrder({"one", "three"}));
 }
 
+TEST_P(QnFsRecordLoad, AsksAReaderAgainThatTakesNothingAtFirst) {
+  Files().Write(kName, "one\0\ntwo\0\n"s);
+  TextList list;
+  static int calls;
+  calls = 0;
+
+  Load(list, [](QNFSBuffer *record) -> void * {
+    return ++calls % 3 == 0 ? fnQNFS_Buffer_ReadString(record) : nullptr;
+  });
+
+  EXPECT_EQ(list.Texts(), InOrder({"one", "two"}));
+}
+
+// The reader sees the list with the elements so far, and may add to it.
+TEST_P(QnFsRecordLoad, LeavesTheListToTheReader) {
+  Files().Write(kName, "one\0\ntwo\0\n"s);
+  static QNList *filled;
+  static std::vector<int32_t> counts;
+  TextList list;
+  filled = list.get();
+  counts.clear();
+
+  Load(list, [](QNFSBuffer *record) -> void * {
+    counts.push_back(fnQNList_GetCount(filled));
+    fnQNList_AddTail(filled, fnQNFS_Buffer_ReadString(record));
+    return nullptr;
+  });
+
+  EXPECT_THAT(list.Texts(), ElementsAre("one", "two"));
+  EXPECT_THAT(counts, ElementsAre(0, 1));
+}
+
 TEST_P(QnFsRecordLoad, EndsWithAReaderThatTakesAndGivesNothing) {
   Files().Write(kName, "one\0\ntwo\0\nthree\0\n"s);
   TextList list;

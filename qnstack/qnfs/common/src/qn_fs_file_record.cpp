@@ -3,6 +3,7 @@
 #include "qnstack/qn_fs_file_record.h"
 
 #include "qn_fs_filebuffer_internal.h"
+#include "qn_list_link.h"
 #include "qn_owned.h"
 #include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_fs_file.h"
@@ -13,6 +14,8 @@ namespace {
 constexpr char kSource[] = "qnstack/qnfs/common/src/qn_fs_file_record";
 constexpr char kBackupSuffix[] = ".bak";
 constexpr std::size_t kShortestWithBackup = 3;
+// A reader that takes nothing again and again would go on for ever.
+constexpr int kMostIdleReads = 1000;
 
 using StepFunction = QNListNode *(*)(const QNListNode *iter);
 
@@ -25,40 +28,29 @@ struct SaveLines {
 constexpr SaveLines kSaveLines = {177, 225, 231};
 constexpr SaveLines kSaveExLines = {260, 308, 314};
 
-void Log(int32_t line, const char *text) {
-  fnQNFS_printLog_param(kSource, line);
-  fnQNFS_printLog("%s", text);
-}
-
 // Room for a file's content and what may come to it.
 int64_t CapacityFor(const char *name) {
   const int32_t size = fnQNFS_getFileSize(name);
   return int64_t{size < 0 ? 0 : size} + qn::kFileHeadroom;
 }
 
-// The end of a list at which a load adds.
-struct ListEnd {
-  QNListNode *(*add)(QNList *list, void *data);
-  void *(*take_back)(QNList *list);
-};
-constexpr ListEnd kTail = {fnQNList_AddTail, fnQNList_RemoveTail};
-constexpr ListEnd kFront = {fnQNList_AddFront, fnQNList_RemoveFront};
+using LinkFunction = void (*)(QNList *list, QNListNode *node);
 
-void Load(const char *name, QNList *list, QNFSRecordRead read, const ListEnd &end) {
+void Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
   if (name == nullptr || list == nullptr || read == nullptr) return;
   qn::FileImage image(CapacityFor(name));
   QNFSBuffer *record = image.Record();
   if (!image.IsAllocated() || fnQNFS_Load_File_To_Buffer(name, record) == 0) return;
-  while (fnQNFS_Buffer_IsEnd(record) == 0) {
-    const int32_t before = record->pos;
+  qn::Owned<QNListNode> node;
+  int idle_reads = 0;
+  while (fnQNFS_Buffer_IsEnd(record) == 0 && idle_reads < kMostIdleReads) {
     // The node comes first: an element without one could not be released.
-    QNListNode *node = end.add(list, record);
+    if (node == nullptr) node.reset(qn::NewNode());
     if (node == nullptr) return;
+    const int32_t before = record->pos;
     node->data = read(record);
-    if (node->data != nullptr) continue;
-    end.take_back(list);
-    // A reader that takes nothing and gives nothing would go on for ever.
-    if (record->pos == before) return;
+    if (node->data != nullptr) link(list, node.release());
+    idle_reads = record->pos == before ? idle_reads + 1 : 0;
   }
 }
 
@@ -75,26 +67,29 @@ bool WriteElements(QNFSBuffer *record, const QNListNode *first, StepFunction ste
 
 int32_t Save(const char *name, const QNListNode *first, StepFunction step, QNFSRecordWrite write,
              const SaveLines &lines) {
-  Log(lines.enter, "<QXW-------Enter fnQNFS_Save_List_To_File()------>");
+  fnQNFS_printLog_param(kSource, lines.enter);
+  fnQNFS_printLog("<QXW-------Enter fnQNFS_Save_List_To_File()------>");
   qn::FileImage image(CapacityFor(name));
   if (!image.IsAllocated()) return 0;
   if (!WriteElements(image.Record(), first, step, write)) return 0;
   if (image.Write(name) == 0) {
-    Log(lines.failure, "<QXW-----Exit fnQNFS_Save_List_To_File() Failed !---->");
+    fnQNFS_printLog_param(kSource, lines.failure);
+    fnQNFS_printLog("<QXW-----Exit fnQNFS_Save_List_To_File() Failed !---->");
     return 0;
   }
-  Log(lines.success, "<QXW------Exit fnQNFS_Save_List_To_File() Successfully !------->");
+  fnQNFS_printLog_param(kSource, lines.success);
+  fnQNFS_printLog("<QXW------Exit fnQNFS_Save_List_To_File() Successfully !------->");
   return 1;
 }
 
 }  // namespace
 
 void fnQNFS_Load_File_To_List(const char *name, QNList *list, QNFSRecordRead read) {
-  Load(name, list, read, kTail);
+  Load(name, list, read, qn::LinkTail);
 }
 
 void fnQNFS_Load_File_To_ListEx(const char *name, QNList *list, QNFSRecordRead read) {
-  Load(name, list, read, kFront);
+  Load(name, list, read, qn::LinkFront);
 }
 
 int32_t fnQNFS_Save_List_To_File(const char *name, QNList *list, QNFSRecordWrite write) {

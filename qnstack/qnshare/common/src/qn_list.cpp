@@ -2,21 +2,31 @@
 // nodes and never its elements; it keeps no state of its own.
 #include "qnstack/qn_list.h"
 
+#include "qn_list_link.h"
 #include "qn_owned.h"
 
 namespace {
 
-// Links a new node between two neighbours, either of which may be null at an
+// Links a node between two neighbours, either of which may be null at an
 // end of the list.
-QNListNode *InsertBetween(QNList *list, QNListNode *before, QNListNode *after, void *data) {
-  auto *node = static_cast<QNListNode *>(qn::AllocateUncleared(sizeof(QNListNode)));
-  if (node == nullptr) return nullptr;
-  *node = {data, before, after};
+void Link(QNList *list, QNListNode *node, QNListNode *before, QNListNode *after) {
+  node->prev = before;
+  node->next = after;
   (before != nullptr ? before->next : list->head) = node;
   (after != nullptr ? after->prev : list->tail) = node;
   ++list->count;
+}
+
+QNListNode *InsertBetween(QNList *list, QNListNode *before, QNListNode *after, void *data) {
+  auto *node = static_cast<QNListNode *>(qn::AllocateUncleared(sizeof(QNListNode)));
+  if (node == nullptr) return nullptr;
+  node->data = data;
+  Link(list, node, before, after);
   return node;
 }
+
+// Without a head the list is empty and a tail that is left over is stale.
+QNListNode *Last(const QNList *list) { return list->head != nullptr ? list->tail : nullptr; }
 
 // Takes a node out whose place in this list is certain.
 void Unlink(QNList *list, QNListNode *node) {
@@ -37,6 +47,12 @@ bool Contains(const QNList *list, const QNListNode *node) {
 }
 
 }  // namespace
+
+QNListNode *qn::NewNode() { return NewRecord<QNListNode>(); }
+
+void qn::LinkFront(QNList *list, QNListNode *node) { Link(list, node, nullptr, list->head); }
+
+void qn::LinkTail(QNList *list, QNListNode *node) { Link(list, node, Last(list), nullptr); }
 
 void fnQNList_Init(QNList *list) {
   if (list != nullptr) *list = QNList{};
@@ -68,9 +84,7 @@ QNListNode *fnQNList_PrevIter(const QNListNode *iter) {
 
 QNListNode *fnQNList_AddTail(QNList *list, void *data) {
   if (list == nullptr || data == nullptr) return nullptr;
-  // Without a head the list is empty and a tail that is left over is stale.
-  QNListNode *last = list->head != nullptr ? list->tail : nullptr;
-  return InsertBetween(list, last, nullptr, data);
+  return InsertBetween(list, Last(list), nullptr, data);
 }
 
 QNListNode *fnQNList_AddFront(QNList *list, void *data) {
