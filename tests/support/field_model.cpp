@@ -49,7 +49,7 @@ std::string FieldReader::ReadString() {
     return rest.substr(0, zero);
   }
   StepOver(std::max<std::size_t>(rest.size(), 1));
-  return rest;
+  return rest.size() > 1 ? rest : "";
 }
 
 std::string FieldReader::ReadMem(std::size_t length) {

