@@ -102,6 +102,14 @@ TEST(ParseDateStr, BearsWordsOfAnyLength) {
   EXPECT_EQ(parse_date_str(too_long.c_str()), -1);
 }
 
+// What a word has beyond 19 characters is read on as what should follow it.
+TEST(ParseDateStr, EndsWordsAt19Characters) {
+  const std::string whole(19, 'x');
+
+  EXPECT_EQ(parse_date_str((whole + "x 06 Nov 1994 08:49:37 GMT").c_str()), -1);
+  EXPECT_EQ(parse_date_str((whole + "06 Nov 1994 08:49:37 GMT").c_str()), 784166400);
+}
+
 // The same by the C library's scan.
 int32_t ScannedDate(const std::string &text) {
   struct Word {

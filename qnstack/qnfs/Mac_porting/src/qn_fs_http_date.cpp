@@ -15,6 +15,7 @@ constexpr std::array<const char *, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "M
                                                   "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 constexpr int kHoursAheadOfGmt = 8;  // of the clock whose dates are written
 constexpr std::size_t kMostText = 48;
+constexpr std::size_t kMostWord = 19;  // what is longer ends there
 
 // 1 to 12, or 0 for any other word.
 uint32_t MonthNumber(std::string_view name) {
@@ -41,11 +42,11 @@ const char *MonthName(uint32_t month) {
 int32_t parse_date_str(const char *text) {
   if (text == nullptr) return -1;
   std::string_view rest(text);
-  qn::ScanWord(&rest);  // the weekday
+  qn::ScanWord(&rest, kMostWord);  // the weekday
   const std::optional<int32_t> day = qn::TakeNumber(&rest);
-  const uint32_t month = MonthNumber(qn::ScanWord(&rest));
+  const uint32_t month = MonthNumber(qn::ScanWord(&rest, kMostWord));
   const std::optional<int32_t> year = qn::TakeNumber(&rest);
-  const bool has_time = !qn::ScanWord(&rest).empty();
+  const bool has_time = !qn::ScanWord(&rest, kMostWord).empty();
   if (!day.has_value() || month == 0 || !year.has_value() || !has_time) return -1;
   const QNTime date = {
       static_cast<uint16_t>(*year), month, static_cast<uint16_t>(*day), 0, 0, 0, 0};

@@ -36,10 +36,11 @@ std::optional<int32_t> qn::TakeNumber(std::string_view *text) {
 
 std::optional<int32_t> qn::ScanNumber(std::string_view text) { return TakeNumber(&text); }
 
-std::string_view qn::ScanWord(std::string_view *text) {
+std::string_view qn::ScanWord(std::string_view *text, std::size_t most) {
   SkipWhiteSpace(text);
+  const std::size_t limit = std::min(most, text->size());
   std::size_t size = 0;
-  while (size < text->size() && !IsWhiteSpace((*text)[size])) ++size;
+  while (size < limit && !IsWhiteSpace((*text)[size])) ++size;
   const std::string_view word(text->data(), size);
   text->remove_prefix(size);
   return word;

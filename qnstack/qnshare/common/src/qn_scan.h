@@ -20,8 +20,9 @@ std::optional<int32_t> ScanNumber(std::string_view text);
 std::optional<int32_t> TakeNumber(std::string_view *text);
 
 // Takes the next word off the front of `text` as "%s" takes it: white space is
-// skipped, the word runs to the next white space. Empty if there is none.
-std::string_view ScanWord(std::string_view *text);
+// skipped, the word runs to the next white space, or is `most` bytes long as
+// one that a width limits. Empty if there is none.
+std::string_view ScanWord(std::string_view *text, std::size_t most = std::string_view::npos);
 
 // The text up to the first of a few characters, or all of it. What is looked
 // through is short, so that a call for each byte would cost more than the rest.
