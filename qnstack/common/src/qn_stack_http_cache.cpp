@@ -98,6 +98,11 @@ int32_t qn::delete_node_filename(const QNCacheEntry *entry) {
   return result;
 }
 
+void qn::CountIn(const QNCacheEntry &entry) {
+  http_cache_items = Sum(http_cache_items, 1);
+  http_cache_size = Sum(http_cache_size, entry.size);
+}
+
 int32_t qn::SaveCacheIndex() {
   return fnQNFS_Save_List_To_File(kCacheIndex, http_cache_list, fnQNStack_Cache_Write_Record);
 }
@@ -117,9 +122,7 @@ void fnQNStack_Cache_Init(void) {
   qn::http_cache_items = 0;
   for (const QNListNode *node = fnQNList_BeginIter(qn::http_cache_list); node != nullptr;
        node = node->next) {
-    qn::http_cache_size =
-        Sum(qn::http_cache_size, static_cast<const QNCacheEntry *>(node->data)->size);
-    ++qn::http_cache_items;
+    qn::CountIn(*static_cast<const QNCacheEntry *>(node->data));
   }
 }
 
@@ -140,7 +143,7 @@ int32_t fnQNStack_Cache_LoadFileToBuffer(int32_t file_no, void *destination, int
 }
 
 int32_t fnQNStack_Cache_Delete_All(void) {
-  if (fnQNFS_http_cache_list() == nullptr) return 0;
+  (void)fnQNFS_http_cache_list();
   fnQNFS_DelAllFiles(qn::kCacheFolder);
   fnQNList_Clear(qn::http_cache_list, qn::fnQNStack_Cache_FreeNode);
   return qn::SaveCacheIndex();

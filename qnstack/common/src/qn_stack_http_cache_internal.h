@@ -55,6 +55,9 @@ class BodyName {
   std::array<char, kBodyNameBytes> name_ = {};
 };
 
+// Counts an entry in.
+void CountIn(const QNCacheEntry &entry);
+
 // Deletes an entry's body file and takes the entry off the counters; the list
 // is the caller's to change. Gives what the deletion gave.
 int32_t delete_node_filename(const QNCacheEntry *entry);

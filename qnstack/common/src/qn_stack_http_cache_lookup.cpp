@@ -137,10 +137,7 @@ int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *bod
     fnQNFS_DeleteFile(name.Text());
     return 0;
   }
-  (void)entry.release();  // the list's now
-
-  qn::http_cache_size += length;
-  ++qn::http_cache_items;
+  qn::CountIn(*entry.release());  // the list's now
   qn::SaveCacheIndex();
   return 1;
 }
