@@ -108,7 +108,11 @@ QN_API void UTF8toUCS2(const char *src, int32_t len, uint16_t *out);
 QN_API int32_t UTF16toUCS4(const void *src, int32_t len, uint32_t *out);
 
 /**
- * Decodes a text to UTF-8.
+ * Decodes a text to UTF-8, by the rules of the converters above: set 1000 as
+ * the byte streams of UCS-2, so that U+0400 to U+07FF lose a bit and an odd
+ * last byte is a character of its own; set 1015 as UTF16toUCS4() and
+ * UCS4toUTF8(), so that the text ends at a surrogate without a partner and
+ * values above U+1FFFF take five or six bytes.
  *
  * @param charset an IANA MIBenum; a set that is not known is taken as it is.
  *        Set 1000 needs a byte-order mark, and a text without one keeps the

@@ -36,7 +36,8 @@ typedef struct QNTime {
   uint32_t hour;   /**< 0 to 23 */
   uint32_t minute; /**< 0 to 59 */
   uint32_t second; /**< 0 to 59 */
-  uint32_t extra;  /**< week of the year from GETJULIANDATE(); 0 from all others */
+  uint32_t extra;  /**< week of the year from GETJULIANDATE(); 0 from the clock; else what was put
+                        there */
 } QNTime;
 
 /** For the application's use, as in timing a run; 0 at start, never touched by the library. */
@@ -120,7 +121,8 @@ QN_API void GETRAND(void *buf, uint32_t n);
  * Reads the date of an HTTP header, as in "Sun, 06 Nov 1994 08:49:37 GMT"
  * (RFC 1123).
  *
- * The weekday and the time of day must be there but count for nothing.
+ * The weekday and the time of day must be there but count for nothing. A word
+ * ends at its 19th character at the latest, and what follows is read on.
  *
  * @param text terminated string, or NULL.
  * @return julian seconds of that day at 00:00:00; -1 if the text has fewer
@@ -134,7 +136,8 @@ QN_API int32_t parse_date_str(const char *text);
  *
  * It shifts the hour by -8 without touching the day, pads nothing, and takes
  * the name of the weekday from the week of the year; readers have always seen
- * it so. From week 19 on that name is empty.
+ * it so. From week 19 on that name is empty. Seconds that fall on no date are
+ * written as "Mon, 0  0 -8:0:0 GMT".
  *
  * @param seconds julian seconds.
  * @param out receives the terminated text; 48 bytes do.
@@ -187,7 +190,8 @@ QN_API int32_t fnQNFS_Time_IsValid(uint32_t year, uint32_t month, uint32_t day, 
                                    uint32_t minute, uint32_t second);
 
 /**
- * Reads the local time: the system's raw fields, with `extra` 0.
+ * Reads the local time: the system's raw fields, with `extra` 0. The time zone
+ * is looked up once in a process.
  *
  * @param t receives them; NULL receives nothing.
  * @return @p t.

@@ -204,8 +204,9 @@ QN_API int32_t fnQNFS_RmDir(const char *path);
  * Creates every directory along a path: at each '/', the one before it.
  *
  * @param path the path, below 1024 bytes; or NULL.
- * @return the length of the path in bytes, 0 for NULL. Inert port: the same,
- *         with nothing created.
+ * @return the length of the path in bytes, 0 for NULL or where the POSIX port
+ *         could not make the directories. Inert port: the length, with nothing
+ *         created.
  */
 QN_API uint32_t fnQNFS_File_CreateDir(const char *path);
 

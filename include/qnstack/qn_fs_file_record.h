@@ -32,10 +32,12 @@ QN_BEGIN_DECLS
 typedef void (*QNFSRecordWrite)(QNFSBuffer *record, void *data);
 
 /**
- * Reads one element.
+ * Reads one element: exactly the fields that were written for it. A reader
+ * that takes and gives nothing 1000 times in a row ends the load.
  *
  * @param record where from.
- * @return a new element, the list's from then on; NULL if there was none.
+ * @return a new element, the list's from then on; NULL if there was none, which
+ *         is passed over.
  */
 typedef void *(*QNFSRecordRead)(QNFSBuffer *record);
 

@@ -48,10 +48,11 @@ QN_API void fnQNFS_Init_Buffer(QNFSBuffer *record, uint32_t capacity);
 
 /**
  * Writes a string field. One that does not fit is dropped and closes the
- * buffer: later fields are dropped too, except that each empty one still moves
- * `pos` on by one. Make sure that the storage holds `pos` + 1 bytes before you
+ * buffer: later fields are dropped too, except that empty ones still move
+ * `pos` on, every second one by one. Make sure that the storage holds `pos` + 1 bytes before you
  * save such a buffer. Whether the zero byte fits is not asked, so a field may
- * fill the storage to its end.
+ * fill the storage to its end. A field that begins with "\n" behind another one
+ * loses that byte when it is read: it is taken for a line tag.
  *
  * @param record the record; NULL does nothing.
  * @param string the characters; NULL writes an empty field. The string "\n" is
@@ -113,11 +114,14 @@ QN_API void fnQNFS_Buffer_WriteLine(QNFSBuffer *record, const char *string);
 
 /**
  * Reads the next field as a string, and a line tag behind it. At the end of
- * the buffer it gives empty strings and goes on counting.
+ * the buffer it gives empty strings and goes on counting. A field without a
+ * zero byte behind it goes to the end of the buffer; a single byte there is
+ * taken for the end of an empty one.
  *
  * @param record the record.
  * @return the field, terminated, owned by the caller and released with
- *         fnQN_Free(); NULL for a NULL record or when the heap refuses.
+ *         fnQN_Free(); NULL for a NULL record or when the heap refuses, in
+ *         which case `pos` stays.
  */
 QN_API char *fnQNFS_Buffer_ReadString(QNFSBuffer *record);
 
@@ -141,14 +145,16 @@ QN_API int32_t fnQNFS_Buffer_ReadInteger(QNFSBuffer *record, int32_t *status);
 QN_API int32_t fnQNFS_Buffer_ReadLong(QNFSBuffer *record, int32_t *status);
 
 /**
- * Reads the next field as a date and time. Of each number the low 16 bits
- * count.
+ * Reads the next field as a date and time: of its first 39 characters seven
+ * numbers with ':' between them, of each at most 14 characters and of its
+ * value the low 16 bits.
  *
  * @param record the record.
  * @param flag receives 1 if the value can be a date and time (see
  *        fnQNFS_Time_IsValid()) and also for a NULL record, else 0; NULL
  *        receives nothing.
- * @return the value; parts that are missing are 0.
+ * @return the value; a part is 0 where it, or the ':' behind one of the first
+ *         six, is missing.
  */
 QN_API QNTime fnQNFS_Buffer_ReadDateTime(QNFSBuffer *record, int32_t *flag);
 
@@ -179,8 +185,9 @@ QN_API int32_t fnQNFS_Buffer_IsEnd(const QNFSBuffer *record);
  * @param name file name.
  * @param record the record.
  * @return 1; 0 if an argument is NULL or writing failed, with the old content
- *         in place again (unless not even its move to ".bak" had worked, as on
- *         a medium that takes no change at all).
+ *         in place again, unless there was no ".bak": the name is shorter than
+ *         3 characters, the heap refused the longer name, or the move did not
+ *         work, as on a medium that takes no change at all.
  */
 QN_API int32_t fnQNFS_Write_Buffer_To_File(const char *name, QNFSBuffer *record);
 
@@ -192,7 +199,7 @@ QN_API int32_t fnQNFS_Write_Buffer_To_File(const char *name, QNFSBuffer *record)
  * @param name file name.
  * @param record the record.
  * @return 1; 0 if an argument is NULL or appending failed, with the old
- *         content in place again.
+ *         content in place again as for fnQNFS_Write_Buffer_To_File().
  */
 QN_API int32_t fnQNFS_Append_Buffer_To_File(const char *name, QNFSBuffer *record);
 
@@ -200,10 +207,10 @@ QN_API int32_t fnQNFS_Append_Buffer_To_File(const char *name, QNFSBuffer *record
  * Loads a file, after putting a ".bak" that a save left behind in its place.
  *
  * @param name file name.
- * @param record the record, prepared by fnQNFS_Init_Buffer() with the file's
- *        size plus 10000 bytes. Where the file turns out to be larger (a
- *        restored ".bak" may be), the storage is replaced by a larger one
- *        from the heap, so it must come from there.
+ * @param record the record, prepared anew for each load by
+ *        fnQNFS_Init_Buffer() with the file's size plus 10000 bytes. Where the file turns out to be
+ * larger (a restored ".bak" may be), the storage is replaced by a larger one from the heap, so it
+ * must come from there.
  * @return 1; 0 if an argument is NULL, the size is unknown (the record is then
  *         untouched), or reading failed (the buffer is then empty). Also 1,
  *         with an empty buffer, if the port read well and gave no count.

@@ -47,8 +47,10 @@ QN_API void fnQNFS_INI_List_Init(const char *name, QNList *list);
 QN_API void fnQNFS_Load_INI_To_List(const char *name, QNList *list);
 
 /**
- * Writes all settings to a file, replacing it as
- * fnQNFS_Write_Buffer_To_File() does.
+ * Writes the settings to a file, replacing it as fnQNFS_Write_Buffer_To_File()
+ * does. They may grow by 10000 bytes over the file's size before; what does not
+ * fit is dropped. A key or value that begins with "\n" loses that byte when it
+ * is loaded again, and one that is "\n" alone shifts all that follow.
  *
  * @param name file name.
  * @param list the list.
@@ -57,7 +59,7 @@ QN_API void fnQNFS_Load_INI_To_List(const char *name, QNList *list);
 QN_API int32_t fnQNFS_Write_INI_To_File(const char *name, QNList *list);
 
 /**
- * Sets a value and writes the file.
+ * Sets a value and writes the file as fnQNFS_Write_INI_To_File() does.
  *
  * @param name file name.
  * @param list the list.
@@ -87,8 +89,8 @@ QN_API int32_t fnQNFS_INI_WriteRAM(QNList *list, const char *key, const char *va
  * @param key the key.
  * @param destination room for the value and its terminator, whatever its
  *        length; untouched if the key is not found.
- * @return 1 if found, else 0; 0 for a NULL @p name, @p list or @p key, or an
- *         entry without a value.
+ * @return 1 if found, else 0; 0 for a NULL argument or an entry without a
+ *         value.
  */
 QN_API int32_t fnQNFS_INI_Read(const char *name, QNList *list, const char *key, char *destination);
 

@@ -307,7 +307,8 @@ QN_API QNList *fnQNList_Sort(QNList *list, QNListCompare cmp);
  * Frees the first element and its node only.
  *
  * It does not free the list: use fnQNList_Clear() for that. Afterwards `head`
- * is NULL while `tail` and `count` keep their old, now stale, values.
+ * is NULL while `tail` and `count` keep their old, now stale, values, and the
+ * other nodes are out of reach.
  *
  * @param list the list, or NULL, which does nothing; the element must come
  *        from the heap.

@@ -3,8 +3,9 @@
  * @brief Allocation and raw memory: the calls that every module makes instead
  *        of the C library's.
  *
- * Memory from this library is zero-filled and is given back with fnQN_Free(),
- * which also clears the caller's pointer.
+ * Memory from the allocating function is zero-filled. Whatever the library
+ * hands over is given back with fnQN_Free(), which also clears the caller's
+ * pointer.
  */
 #ifndef QNSTACK_QN_SHARE_MEM_H
 #define QNSTACK_QN_SHARE_MEM_H
@@ -53,7 +54,8 @@ QN_API void fnQN_Free(void *address);
  * @param file the caller's source path; accepted and ignored.
  * @param line the caller's line number; accepted and ignored.
  * @return the resized block, owned by the caller; NULL when the heap refuses,
- *         in which case @p ptr stays valid.
+ *         in which case @p ptr stays valid. With a size of 0 it is what the
+ *         system's `realloc` makes of that, mostly NULL with the block freed.
  */
 QN_API void *fnQN_Realloc_Local(void *ptr, uint32_t size, const char *file, int32_t line);
 

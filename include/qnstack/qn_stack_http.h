@@ -14,9 +14,9 @@
  * inside resolving, connecting, sending or receiving. All contexts share
  * scratch memory and the proxy setting; never drive two from two threads.
  *
- * While it works the client prints short trace lines, without line ends, to
- * standard output. An application that needs its standard output points
- * descriptor 1 elsewhere.
+ * The client prints short trace lines, without line ends, to standard output;
+ * those of a call go out together when it ends. An application that needs its
+ * standard output points descriptor 1 elsewhere.
  */
 #ifndef QNSTACK_QN_STACK_HTTP_H
 #define QNSTACK_QN_STACK_HTTP_H
@@ -75,8 +75,8 @@ typedef struct QNHttpCtx {
   char *retCtxType;      /**< first word of the answer's "Content-Type:", with any ';' */
   int32_t retEncoding;   /**< 0 no "Content-Encoding:", -1 "gzip", 1 any other; bodies are never
                               decoded */
-  int32_t retCtxLen;     /**< the answer's "Content-Length:", for information; kept over a
-                              redirect, -1 if its number cannot be read */
+  int32_t retCtxLen;     /**< the answer's "Content-Length:", for information; 0 if there was
+                              none, -1 if its number cannot be read; kept over a redirect */
   int32_t retValue;      /**< the answer's status code; 0 if it cannot be read; kept over a
                               redirect */
   int32_t redirectCount; /**< redirects followed so far; never reset */
@@ -145,7 +145,8 @@ QN_API int32_t fnQNStack_Http_getState(const QNHttpCtx *ctx);
 /**
  * Stops a context for good and closes its socket. What it has received can
  * still be read with fnQNStack_Http_ReadRecvContext(); if that is a redirect,
- * reading it starts the context anew.
+ * reading it starts the context anew. A finished context still holds its old
+ * slot number, and stopping it closes whatever stands there now.
  *
  * @param ctx the context; NULL does nothing.
  */
@@ -164,9 +165,9 @@ QN_API void fnQNStack_Http_Stop(QNHttpCtx *ctx);
  * @param url terminated string; copied.
  * @return a new context in state #QN_HTTP_NEW, owned by the caller and
  *         released with fnQNStack_Http_FreeCtx(); NULL for a NULL URL or when
- *         the heap refuses the context. A text that it refused alone is NULL,
- *         and the request goes out without it, as it does without a header
- *         line or a body for which there is no memory.
+ *         the heap refuses the context. A text that it refused alone is NULL
+ *         and shows as "(null)" in the request; a header line or a body for
+ *         which there is no memory is left out.
  */
 QN_API QNHttpCtx *fnQNStack_Http_Open_Get(const char *url);
 
@@ -184,7 +185,8 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Head(const char *url);
  * @param url as for fnQNStack_Http_Open_Get().
  * @param body the request body. It is not copied now: it must stay valid and
  *        unchanged until the request has been composed (state 3). Never freed
- *        by the library.
+ *        by the library. NULL only with a length of 0: the server would wait
+ *        for bytes that never come.
  * @param length length of the body in bytes; 0 or less sends no body and none
  *        of its headers.
  * @param type media type of the body, copied; NULL means
@@ -211,10 +213,11 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Put(const char *url, const void *body, int
  * Opens a tunnel through the proxy (RFC 2817, section 5). It works only while
  * a proxy is set; `url` and `path` stay NULL.
  *
- * Drive it until fnQNStack_Http_Run() has sent the request, then exchange
- * bytes with fnQNStack_Http_Socket_SendData() and
- * fnQNStack_Http_Socket_Recvata(); see fnQNStack_Http_RecvConnectData() for
- * why.
+ * Call fnQNStack_Http_Run() until the state is #QN_HTTP_SENDING and `sendBuf`
+ * has its cursor at its length, and no further: from then on Run(), Call_Run()
+ * and the read functions receive as fnQNStack_Http_RecvConnectData() does,
+ * which may never return. Exchange bytes with fnQNStack_Http_Socket_SendData()
+ * and fnQNStack_Http_Socket_Recvata() instead.
  *
  * @param host host to reach through the proxy; copied.
  * @param port its port.
@@ -224,23 +227,27 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Put(const char *url, const void *body, int
 QN_API QNHttpCtx *fnQNStack_Http_Open_Connect(const char *host, int32_t port);
 
 /**
- * Appends up to 4000 bytes of a file to the request buffer. Each call keeps
- * 4000 bytes for the life of the process; that is known and stays.
+ * Appends up to 4000 bytes of a file to the request buffer. A context that is
+ * driven still composes its own request behind them. Each call keeps 4000
+ * bytes for the life of the process; that is known and stays.
  *
  * @param ctx the context.
  * @param name file name, as for fnQNFS_ReadFromFile().
- * @return 0; -1 if the file gave nothing, with the buffer unchanged.
+ * @return 0; -1 if the file gave nothing, the heap refused, or @p ctx is NULL,
+ *         with the buffer unchanged.
  */
 QN_API int32_t fnQNStack_Http_LoadHeadFromFile(QNHttpCtx *ctx, const char *name);
 
 /**
- * Appends up to 4000 bytes of a file to the answer buffer, so that a stored
- * answer can be parsed and delivered as if it had been received. Keeps 4000
- * bytes per call as fnQNStack_Http_LoadHeadFromFile() does.
+ * Appends up to 4000 bytes of a file to the answer buffer. A stored answer is
+ * then taken by fnQNStack_Http_ParseAnswer() and fnQN_MemBuffer_Read(); the
+ * read functions of a context would ask the network first, unless its `state`
+ * is set to #QN_HTTP_COMPLETE. Keeps 4000 bytes per call as
+ * fnQNStack_Http_LoadHeadFromFile() does.
  *
  * @param ctx the context.
  * @param name file name, as for fnQNFS_ReadFromFile().
- * @return 0; -1 if the file gave nothing, with the buffer unchanged.
+ * @return as fnQNStack_Http_LoadHeadFromFile().
  */
 QN_API int32_t fnQNStack_Http_LoadReponseFromFile(QNHttpCtx *ctx, const char *name);
 
@@ -248,8 +255,10 @@ QN_API int32_t fnQNStack_Http_LoadReponseFromFile(QNHttpCtx *ctx, const char *na
  * Composes the request of a GET, HEAD, POST or PUT context into its request
  * buffer, which is assumed to be empty. Called by fnQNStack_Http_Run().
  *
- * Each formatted piece is cut at 2047 bytes (a very long path, host or media
- * type); header values, cookies' line ends and the body are not.
+ * Each formatted piece is cut at 2047 bytes: the method with the target, the
+ * "Host:" and the "Content-Type:" line with their line ends, so that the next
+ * line joins them, and the cookie without its own. Header values and the body
+ * are not cut.
  *
  * @param ctx the context.
  * @return 0; -1 for NULL.
@@ -292,9 +301,12 @@ QN_API int32_t fnQNStack_Http_Call_Run(QNHttpCtx *ctx);
  * @param ctx the context.
  * @param destination room for @p capacity bytes.
  * @param capacity the most bytes to deliver.
- * @return bytes delivered; 0 all has been delivered; -2 nothing yet, call
- *         again; -1 failed. A failure of the step itself shows as -2 first and
- *         as -1 on the next call.
+ * @return bytes delivered; 0 all has been delivered, or @p capacity is 0; -2
+ *         nothing yet, call again; -1 failed, @p ctx is NULL, or a complete
+ *         answer met a NULL destination or a negative capacity (while one is
+ *         coming in, those give -2). A failure of the step itself shows as -2
+ *         first and as -1 on the next call. On a stopped context it is -1, and
+ *         the bytes it would have delivered are gone.
  */
 QN_API int32_t fnQNStack_Http_ReadRecvData(QNHttpCtx *ctx, void *destination, int32_t capacity);
 
@@ -304,7 +316,8 @@ QN_API int32_t fnQNStack_Http_ReadRecvData(QNHttpCtx *ctx, void *destination, in
  *
  * @param ctx the context, connected and composed.
  * @return 0 everything has been sent; -2 a chunk went out or must be tried
- *         again; -1 failed, with nothing lost from the request buffer.
+ *         again; -1 failed, with nothing lost from the request buffer, or
+ *         @p ctx is NULL.
  */
 QN_API int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx);
 
@@ -318,7 +331,8 @@ QN_API int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx);
  * use fnQNStack_Http_Socket_Recvata(), which reports the end as 0.
  *
  * @param ctx the tunnel's context.
- * @return -2; -1 for NULL.
+ * @return -2; -1 for NULL. Bytes that the heap has no room for are lost, and
+ *         the call returns for them too.
  */
 QN_API int32_t fnQNStack_Http_RecvConnectData(QNHttpCtx *ctx);
 
@@ -365,15 +379,22 @@ QN_API int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx);
  * an answer.
  *
  * Any status from 300 to 399 is followed as a GET, up to ten times; without a
- * location the same URL is asked again. A header line of more than 20480 bytes
- * stalls its answer until the context gives up.
+ * location the same URL is asked again. A location is taken as a whole URL: a
+ * relative one has no host, and its request ends in #QN_HTTP_RESOLVE_FAILED
+ * unless a proxy makes sense of it. A finished context closes its old slot
+ * number when it follows one, so read it to its end before the next is opened.
+ * A header line of more than 20480 bytes stalls its answer until the context
+ * gives up.
  *
  * @param ctx the context.
  * @param destination room for @p capacity bytes.
  * @param capacity the most bytes to deliver.
- * @return bytes delivered; 0 the body is complete; -2 nothing yet or
- *         redirected, call again; -1 failed, or the eleventh redirect (whose
- *         own body the next call delivers).
+ * @return bytes delivered; 0 the body is complete, or @p capacity is 0; -2
+ *         nothing yet or redirected, call again; -1 failed, @p ctx is NULL, a
+ *         tunnel's answer redirects (the context is of no more use), bytes met
+ *         a NULL destination or a negative capacity (the context is as it
+ *         was), or the eleventh redirect (whose own body the next call
+ *         delivers).
  */
 QN_API int32_t fnQNStack_Http_ReadRecvContext(QNHttpCtx *ctx, void *destination, int32_t capacity);
 

@@ -12,8 +12,9 @@
  *
  * Times are the signed seconds of qn_fs_comm_tools.h. "Now" and the dates of
  * headers are not on one basis there, and are compared here as they are: an
- * answer with "Expires:" stays fresh very long, one with "max-age=" as long as
- * it says. One index for the process; one thread only.
+ * answer with "Expires:" stays fresh very long (until the next save only, if
+ * that lies 2^31 seconds and more ahead of "now"), one with "max-age=" as long
+ * as it says. One index for the process; one thread only.
  */
 #ifndef QNSTACK_QN_STACK_HTTP_CACHE_H
 #define QNSTACK_QN_STACK_HTTP_CACHE_H
@@ -79,7 +80,7 @@ QN_API int32_t fnQNStack_Cache_LoadFileToBuffer(int32_t file_no, void *destinati
  * Deletes all bodies and writes an empty index. The counters keep their values
  * until fnQNStack_Cache_Init() counts again.
  *
- * @return 1; 0 if the index could not be written.
+ * @return 1; 0 if the index could not be held or written.
  */
 QN_API int32_t fnQNStack_Cache_Delete_All(void);
 
@@ -108,10 +109,13 @@ QN_API int32_t fnQNStack_Cache_getExpired(void);
 /**
  * Saves an answer in front of the index and writes the index.
  *
- * Before that, what expires within 99 seconds is thrown out, and so are the
- * oldest entries until there is room: at most 199 entries and 1 MiB remain. A
- * URL that is saved again loses its old body at once; its old entry stays
- * behind the new one for a while, and is taken off the counters twice.
+ * Before that, what expires within 99 seconds is thrown out, by a difference
+ * that wraps at 2^31 seconds, and so are the oldest entries until there is
+ * room: at most 199 entries and 1 MiB by the counters, which count from
+ * fnQNStack_Cache_Init() on. A URL that is saved again loses its old body at
+ * once; its old entry stays behind the new one for a while, and is taken off
+ * the counters twice. When the new one expires is not asked before the next
+ * save.
  *
  * @param url the key; copied, and may be that of an entry.
  * @param label any text, copied; NULL is kept as "NULL".
@@ -120,7 +124,9 @@ QN_API int32_t fnQNStack_Cache_getExpired(void);
  * @param expires from fnQNStack_Cache_getExpired().
  * @param tag any number.
  * @return 1, also when the index could not be written; 0 if there is no room,
- *         the heap refuses, or the body could not be written.
+ *         the heap refuses, or the body could not be written. What was thrown
+ *         out by then is gone, in memory alone until the next save that
+ *         succeeds.
  */
 QN_API int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *body,
                                     int32_t length, int32_t expires, int32_t tag);
@@ -129,8 +135,9 @@ QN_API int32_t fnQNStack_Cache_Save(const char *url, const char *label, const vo
  * Finds an entry, fresh or stale.
  *
  * @param url the key; compared exactly.
- * @return the entry, owned by the cache until it is thrown out; NULL if there
- *         is none.
+ * @return the entry, owned by the cache until it is thrown out or the index is
+ *         released; NULL if there is none. Its body may be gone already, so a
+ *         failed fnQNStack_Cache_LoadFileToBuffer() counts as a miss.
  */
 QN_API QNCacheEntry *fnQNStack_Cache_FindbyUrl(const char *url);
 

@@ -27,7 +27,7 @@ QN_BEGIN_DECLS
  * rely on this rule, so it stays. The oldest of 51 cookies is dropped.
  *
  * @param name cookie name.
- * @param value cookie value.
+ * @param value cookie value; NULL is kept as NULL.
  * @param domain host of the request whose answer set it; NULL differs from all.
  * @param path the cookie's path; NULL differs from all.
  */
@@ -38,7 +38,9 @@ QN_API void fnQNStack_Http_Cookie_Set(const char *name, const char *value, const
  * Appends the cookie lines of a request: the newest cookie of the jar, if its
  * domain is this host, as a "Cookie:" line and a "Cookie2:" line (RFC 2965).
  *
- * No other cookie is looked at and paths are not compared.
+ * No other cookie is looked at and paths are not compared. Name and value are
+ * cut where they pass 2047 bytes together with what stands before them. When
+ * the heap refuses, none of the lines is there.
  *
  * @param buffer the request.
  * @param host host name of the request; case counts.

@@ -22,7 +22,8 @@ QN_BEGIN_DECLS
  * @param pointer a block from this library, or NULL.
  * @param size the new size in bytes.
  * @return the resized block, owned by the caller; NULL when the heap refuses,
- *         in which case @p pointer stays valid.
+ *         in which case @p pointer stays valid. A size of 0 as for
+ *         fnQN_Realloc_Local().
  */
 QN_API void *fnQNStack_ReMalloc(void *pointer, uint32_t size);
 

@@ -20,7 +20,12 @@ QN_BEGIN_DECLS
  * @{
  */
 
-/** A growable byte buffer; made by fnQN_MemBuffer_New(). */
+/**
+ * A growable byte buffer; made by fnQN_MemBuffer_New() alone, as more belongs
+ * to it than shows here: neither a copy of the record nor one with other
+ * storage may be handed to these functions. `data` may move with every call
+ * that writes or clears.
+ */
 typedef struct QNMemBuffer {
   char *data;        /**< the storage, owned by the buffer: `capacity` + 10 bytes or more */
   uint32_t capacity; /**< bytes asked for at creation plus every enlargement */
@@ -67,7 +72,8 @@ QN_API void fnQN_MemBuffer_Write(QNMemBuffer *buffer, const void *bytes, int32_t
  * @param destination room for @p count bytes.
  * @param count the most bytes to take.
  * @return the number of bytes copied, 0 when nothing is unread; -1 for a NULL
- *         buffer, a negative count, or a NULL destination for one above 0.
+ *         buffer, a negative count, or a NULL destination for bytes that are
+ *         there.
  */
 QN_API int32_t fnQN_MemBuffer_Read(QNMemBuffer *buffer, void *destination, int32_t count);
 

@@ -2,7 +2,9 @@
  * @file qn_stack_porting.h
  * @brief The socket layer: IPv4 stream sockets behind small slot numbers.
  *
- * This text is the contract for any port. A slot is a number from 1 to 19 into
+ * This text is the contract for any port; one more function, which the client
+ * calls before the last piece of a longer request, stands in the port's
+ * internal header. A slot is a number from 1 to 19 into
  * #socket_list; it is taken by fnQN_Stack_CreateSocket() and given back by
  * fnQN_Stack_CloseSocket() alone, so a slot whose connection failed stays
  * taken. Sockets block: connecting, sending and receiving wait, and a signal
