@@ -98,6 +98,8 @@ TEST(QnMemBufferWrite, GrowsByTheCountAndNotByTheShortfall) {
     EXPECT_EQ(buffer.Fields(), (BufferFields{.held = held + added,
                                              .capacity = c.expected,
                                              .total = static_cast<uint32_t>(c.held + c.added)}));
+    // Ten bytes more are the buffer's too.
+    std::fill_n(buffer->data + c.expected, 10, '#');
   }
 }
 
