@@ -15,9 +15,11 @@ constexpr const char *kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                    "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 constexpr const char *kSpaces = " \t\n\v\f\r";
 
+// As "%19s" reads it.
 std::string PlainWord(const char **text) {
+  constexpr std::size_t kMostBytes = 19;
   *text += std::strspn(*text, kSpaces);
-  const std::size_t length = std::strcspn(*text, kSpaces);
+  const std::size_t length = std::min(std::strcspn(*text, kSpaces), kMostBytes);
   const std::string word(*text, length);
   *text += length;
   return word;
