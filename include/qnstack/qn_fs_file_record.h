@@ -33,7 +33,7 @@ typedef void (*QNFSRecordWrite)(QNFSBuffer *record, void *data);
 
 /**
  * Reads one element: exactly the fields that were written for it. A reader
- * that takes and gives nothing 1000 times in a row ends the load.
+ * that takes no field 1000 times in a row ends the load.
  *
  * @param record where from.
  * @return a new element, the list's from then on; NULL if there was none, which
