@@ -55,8 +55,10 @@ case $way in
   pkg_config)
     library_folder=$(dirname "$(find "$where" -name libqnstack.so)")
     export PKG_CONFIG_PATH=$library_folder/pkgconfig
+    # The tree stands where it says, whatever root other packages come from.
+    unset PKG_CONFIG_SYSROOT_DIR
     without_apr build_with_make shared
-    LD_LIBRARY_PATH=$library_folder run_programs shared 4
+    LD_LIBRARY_PATH=$library_folder${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} run_programs shared 4
     # A sanitizer's runtime is not for static programs.
     if [[ ${LDFLAGS:-} != *-fsanitize* ]]; then
       build_with_make static
