@@ -40,7 +40,7 @@ QN_API void fnQNStack_Http_Cookie_Set(const char *name, const char *value, const
  *
  * No other cookie is looked at and paths are not compared. Name and value are
  * cut where they pass 2047 bytes together with what stands before them. When
- * the heap refuses, none of the lines is there.
+ * the heap refuses them, none of the lines is there.
  *
  * @param buffer the request.
  * @param host host name of the request; case counts.

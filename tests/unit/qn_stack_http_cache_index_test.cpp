@@ -44,6 +44,18 @@ TEST_F(QnCacheIndex, LoadsTheIndexInTheOrderOfItsFile) {
               ElementsAreArray(InARow({{"MkDir(/wap/ca/)"}, IndexRead(IndexOf(kTwo).size())})));
 }
 
+TEST_F(QnCacheIndex, CountsOnBeyond32BitsByWrapping) {
+  qn::http_cache_items = kMost;
+  qn::http_cache_size = kLeast;
+  QNCacheEntry entry = {};
+  entry.size = -1;
+
+  qn::CountIn(entry);
+
+  EXPECT_EQ(qn::http_cache_items, kLeast);
+  EXPECT_EQ(qn::http_cache_size, kMost);
+}
+
 TEST_F(QnCacheIndex, LoadsOnceAndMakesTheFolderEveryTime) {
   WriteIndex(kTwo);
   fnQNStack_LoadCache_To_List();

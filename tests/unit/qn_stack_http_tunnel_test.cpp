@@ -9,12 +9,14 @@
 #include <vector>
 
 #include "qnstack/qn_stack_http.h"
+#include "support/captured_output.h"
 #include "support/failing_heap.h"
 #include "support/socket_layer_faults.h"
 #include "support/transfer_test.h"
 
 namespace {
 
+using qntest::CapturedOutput;
 using qntest::Context;
 using qntest::Deliver;
 using qntest::FailingHeap;
@@ -60,6 +62,19 @@ TEST_F(QnStackHttpTunnel, StaysReceivingAndPrintsNoTraceOfIt) {
   EXPECT_EQ(RunStep(ctx), (Outcome{-2, 4, 1, 1, ""}));
   EXPECT_EQ(RunStep(ctx), (Outcome{-2, 4, 1, 1, ""}));
   EXPECT_EQ(UnreadOf(ctx->recvBuf), "HTTP/1.1 200 OK\r\n\r\nx");
+}
+
+// It may wait for ever, and what was printed would never be seen.
+TEST_F(QnStackHttpTunnel, HasPrintedItsTraceBeforeItWaits) {
+  const Context ctx(fnQNStack_Http_Open_Connect("h", 443));
+  CapturedOutput output;
+  std::string printed;
+  network_.AfterReceive([&] { printed = output.Take(); });
+  network_.Script("recv", Deliver("hi"));
+
+  EXPECT_EQ(fnQNStack_Http_Run(ctx.get()), -2);
+
+  EXPECT_EQ(printed, "create socket 1host:h,443connet socket:1 result:1");
 }
 
 TEST_F(QnStackHttpTunnel, WithoutAProxySendsNothingAndReceivesAtOnce) {
