@@ -1,4 +1,4 @@
-// Does what fetch.c does:
+// Does what fetch.c does, and writes nothing of an answer that was cut:
 //
 //     fetch_cpp URL FILE [PROXY-HOST PROXY-PORT]
 #include <fstream>
@@ -12,11 +12,16 @@ int main(int argc, char **argv) {
     std::cerr << "usage: fetch_cpp URL FILE [PROXY-HOST PROXY-PORT]\n";
     return 2;
   }
-  fnQNStack_Http_InitStack();
-  if (argc == 5) fnQNStack_Http_SetProxy(argv[3], fnQN_ATOI(argv[4]));
-  const auto context = qnstack::OpenGet(argv[1]);
+  qnstack::Stack stack;
+  if (argc == 5) stack.SetProxy(argv[3], fnQN_ATOI(argv[4]));
+  auto context = qnstack::OpenGet(argv[1]);
   std::string body;
-  if (qnstack::ReadBody(context, body) != qnstack::Result::kDone) {
+  const qnstack::Result result = qnstack::ReadBody(context, body);
+  if (result == qnstack::Result::kCut) {
+    std::cerr << "cut after " << body.size() << " bytes\n";
+    return 1;
+  }
+  if (result != qnstack::Result::kDone) {
     std::cerr << "failed in state " << static_cast<int>(qnstack::StateOf(context)) << "\n";
     return 1;
   }

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Each public header compiles by itself as strict C99 and as C++17, the C++ face
-# as C++17 and C++20 with nothing that a program may have switched off.
+# Each public header compiles by itself: those of the interface as strict C99
+# and as C++17, those of the C++ face as C++17 with nothing that a program may
+# have switched off, and they leave no macro behind but their guard.
 # usage: headers_stand_alone.sh INCLUDE-FOLDER CC CXX
 set -euo pipefail
 include=$1 cc=$2 cxx=$3
@@ -20,17 +21,21 @@ for header in "$include"/qnstack/*.h; do
   echo "$name: C99 and C++17"
 done
 
-unit=$(unit_of qnstack/qnstack.hpp)
-for standard in c++17 c++20; do
-  "$cxx" -std=$standard "${flags[@]}" -fno-exceptions -fno-rtti -x c++ - <<<"$unit"
-  echo "qnstack/qnstack.hpp: $standard"
-done
-# It leaves no macro behind but its guard and those of what it includes.
 macros_of() {
   "$cxx" -std=c++17 -I"$include" -dM -E -x c++ - | sort
 }
-added=$(comm -13 <(grep '^#include' "$include/qnstack/qnstack.hpp" | macros_of) <(macros_of <<<"$unit"))
-[[ $added =~ ^'#define QNSTACK_QNSTACK_HPP'\ *$ ]] || {
-  printf 'macros of qnstack.hpp:\n%s\n' "$added"
-  exit 1
-}
+
+for header in "$include"/qnstack/*.hpp "$include"/qnstack/*/*.hpp; do
+  name=${header#"$include/"}
+  unit=$(unit_of "$name")
+  "$cxx" -std=c++17 "${flags[@]}" -fno-exceptions -fno-rtti -x c++ - <<<"$unit"
+  # The guard of qnstack/cpp/list.hpp is QNSTACK_CPP_LIST_HPP.
+  guard=${name//[\/.]/_}
+  # Beyond the macros of what it includes.
+  added=$(comm -13 <(grep '^#include' "$header" | macros_of) <(macros_of <<<"$unit"))
+  [[ $added =~ ^"#define ${guard^^}"\ *$ ]] || {
+    printf 'macros of %s:\n%s\n' "$name" "$added"
+    exit 1
+  }
+  echo "$name: C++17"
+done

@@ -97,6 +97,89 @@ TEST_P(FetchExample, TellsItsUsage) {
   EXPECT_THAT(result.error, StartsWith("usage: "s + GetParam() + " URL FILE"));
 }
 
+TEST(FetchCppExample, WritesNothingOfACutAnswer) {
+  ScriptedServer server({AnswerWith("HTTP/1.0 200 OK\r\nContent-Length: 7\r\n\r\nmess")});
+  const ScratchFolder folder;
+
+  const ProcessResult result = RunExample("fetch_cpp", {UrlOf(server), folder.path("body")});
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.error, "cut after 4 bytes\n");
+  EXPECT_THAT(folder.names(), testing::IsEmpty());
+}
+
+// A message is sent from the file "sent", and one fetched into "fetched".
+class MessageExample : public testing::Test {
+ protected:
+  ProcessResult Run(const std::string &url, const std::vector<std::string> &gateway = {}) {
+    std::vector<std::string> arguments = {url, sent_, url, folder_.path("fetched")};
+    arguments.insert(arguments.end(), gateway.begin(), gateway.end());
+    return RunExample("message", arguments);
+  }
+
+  ScratchFolder folder_;
+  const std::string content_ = "mes\0sage"s;
+  const std::string sent_ = folder_.write("sent", content_);
+};
+
+TEST_F(MessageExample, SendsOneAndFetchesAnother) {
+  ScriptedServer centre(
+      {AnswerBodyWith(content_.size(), "HTTP/1.0 200 OK\r\n\r\ntaken"), AnswerWith(kMmsAnswer)});
+
+  const ProcessResult result = Run(UrlOf(centre));
+
+  EXPECT_EQ(result.exit_code, 0) << result.error;
+  EXPECT_EQ(folder_.read("fetched"), "message");
+  EXPECT_THAT(centre.Received(0), StartsWith("POST /m HTTP/1.0\r\n"));
+  EXPECT_THAT(centre.Received(0), HasSubstr("Content-Type: application/vnd.wap.mms-message\r\n"));
+  EXPECT_THAT(centre.Received(0), EndsWith("\r\n\r\n" + content_));
+  EXPECT_THAT(centre.Received(1), StartsWith("GET /m HTTP/1.0\r\n"));
+}
+
+TEST_F(MessageExample, GoesThroughAGateway) {
+  ScriptedServer gateway(
+      {AnswerBodyWith(content_.size(), "HTTP/1.0 204 No Content\r\n\r\n"), AnswerWith(kMmsAnswer)});
+
+  const ProcessResult result =
+      Run("http://mmsc.example/m", {"127.0.0.1", std::to_string(gateway.port())});
+
+  EXPECT_EQ(result.exit_code, 0) << result.error;
+  EXPECT_EQ(folder_.read("fetched"), "message");
+  EXPECT_THAT(gateway.Received(0), StartsWith("POST http://mmsc.example/m HTTP/1.0\r\n"));
+  EXPECT_THAT(gateway.Received(1), StartsWith("GET http://mmsc.example/m HTTP/1.0\r\n"));
+}
+
+TEST_F(MessageExample, FetchesNothingWhereItsMessageWasNotTaken) {
+  ScriptedServer centre({AnswerBodyWith(content_.size(), "HTTP/1.0 503 Busy\r\n\r\n")});
+
+  const ProcessResult result = Run(UrlOf(centre));
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.error, "send: status 503\n");
+  EXPECT_EQ(centre.accepted(), 1U);
+}
+
+TEST_F(MessageExample, WritesNothingOfACutMessage) {
+  ScriptedServer centre({AnswerBodyWith(content_.size(), "HTTP/1.0 200 OK\r\n\r\n"),
+                         AnswerWith("HTTP/1.0 200 OK\r\nContent-Length: 7\r\n\r\nmess")});
+
+  const ProcessResult result = Run(UrlOf(centre));
+
+  EXPECT_EQ(result.exit_code, 1);
+  EXPECT_EQ(result.error, "fetch: the answer was cut\n");
+  EXPECT_THAT(folder_.names(), testing::ElementsAre("sent"));
+}
+
+TEST_F(MessageExample, SaysWhyItFailed) {
+  const RefusingPort nobody;
+
+  EXPECT_EQ(Run("http://127.0.0.1:" + std::to_string(nobody.port())).error,
+            "send: the request did not get through\n");
+  folder_.write("sent", "");
+  EXPECT_EQ(Run("http://127.0.0.1/").error, "send: there is no message in " + sent_ + "\n");
+  EXPECT_EQ(RunExample("message", {"http://127.0.0.1/"}).exit_code, kUsage);
+}
+
 // The program that the README shows; it writes to the folder it runs in.
 class ReadmeExample : public testing::Test {
  protected:

@@ -1,0 +1,239 @@
+/**
+ * @file answer.hpp
+ * @brief Answers: read to their end, and whole ones told from cut ones.
+ *        Included by qnstack.hpp.
+ */
+#ifndef QNSTACK_CPP_ANSWER_HPP
+#define QNSTACK_CPP_ANSWER_HPP
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "qnstack/cpp/context.hpp"
+
+namespace qnstack {
+
+/**
+ * @addtogroup face
+ * @{
+ */
+
+/** What a call that drives or reads a context said. */
+enum class Result {
+  kDone,   /**< all has been delivered */
+  kData,   /**< some bytes have been delivered; call again */
+  kAgain,  /**< nothing yet, or redirected; call again */
+  kFailed, /**< failed; the context's state says how */
+  kCut     /**< the answer ended before it was whole; given by ReadHead() and its kin alone */
+};
+
+/**
+ * What a number says that the HTTP client gave.
+ *
+ * @param value the result of fnQNStack_Http_Run(), a read function or a kin.
+ * @return Result::kData for a count; Result::kFailed for any number below 0
+ *         but -2.
+ */
+[[nodiscard]] constexpr Result ResultOf(int32_t value) noexcept {
+  if (value > 0) return Result::kData;
+  if (value == 0) return Result::kDone;
+  return value == -2 ? Result::kAgain : Result::kFailed;
+}
+
+/** @cond */
+namespace detail {
+
+constexpr int32_t kUnknownLength = -1;
+constexpr int32_t kNoContent = 204;
+constexpr int32_t kNotModified = 304;
+
+inline bool IsInterim(int32_t status) noexcept { return status >= 100 && status < 200; }
+
+inline bool HasNoBody(const QNHttpCtx &ctx) noexcept {
+  if (ctx.method != nullptr && std::strcmp(ctx.method, "HEAD") == 0) return true;
+  return ctx.retValue == kNoContent || ctx.retValue == kNotModified;
+}
+
+// The library keeps both over a redirect, and a length that no line told is 0.
+inline void ForgetEarlierAnswer(QNHttpCtx *ctx) noexcept {
+  ctx->retCtxLen = kUnknownLength;
+  ctx->retValue = 0;
+}
+
+// Prepares for a header of which nothing has been taken off the answer yet.
+inline void ExpectHead(Context &context) noexcept {
+  const QNMemBuffer &answer = *context->recvBuf;
+  if (answer.total != answer.length - answer.cursor) return;
+  ForgetEarlierAnswer(context.get());
+  context.get_deleter().reading = Reading();
+}
+
+// An interim answer such as "100 Continue" comes before the one that counts.
+// What was taken of it is squeezed out, so that its empty line is not mistaken
+// for that of the next header.
+inline void ExpectNextHead(QNHttpCtx *ctx) noexcept {
+  ctx->headParsed = 0;
+  ForgetEarlierAnswer(ctx);
+  fnQN_MemBuffer_Write(ctx->recvBuf, "", 0);
+}
+
+// Whether the line taken off last was the empty one at a header's end.
+inline bool TookEmptyLine(const QNMemBuffer &answer) noexcept {
+  constexpr std::string_view kEmptyLine = "\r\n";
+  constexpr std::string_view kHeadEnd = "\r\n\r\n";
+  const std::string_view taken(answer.data, answer.cursor);
+  if (taken == kEmptyLine) return true;
+  return taken.size() >= kHeadEnd.size() &&
+         taken.substr(taken.size() - kHeadEnd.size()) == kHeadEnd;
+}
+
+// One step of reading. A redirect that waits in a complete context would close
+// the slot whose number the context keeps, so that is put away for the call.
+inline int32_t ReadStep(QNHttpCtx *ctx, void *piece, int32_t room) noexcept {
+  if (ctx->state != QN_HTTP_COMPLETE) return fnQNStack_Http_ReadRecvContext(ctx, piece, room);
+  const int32_t slot = std::exchange(ctx->socket, -1);
+  const int32_t got = fnQNStack_Http_ReadRecvContext(ctx, piece, room);
+  if (ctx->state == QN_HTTP_COMPLETE) ctx->socket = slot;
+  return got;
+}
+
+// Whether the connection broke, or was stopped, rather than closed by the peer.
+// An answer that the program put there itself has no socket either, but then
+// nothing was tried.
+inline bool BrokeOff(const QNHttpCtx &ctx) noexcept {
+  if (ctx.state == QN_HTTP_STOPPED) return true;
+  return ctx.state == QN_HTTP_COMPLETE && ctx.socket < 0 && ctx.tryCount > 0;
+}
+
+using ReadFunction = int32_t (*)(QNHttpCtx *, void *, int32_t);
+
+// Appends what a read function delivers, and counts it.
+inline Result ReadAll(QNHttpCtx *ctx, std::string &text, std::size_t most, uint64_t &count,
+                      ReadFunction read) {
+  char piece[4096];
+  while (most > 0) {
+    const auto room = static_cast<int32_t>(most < sizeof piece ? most : sizeof piece);
+    const int32_t got = read(ctx, piece, room);
+    const Result result = ResultOf(got);
+    if (result == Result::kDone || result == Result::kFailed) return result;
+    if (result == Result::kAgain) continue;
+    text.append(piece, static_cast<std::size_t>(got));
+    count += static_cast<uint64_t>(got);
+    most -= static_cast<std::size_t>(got);
+  }
+  return Result::kData;
+}
+
+}  // namespace detail
+/** @endcond */
+
+/**
+ * Reads the header of an answer and no byte of its body, so that a program can
+ * look at `retValue`, `retCtxType` and BodyLength() first.
+ *
+ * Redirects are followed as by fnQNStack_Http_ReadRecvContext(), and interim
+ * answers ("100 Continue") are stepped over. Status and length of an earlier
+ * answer are forgotten: until the header says others, `retValue` is 0 and
+ * `retCtxLen` -1.
+ *
+ * @param context the context; an empty one fails.
+ * @return Result::kDone, also when it has been read before; Result::kCut when
+ *         the answer ended before its header did; Result::kFailed.
+ */
+[[nodiscard]] inline Result ReadHead(Context &context) noexcept {
+  QNHttpCtx *ctx = context.get();
+  if (ctx == nullptr) return Result::kFailed;
+  Reading &reading = context.get_deleter().reading;
+  while (ctx->headParsed == 0) {
+    char nothing = '\0';
+    detail::ExpectHead(context);
+    if (ResultOf(detail::ReadStep(ctx, &nothing, 0)) == Result::kFailed) return Result::kFailed;
+    if (ctx->headParsed == 0) continue;
+    if (detail::IsInterim(ctx->retValue)) {
+      detail::ExpectNextHead(ctx);
+    } else {
+      reading.head_is_cut = !detail::TookEmptyLine(*ctx->recvBuf);
+    }
+  }
+  return reading.head_is_cut ? Result::kCut : Result::kDone;
+}
+
+/**
+ * The length of an answer's body, as its header announced it; to be asked after
+ * ReadHead() or ReadBody().
+ *
+ * @param context the context.
+ * @return the length; 0 for an answer that has no body whatever its header says
+ *         (to a HEAD request, or with status 204 or 304). None if no header has
+ *         been read, or it named no length that can be read, or one above
+ *         2147483646: such a body ends with the connection, and nothing tells
+ *         whether it is whole.
+ */
+[[nodiscard]] inline std::optional<int32_t> BodyLength(const Context &context) noexcept {
+  if (context == nullptr || context->headParsed == 0) return std::nullopt;
+  if (detail::HasNoBody(*context)) return 0;
+  const int32_t length = context->retCtxLen;
+  if (length < 0 || length == std::numeric_limits<int32_t>::max()) return std::nullopt;
+  return length;
+}
+
+/**
+ * Reads an answer's body to its end by fnQNStack_Http_ReadRecvContext(), after
+ * its header as ReadHead() does.
+ *
+ * The end is the end of the connection. Where the header announced a length,
+ * Result::kDone means that so many bytes came, or more; where it did not (see
+ * BodyLength()), that the peer closed in order, which a peer may do too early.
+ * Read header and body by these two functions alone: bytes that were taken in
+ * another way are missed, and the body is then called cut.
+ *
+ * @param context the context; an empty one fails.
+ * @param body the bytes are appended to it, also those before a failure.
+ * @param most the most bytes to append.
+ * @return Result::kDone; Result::kData when @p most bytes have come and there
+ *         may be more; Result::kCut when fewer bytes came than were announced,
+ *         the connection broke where none were, the context was stopped, or the
+ *         answer ended within its header; Result::kFailed.
+ */
+[[nodiscard]] inline Result ReadBody(Context &context, std::string &body,
+                                     std::size_t most = std::string::npos) {
+  if (most == 0) return Result::kData;
+  const Result head = ReadHead(context);
+  if (head != Result::kDone) return head;
+  uint64_t &received = context.get_deleter().reading.received;
+  const Result result = detail::ReadAll(context.get(), body, most, received, &detail::ReadStep);
+  if (result != Result::kDone) return result;
+  const std::optional<int32_t> length = BodyLength(context);
+  const bool cut = length ? received < static_cast<uint64_t>(*length) : detail::BrokeOff(*context);
+  return cut ? Result::kCut : Result::kDone;
+}
+
+/**
+ * Reads a raw answer, status line and header included, to its end by
+ * fnQNStack_Http_ReadRecvData(). It follows no redirect.
+ *
+ * @param context as for ReadBody().
+ * @param answer as for ReadBody().
+ * @param most as for ReadBody().
+ * @return as ReadBody(), but Result::kCut only when the connection broke: no
+ *         length is looked at.
+ */
+[[nodiscard]] inline Result ReadAnswer(Context &context, std::string &answer,
+                                       std::size_t most = std::string::npos) {
+  uint64_t count = 0;
+  const Result result =
+      detail::ReadAll(context.get(), answer, most, count, &fnQNStack_Http_ReadRecvData);
+  return result == Result::kDone && detail::BrokeOff(*context) ? Result::kCut : result;
+}
+
+/** @} */
+
+}  // namespace qnstack
+
+#endif
