@@ -4,6 +4,7 @@
 //     message SEND-URL MESSAGE-FILE FETCH-URL FILE [GATEWAY PORT]
 //
 // Nothing is tried twice: whoever sends a message again may have to pay twice.
+#include <cstddef>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -19,7 +20,7 @@ using qnstack::Result;
 using qnstack::State;
 
 constexpr const char *kMessageType = "application/vnd.wap.mms-message";
-constexpr std::size_t kMostBytes = 10 * 1024 * 1024;
+constexpr std::size_t kMostBytes = std::size_t{10} * 1024 * 1024;
 
 // Why an answer did not come whole.
 const char *ReasonOf(Result result, State state) {
