@@ -30,7 +30,8 @@ enum class Result {
   kData,   /**< some bytes have been delivered; call again */
   kAgain,  /**< nothing yet, or redirected; call again */
   kFailed, /**< failed; the context's state says how */
-  kCut     /**< the answer ended before it was whole; given by ReadHead() and its kin alone */
+  kCut     /**< the answer ended before it was whole; from ReadHead(), ReadBody() and
+                ReadAnswer() alone */
 };
 
 /**
@@ -198,8 +199,8 @@ inline Result ReadAll(QNHttpCtx *ctx, std::string &text, std::size_t most, uint6
  * @param most the most bytes to append.
  * @return Result::kDone; Result::kData when @p most bytes have come and there
  *         may be more; Result::kCut when fewer bytes came than were announced,
- *         the connection broke where none were, the context was stopped, or the
- *         answer ended within its header; Result::kFailed.
+ *         when none were announced and the connection broke or the context was
+ *         stopped, and when the answer ended within its header; Result::kFailed.
  */
 [[nodiscard]] inline Result ReadBody(Context &context, std::string &body,
                                      std::size_t most = std::string::npos) {
