@@ -45,6 +45,7 @@ int Fetch(const Options &options, const std::string &body, Output &output, Answe
 }
 
 void RunTransfer(const Options &options, const std::string &body, Output &output) {
+  if (options.method != "HEAD") output.RequireOpen();
   if (options.charset) output.DecodeFrom(*options.charset);
   CacheUse cache(options);
   const std::optional<int> cached = cache.Deliver(output);

@@ -1,5 +1,4 @@
-// A file is written under another name in the same folder and renamed at the
-// end. Every wait here can be interrupted by the timer.
+// Every wait here can be interrupted by the timer.
 #include "output.h"
 
 #include <errno.h>
@@ -10,7 +9,6 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <filesystem>
 
 #include "failure.h"
 #include "signals.h"
@@ -20,33 +18,31 @@ namespace qnget {
 namespace {
 
 constexpr mode_t kFileMode = 0666;  // less what the umask takes away
+constexpr size_t kLongestText = 64U << 20U;
+constexpr size_t kSeenByTerminal = 2000;
 constexpr const char *kWriting = "writing the output";
+constexpr const char *kOpeningTrace = "opening the trace file";
 
-mode_t CurrentUmask() {
-  const mode_t mask = umask(0);
-  umask(mask);
-  return mask;
-}
-
-// The file behind a symbolic link, which is to stay a link.
-std::string Resolved(const std::string &file) {
-  std::error_code none;
-  const std::filesystem::path real = std::filesystem::canonical(file, none);
-  return none ? file : real.string();
-}
-
-std::string TemplateBeside(const std::string &file) {
-  return (std::filesystem::path(file).parent_path() / ".qnget-XXXXXX").string();
+// Waits for the reader of a pipe, as long as the time allows; -1 with errno for a failure.
+int OpenPatiently(const std::string &file, int flags, const char *doing) {
+  for (;;) {
+    const int descriptor = open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | flags, kFileMode);
+    if (descriptor >= 0 || errno != EINTR) return descriptor;
+    CheckDeadline(doing);
+  }
 }
 
 int OpenTrace(const std::string &trace) {
-  const char *name = trace.empty() ? "/dev/null" : trace.c_str();
-  const int descriptor = open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kFileMode);
-  if (descriptor < 0) {
-    throw Failure(kNotWritten,
-                  std::string("could not open trace file ") + name + ": " + strerror(errno));
-  }
+  if (trace == "-") return fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const std::string name = trace.empty() ? "/dev/null" : trace;
+  const int descriptor = OpenPatiently(name, O_CREAT | O_TRUNC, kOpeningTrace);
+  if (descriptor < 0) throw WriteFailure("open trace file", name);
   return descriptor;
+}
+
+bool IsRegularOrMissing(const std::string &file) {
+  struct stat found {};
+  return stat(file.c_str(), &found) != 0 || S_ISREG(found.st_mode);
 }
 
 }  // namespace
@@ -68,92 +64,79 @@ void RedirectStandardOutput(const std::string &trace) {
 }
 
 Output::Output(const std::string &file, int standard_output) : name_(file) {
-  struct stat found {};
   if (file.empty() || file == "-" || file == "/dev/stdout") {
     name_ = "standard output";
     descriptor_ = standard_output;
-    errno = EBADF;
-    if (descriptor_ < 0) Fail("write");
-  } else if (stat(file.c_str(), &found) == 0 && !S_ISREG(found.st_mode)) {
-    OpenDirectly(file);
+    if (file.empty() && IsTerminal()) unseen_ = kSeenByTerminal;
+  } else if (IsRegularOrMissing(file)) {
+    file_.emplace(file);
   } else {
-    OpenBeside(Resolved(file));
+    descriptor_ = OpenPatiently(file, 0, kWriting);
+    if (descriptor_ < 0) throw WriteFailure("open", name_);
   }
 }
 
 Output::~Output() {
   if (descriptor_ >= 0) close(descriptor_);
-  if (temporary_.empty()) return;
-  const SignalPause pause;
-  unlink(temporary_.c_str());
-  SetTemporaryFile("");
 }
 
-void Output::OpenDirectly(const std::string &file) {
-  while ((descriptor_ = open(file.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY)) < 0) {
-    if (errno != EINTR) Fail("open");
-    CheckDeadline(kWriting);
-  }
-}
-
-void Output::OpenBeside(const std::string &file) {
-  target_ = file;
-  std::string path = TemplateBeside(file);
-  const SignalPause pause;
-  descriptor_ = mkostemp(path.data(), O_CLOEXEC);
-  if (descriptor_ < 0) Fail("create");
-  temporary_ = path;
-  SetTemporaryFile(path);
+void Output::RequireOpen() const {
+  errno = EBADF;
+  if (Descriptor() < 0) throw WriteFailure("write", name_);
 }
 
 void Output::Write(std::string_view bytes) {
   if (charset_) {
-    text_ += bytes;
+    Collect(bytes);
   } else {
+    RefuseBinary(bytes);
     WriteOut(bytes);
   }
 }
 
+void Output::Collect(std::string_view bytes) {
+  if (bytes.size() > kLongestText - text_.size()) {
+    throw Failure(kNotReceived, "the body is longer than the 64 MiB that --charset decodes");
+  }
+  text_ += bytes;
+}
+
+void Output::RefuseBinary(std::string_view bytes) {
+  const std::string_view seen = bytes.substr(0, unseen_);
+  unseen_ -= seen.size();
+  if (seen.find('\0') == std::string_view::npos) return;
+  throw Failure(kNotWritten,
+                "the body is binary and would spoil the terminal; -o FILE keeps it, "
+                "-o - shows it all the same");
+}
+
 void Output::WriteOut(std::string_view bytes) {
   while (!bytes.empty()) {
-    const ssize_t count = ::write(descriptor_, bytes.data(), bytes.size());
+    const ssize_t count = ::write(Descriptor(), bytes.data(), bytes.size());
     if (count >= 0) {
       bytes.remove_prefix(static_cast<size_t>(count));
     } else if (errno == EAGAIN) {
       WaitForRoom();
     } else if (errno != EINTR) {
-      Fail("write");
+      throw WriteFailure("write", name_);
     }
     CheckDeadline(kWriting);
   }
 }
 
 void Output::WaitForRoom() const {
-  pollfd room{descriptor_, POLLOUT, 0};
+  pollfd room{Descriptor(), POLLOUT, 0};
   poll(&room, 1, -1);
 }
 
 void Output::Commit() {
   if (charset_) WriteOut(TextFrom(*charset_, text_));
-  if (!temporary_.empty()) {
-    fchmod(descriptor_, kFileMode & ~CurrentUmask());  // some media have no modes to change
-    if (fsync(descriptor_) != 0) Fail("write");
-  }
+  if (file_) return file_->Commit();
   const int descriptor = descriptor_;
   descriptor_ = -1;
-  if (close(descriptor) != 0) Fail("write");
-  if (temporary_.empty()) return;
-  const SignalPause pause;
-  if (rename(temporary_.c_str(), target_.c_str()) != 0) Fail("create");
-  temporary_.clear();
-  SetTemporaryFile("");
+  if (descriptor >= 0 && close(descriptor) != 0) throw WriteFailure("write", name_);
 }
 
-bool Output::IsTerminal() const { return isatty(descriptor_) == 1; }
-
-void Output::Fail(const std::string &what) const {
-  const std::string reason = strerror(errno);
-  throw Failure(kNotWritten, "could not " + what + " " + name_ + ": " + reason);
-}
+bool Output::IsTerminal() const { return isatty(Descriptor()) == 1; }
 
 }  // namespace qnget

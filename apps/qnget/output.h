@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "target_file.h"
+
 namespace qnget {
 
 /**
@@ -18,7 +20,7 @@ namespace qnget {
  */
 int KeepStandardOutput();
 
-/** Points descriptor 1 at the trace file, or at nothing if `trace` is empty. */
+/** Points descriptor 1 at the trace file, "-" for standard error, or at nothing if it is empty. */
 void RedirectStandardOutput(const std::string &trace);
 
 class Output {
@@ -29,16 +31,18 @@ class Output {
    * names mean.
    */
   Output(const std::string &file, int standard_output);
-
-  /** Removes what has been written to a file and not committed. */
   ~Output();
 
   Output(const Output &) = delete;
   Output &operator=(const Output &) = delete;
 
+  /** Throws Failure if this is a standard output that was closed when qnget began. */
+  void RequireOpen() const;
+
   /** From now on the bytes are a text, to be written as UTF-8 once it is complete. */
   void DecodeFrom(uint32_t charset) { charset_ = charset; }
 
+  /** Throws Failure, also for binary bytes on a terminal that no option names. */
   void Write(std::string_view bytes);
 
   /** Makes the file appear under its name, with everything on the medium. */
@@ -47,16 +51,16 @@ class Output {
   bool IsTerminal() const;
 
  private:
+  int Descriptor() const { return file_ ? file_->descriptor() : descriptor_; }
+  void Collect(std::string_view bytes);
+  void RefuseBinary(std::string_view bytes);
   void WriteOut(std::string_view bytes);
-  void OpenDirectly(const std::string &file);
-  void OpenBeside(const std::string &file);
   void WaitForRoom() const;
-  [[noreturn]] void Fail(const std::string &what) const;
 
-  std::string name_;       // for messages
-  std::string target_;     // the file that the temporary one becomes; empty: none
-  std::string temporary_;  // empty once it has gone
-  int descriptor_ = -1;
+  std::string name_;  // for messages
+  std::optional<TargetFile> file_;
+  int descriptor_ = -1;  // of anything else
+  size_t unseen_ = 0;    // so many bytes more are looked at before a terminal gets them
   std::optional<uint32_t> charset_;
   std::string text_;  // to be decoded
 };

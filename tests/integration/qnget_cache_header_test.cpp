@@ -6,6 +6,7 @@
 
 #include "qnget_cache_folder.h"
 #include "qnget_program.h"
+#include "qnget_traced.h"
 #include "support/process.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
@@ -122,32 +123,21 @@ TEST_F(QngetCacheHeader, OfAnEarlierTryDoesNotCount) {
 
 using QngetCacheHit = CacheFolder;
 
-// The network calls of qnget --cache; the reason in `problem` if they cannot be had.
-std::string NetworkCalls(const std::string &root, const std::string &url, std::string &problem) {
+// The network calls of qnget --cache.
+std::string NetworkCalls(const std::string &root, const std::string &url) {
   const ScratchFolder folder;
-  const std::string calls = folder.path("calls");
-  std::vector<std::string> command{"strace", "-f", "-e", "trace=network", "-o", calls};
-  for (const std::string &word : QngetCommand({"--root", root, "--cache", url})) {
-    command.push_back(word);
-  }
-  // The leak checker wants to trace the program itself.
-  const ProcessResult result =
-      RunProgram(command, {.environment = {"ASAN_OPTIONS=detect_leaks=0"}});
-  if (result.exit_code != 0) problem = result.error;
+  RunTraced({"-e", "trace=network", "-o", folder.path("calls")}, {"--root", root, "--cache", url});
   return folder.read("calls");
 }
 
 TEST_F(QngetCacheHit, NeedsNoSocket) {
   ScriptedServer server({AnswerWith(Answer("abc", kFresh))});
   const std::string url = LocalUrl(server.port());
-  std::string problem;
-  const std::string first = NetworkCalls(root_, url, problem);
-  if (!problem.empty()) GTEST_SKIP() << "system calls cannot be traced here: " << problem;
-  ASSERT_THAT(first, HasSubstr("socket("));
+  if (const std::string problem = ProblemOfTracing(); !problem.empty()) GTEST_SKIP() << problem;
+  ASSERT_THAT(NetworkCalls(root_, url), HasSubstr("socket("));
 
-  const std::string second = NetworkCalls(root_, url, problem);
+  const std::string second = NetworkCalls(root_, url);
 
-  EXPECT_EQ(problem, "");
   EXPECT_THAT(second, HasSubstr("exited with 0"));
   EXPECT_THAT(second, Not(HasSubstr("socket")));
   EXPECT_THAT(second, Not(HasSubstr("connect")));

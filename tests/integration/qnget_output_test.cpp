@@ -162,6 +162,18 @@ TEST_F(QngetOutput, FailsWhenStandardOutputIsClosed) {
   EXPECT_EQ(server_.accepted(), 0u);
 }
 
+TEST_F(QngetOutput, MayBeClosedWhereNothingIsWritten) {
+  const std::string root = folder_.path("root");
+  const std::string closed = "exec \"$@\" >&-";
+
+  EXPECT_EQ(RunInShell(closed, {"-X", "HEAD", url()}).exit_code, 0);
+  EXPECT_EQ(RunInShell(closed, {"--root", root, "config", "set", "accept", "a"}).exit_code, 0);
+  EXPECT_EQ(RunQnget({"--root", root, "config", "get", "accept"}).output, "a\n");
+  EXPECT_EQ(RunInShell(closed, {"--root", root, "config", "get", "accept"}).exit_code, 6);
+  EXPECT_EQ(RunInShell(closed, {"--root", root, "--cache-clear"}).exit_code, 0);
+  EXPECT_EQ(RunInShell(closed, {"--root", root, "--cache-list"}).exit_code, 6);
+}
+
 TEST_F(QngetOutput, FailsWhenStandardOutputIsFull) {
   const ProcessResult result =
       RunQnget({url()}, {.output = Sink::kFile, .output_file = "/dev/full"});

@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include "qnget_program.h"
+#include "qnget_traced.h"
 #include "support/process.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
@@ -27,6 +28,23 @@ class QngetSignal : public testing::TestWithParam<int> {
 TEST_P(QngetSignal, EndsTheProgramAndItsHalfFile) {
   const std::string file = folder_.write("kept", "old");
   Process program(QngetCommand({"-i", "-o", file, LocalUrl(server_.port())}));
+  ASSERT_TRUE(program.WaitForError("url: "));
+
+  program.SendSignal(GetParam());
+
+  EXPECT_EQ(program.wait().signal, GetParam());
+  EXPECT_EQ(folder_.names(), std::vector<std::string>{"kept"});
+  EXPECT_EQ(folder_.read("kept"), "old");
+}
+
+// There the half file has a name while it grows.
+TEST_P(QngetSignal, EndsTheHalfFileOfAMediumWithoutUnnamedOnes) {
+  if (const std::string problem = ProblemOfTracing(); !problem.empty()) GTEST_SKIP() << problem;
+  const std::string file = folder_.write("kept", "old");
+  std::vector<std::string> strace = NoUnnamedFilesIn(folder_.path());
+  strace.push_back("-D");  // the tracer is not what a signal reaches
+  Process program(TracedCommand(strace, {"-i", "-o", file, LocalUrl(server_.port())}),
+                  {.environment = kTracedEnvironment});
   ASSERT_TRUE(program.WaitForError("url: "));
   ASSERT_EQ(folder_.names().size(), 2u);
 
