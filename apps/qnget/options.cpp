@@ -10,12 +10,12 @@
 #include "failure.h"
 #include "qnstack/qn_version.h"
 #include "settings.h"
+#include "text.h"
 
 namespace qnget {
 namespace {
 
 constexpr int kMostRetries = 20;
-constexpr int kHighestCharset = 65535;
 constexpr double kLongestDelay = 3600;
 constexpr size_t kLongestOperator = 100;
 
@@ -108,9 +108,8 @@ void AddOutputOptions(CLI::App &app, Options &options) {
   app.add_flag("--raw", options.raw,
                "Deliver the answer as it comes, with its header; follow no redirect");
   app.add_option("--charset", options.charset,
-                 "Decode a text body from the character set MIBENUM (4 Latin-1, 1000 UCS-2, "
-                 "1015 UTF-16) to UTF-8")
-      ->check(Between(1, kHighestCharset, "a number from 1 to 65535"))
+                 "Decode a text body to UTF-8 from the character set MIBENUM: " + KnownCharsets())
+      ->check(CLI::Validator(CheckCharset, ""))
       ->type_name("MIBENUM");
   app.add_option("--trace", options.trace, "Keep the library's trace lines in FILE")
       ->type_name("FILE");

@@ -7,6 +7,12 @@
 
 namespace qnget {
 
+/** The sets by name, for people: "3 (US-ASCII), 4 ...". */
+std::string KnownCharsets();
+
+/** Why a text is not the MIBenum number of a known set; empty if it is. */
+std::string CheckCharset(const std::string &text);
+
 /**
  * The text as UTF-8, up to its first zero character. Throws Failure where the
  * bytes are no text of that set.

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "qnget_program.h"
@@ -41,7 +42,7 @@ const Body kBodies[] = {
     {"Utf8", "106", "caf\xC3\xA9", "caf\xC3\xA9"},
     {"Ucs2", "1000", std::string("\xFE\xFF\x00h\x00\xE9", 6), "h\xC3\xA9"},
     {"Utf16", "1015", std::string("\xFF\xFEh\x00\x3D\xD8\x00\xDE", 8), "h\xF0\x9F\x98\x80"},
-    {"Unknown", "2026", "abc", "abc"},
+    {"UsAscii", "3", "abc", "abc"},
     {"Empty", "1015", "", ""},
 };
 
@@ -92,11 +93,51 @@ TEST(QngetCharsetOption, DecodesWhatTheCacheServesToo) {
   EXPECT_EQ(result.output, "caf\xC3\xA9");
 }
 
-TEST(QngetCharsetOption, IsRefusedWithARawAnswerAndOutOfRange) {
-  for (const std::string charset : {"0", "65536", "x"}) {
-    EXPECT_EQ(RunQnget({"--charset", charset, "http://127.0.0.1:9/"}).exit_code, 1) << charset;
+// An answer with a body of 64 MiB and some bytes more.
+ConnectionScript LargestText(const std::string &more) {
+  return {ReadHeader(),
+          SendBytes("HTTP/1.0 200 OK\r\n\r\n"),
+          SendTimes(std::string(1U << 20U, 'x'), 64),
+          SendBytes(more),
+          HalfClose(),
+          ReadToEnd()};
+}
+
+TEST(QngetCharsetOption, DecodesATextOf64MiB) {
+  const ScratchFolder folder;
+  ScriptedServer server({LargestText("")});
+
+  RunQnget({"--charset=4", "-o", folder.path("f"), LocalUrl(server.port())});
+
+  EXPECT_EQ(std::filesystem::file_size(folder.path("f")), 64U << 20U);
+}
+
+TEST(QngetCharsetOption, DecodesNoTextAbove64MiB) {
+  const ScratchFolder folder;
+  const std::string file = folder.write("kept", "old");
+  ScriptedServer server({LargestText("y")});
+
+  const ProcessResult result = RunQnget({"--charset=4", "-o", file, LocalUrl(server.port())});
+
+  EXPECT_EQ(result.exit_code, 4);
+  EXPECT_EQ(result.error, Message("the body is longer than the 64 MiB that --charset decodes"));
+  EXPECT_EQ(folder.read("kept"), "old");
+}
+
+TEST(QngetCharsetOption, NamesTheSetsThatItKnows) {
+  for (const std::string charset : {"0", "5", "2026", "65536", "0106", "+4", "", "x"}) {
+    const ProcessResult result = RunQnget({"--charset", charset, "http://127.0.0.1:9/"});
+
+    EXPECT_EQ(result.exit_code, 1) << charset;
+    EXPECT_THAT(result.error, HasSubstr("no character set '" + charset +
+                                        "'; there are 3 (US-ASCII), 4 (ISO-8859-1), 106 (UTF-8), "
+                                        "1000 (UCS-2), 1015 (UTF-16)"));
   }
+}
+
+TEST(QngetCharsetOption, IsRefusedWithARawAnswer) {
   const ProcessResult raw = RunQnget({"--raw", "--charset=4", "http://127.0.0.1:9/"});
+
   EXPECT_EQ(raw.exit_code, 1);
   EXPECT_THAT(raw.error, HasSubstr("not a --raw answer"));
 }
