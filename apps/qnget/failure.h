@@ -35,6 +35,13 @@ class Failure : public std::runtime_error {
   bool retryable_;
 };
 
+constexpr int kFirstErrorStatus = 400;
+
+/** For an answer that came, with a status from there on. */
+inline Failure ErrorStatus(int status) {
+  return {kErrorStatus, "the answer has status " + std::to_string(status)};
+}
+
 /** A line on standard error. */
 inline void Say(const std::string &text) { fprintf(stderr, "qnget: %s\n", text.c_str()); }
 

@@ -20,8 +20,6 @@
 namespace qnget {
 namespace {
 
-constexpr int kFirstErrorStatus = 400;
-
 void SayRetry(const Failure &failure, int retry, const Options &options, double pause) {
   char when[64];
   snprintf(when, sizeof when, "; retry %d of %d in %g s", retry, options.retries, pause);
@@ -31,10 +29,11 @@ void SayRetry(const Failure &failure, int retry, const Options &options, double 
 // Each try has a context of its own, freed before the next is opened.
 int Fetch(const Options &options, const std::string &body, Output &output, AnswerRecord *record) {
   const Stack stack(options);
-  Progress progress(isatty(STDERR_FILENO) == 1 && !output.IsTerminal());
+  const bool shown = isatty(STDERR_FILENO) == 1 && !output.IsTerminal() && !options.silent;
   double pause = options.retry_delay;
   for (int retry = 1;; ++retry, pause *= 2) {
     try {
+      Progress progress(shown);
       return Transfer(options, body, record).Run(output, progress);
     } catch (const Failure &failure) {
       if (!failure.retryable() || retry > options.retries) throw;
@@ -53,9 +52,7 @@ void RunTransfer(const Options &options, const std::string &body, Output &output
   StopDeadline();
   output.Commit();
   if (!cached) cache.Keep();
-  if (status >= kFirstErrorStatus) {
-    throw Failure(kErrorStatus, "the answer has status " + std::to_string(status));
-  }
+  if (status >= kFirstErrorStatus) throw ErrorStatus(status);
 }
 
 void Run(const Options &options) {

@@ -9,6 +9,7 @@
 
 #include "failure.h"
 #include "qnstack/qn_version.h"
+#include "remote_name.h"
 #include "settings.h"
 #include "text.h"
 
@@ -53,6 +54,7 @@ struct Raw {
   std::map<std::string, std::string> settable;  // by its key as a setting
   std::string data;
   std::string content_type;
+  bool remote_name = false;
   bool list_cache = false;
   bool clear_cache = false;
 };
@@ -99,10 +101,16 @@ void AddRequestOptions(CLI::App &app, Options &options, Raw &raw) {
               "LANGUAGES");
 }
 
-void AddOutputOptions(CLI::App &app, Options &options) {
+void AddOutputOptions(CLI::App &app, Options &options, Raw &raw) {
   app.add_option("-o,--output", options.output,
                  "Write the body to FILE, complete or not at all; - is standard output")
       ->type_name("FILE");
+  app.add_flag("-O,--remote-name", raw.remote_name,
+               "Write it to a file of the name that the URL ends in, in the working folder")
+      ->excludes("--output");
+  app.add_flag("-f,--fail", options.fail,
+               "Deliver no body of an answer whose status is 400 or above");
+  app.add_flag("-s,--silent", options.silent, "Show no progress; errors are told all the same");
   app.add_flag("-i,--info", options.info,
                "Print status, media type, length, encoding and final URL on standard error");
   app.add_flag("--raw", options.raw,
@@ -111,7 +119,8 @@ void AddOutputOptions(CLI::App &app, Options &options) {
                  "Decode a text body to UTF-8 from the character set MIBENUM: " + KnownCharsets())
       ->check(CLI::Validator(CheckCharset, ""))
       ->type_name("MIBENUM");
-  app.add_option("--trace", options.trace, "Keep the library's trace lines in FILE")
+  app.add_option("--trace", options.trace,
+                 "Keep the library's trace lines in FILE; - is standard error")
       ->type_name("FILE");
 }
 
@@ -227,6 +236,7 @@ void FillIn(const CLI::App &app, const Raw &raw, Options &options) {
   if (app.count("--data") > 0) options.data = raw.data;
   if (app.count("--content-type") > 0) options.content_type = raw.content_type;
   if (options.method.empty()) options.method = options.data ? "POST" : "GET";
+  if (raw.remote_name && app.count("URL") > 0) options.output = RemoteName(options.url);
 }
 
 void CheckTransfer(const CLI::App &app, const Options &options) {
@@ -239,6 +249,9 @@ void CheckTransfer(const CLI::App &app, const Options &options) {
   }
   if (options.charset && options.raw) {
     throw Failure(kUsage, "--charset decodes a body, not a --raw answer");
+  }
+  if (options.fail && options.raw) {
+    throw Failure(kUsage, "--fail goes by a status, which nobody reads in a --raw answer");
   }
 }
 
@@ -274,7 +287,7 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   app.set_version_flag("--version", VersionText());
   app.footer(kFooter);
   AddRequestOptions(app, options, raw);
-  AddOutputOptions(app, options);
+  AddOutputOptions(app, options, raw);
   AddPatienceOptions(app, options, raw);
   AddStoreOptions(app, options, raw);
   AddConfigCommands(app, options);

@@ -39,6 +39,8 @@ struct Options {
   std::string trace;                                         // empty: nowhere
   bool info = false;
   bool raw = false;
+  bool fail = false;                // deliver no body of an answer whose status is an error
+  bool silent = false;              // show no progress
   std::optional<uint32_t> charset;  // decode the body from it; none: as it comes
   double timeout = 0;               // seconds; 0: none
   int retries = 0;

@@ -26,43 +26,60 @@ std::string SizeText(double bytes) {
 
 }  // namespace
 
-std::string ProgressText(int64_t received, int64_t expected, double seconds) {
-  const auto count = static_cast<double>(received);
-  std::string text = SizeText(count);
+std::string ProgressText(int64_t count, int64_t expected, double seconds) {
+  const auto bytes = static_cast<double>(count);
+  std::string text = SizeText(bytes);
   if (expected > 0) {
     const auto whole = static_cast<double>(expected);
-    const double percent = std::min(100.0, 100.0 * count / whole);
+    const double percent = std::min(100.0, 100.0 * bytes / whole);
     text += " of " + SizeText(whole) + ", " + std::to_string(static_cast<int>(percent)) + " %";
   }
-  return text + ", " + SizeText(count / std::max(seconds, kShortestTime)) + "/s";
+  return text + ", " + SizeText(bytes / std::max(seconds, kShortestTime)) + "/s";
 }
 
 Progress::~Progress() {
   if (line_open_) fputc('\n', stderr);
 }
 
-void Progress::Start(int64_t expected) {
-  expected_ = expected;
-  received_ = 0;
-  begin_ = Clock::now();
+void Progress::Upload(int64_t sent, int64_t expected) {
+  if (!sending_ || sent < count_) Begin(true, expected);
+  if (sent == count_) return;
+  Count(sent);
+  if (sent >= expected) Finish();
 }
 
-void Progress::Update(int64_t received) {
-  received_ = received;
-  current_ = false;
-  if (shown_ && (!line_open_ || Clock::now() - written_ >= kBetweenUpdates)) Write();
+void Progress::Start(int64_t expected) {
+  Finish();
+  Begin(false, expected);
 }
+
+void Progress::Update(int64_t received) { Count(received); }
 
 void Progress::Finish() {
   if (!line_open_) return;
   if (!current_) Write();
   fputc('\n', stderr);
   line_open_ = false;
+  width_ = 0;
+}
+
+void Progress::Begin(bool sending, int64_t expected) {
+  sending_ = sending;
+  expected_ = expected;
+  count_ = 0;
+  begin_ = Clock::now();
+}
+
+void Progress::Count(int64_t bytes) {
+  count_ = bytes;
+  current_ = false;
+  if (shown_ && (!line_open_ || Clock::now() - written_ >= kBetweenUpdates)) Write();
 }
 
 void Progress::Write() {
   const std::chrono::duration<double> elapsed = Clock::now() - begin_;
-  std::string text = ProgressText(received_, expected_, elapsed.count());
+  const std::string counts = ProgressText(count_, expected_, elapsed.count());
+  std::string text = sending_ ? "sent " + counts : counts;
   const size_t width = text.size();
   if (width < width_) text.append(width_ - width, ' ');
   width_ = width;

@@ -40,6 +40,14 @@ uint32_t TakenOff(const QNMemBuffer &buffer) {
   return buffer.total - (buffer.length - buffer.cursor);
 }
 
+// How much of the request's body has gone; it stands behind the header.
+int64_t SentBody(const QNHttpCtx &ctx) {
+  const QNMemBuffer &request = *ctx.sendBuf;
+  const auto body = static_cast<uint32_t>(ctx.contentLen);
+  const uint32_t unsent = request.length - request.cursor;
+  return request.cursor == 0 || unsent > body ? 0 : body - unsent;
+}
+
 // The answer's media type; empty if it is not known.
 std::string TypeOf(const QNHttpCtx &ctx) {
   std::string type = ctx.retCtxType == nullptr ? "" : ctx.retCtxType;
@@ -85,18 +93,22 @@ int Transfer::Run(Output &output, Progress &progress) {
     ReadRaw(output, progress);
     return 0;
   }
-  ReadHead();
+  ReadHead(progress);
   if (options_.info) PrintInfo();
+  if (options_.fail && ctx_->retValue >= kFirstErrorStatus) throw ErrorStatus(ctx_->retValue);
   if (options_.method != "HEAD") ReadBody(output, progress);
   if (record_ != nullptr) RecordEnd();
   return ctx_->retValue;
 }
 
 // Asks for no body bytes yet, so that nothing of a header can get lost among them.
-void Transfer::ReadHead() {
+void Transfer::ReadHead(Progress &progress) {
   do {
     if (record_ != nullptr) record_->Start();
-    while (ctx_->headParsed == 0) ReadHeaderLines();
+    while (ctx_->headParsed == 0) {
+      ReadHeaderLines();
+      progress.Upload(SentBody(*ctx_), ctx_->contentLen);
+    }
   } while (StepOverInterimAnswer());
   CheckHead();
 }
@@ -207,6 +219,7 @@ void Transfer::Deliver(ReadFunction read, Output &output, Progress &progress) {
   for (;;) {
     const int32_t count = read(ctx_.get(), chunk_.data(), room);
     CheckTime();
+    if (options_.raw) progress.Upload(SentBody(*ctx_), ctx_->contentLen);
     if (count == 0) break;
     if (count == -1) Fail();
     if (count < 0) continue;

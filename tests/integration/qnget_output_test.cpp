@@ -105,6 +105,20 @@ TEST_F(QngetOutput, MakesAFile) {
   EXPECT_EQ(folder_.names(), Names{"f"});
 }
 
+TEST_F(QngetOutput, MakesAFileOfTheUrlsNameInTheWorkingFolder) {
+  const std::string url = LocalUrl(server_.port(), "/a/b%20c.mms?id=1");
+
+  RunQnget({"-O", url}, {.folder = folder_.path()});
+
+  EXPECT_TRUE(folder_.read("b c.mms") == body_);
+}
+
+TEST_F(QngetOutput, IsAFileOfItsOwnWhereTheUrlsNameIsADash) {
+  RunQnget({"--remote-name", LocalUrl(server_.port(), "/-")}, {.folder = folder_.path()});
+
+  EXPECT_TRUE(folder_.read("-") == body_);
+}
+
 TEST_F(QngetOutput, MakesAFileInTheWorkingFolder) {
   RunQnget({"--output", "f", url()}, {.folder = folder_.path()});
 

@@ -1,5 +1,5 @@
-// The progress line of qnget: on a terminal that does not show the body, and
-// nowhere else.
+// qnget on a terminal: its progress line, where the terminal does not show the
+// body, and what becomes of a body that it shows.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -20,7 +20,7 @@ using testing::Not;
 using testing::StartsWith;
 
 struct Line {
-  int64_t received;
+  int64_t count;
   int64_t expected;
   double seconds;
   const char *text;
@@ -42,7 +42,7 @@ TEST(QngetProgressText, TellsBytesPercentAndRate) {
       {5, -1, 0, "5 B, 5.0 kB/s"},
   };
   for (const Line &line : lines) {
-    EXPECT_EQ(qnget::ProgressText(line.received, line.expected, line.seconds), line.text);
+    EXPECT_EQ(qnget::ProgressText(line.count, line.expected, line.seconds), line.text);
   }
 }
 
@@ -97,6 +97,13 @@ TEST_F(QngetProgress, IsNotShownInAPipe) {
   EXPECT_EQ(result.output + result.error, "");
 }
 
+TEST_F(QngetProgress, IsNotShownWhereSilenceIsWanted) {
+  const ProcessResult result = RunQnget({"-s", url()}, {.error = Sink::kTerminal});
+
+  EXPECT_EQ(result.output.size(), 300000u);
+  EXPECT_EQ(result.error, "");
+}
+
 TEST_F(QngetProgress, IsNotShownWithoutABody) {
   ScriptedServer server({AnswerWith(Answer(""))});
 
@@ -123,6 +130,94 @@ TEST_F(QngetProgress, EndsItsLineWhenTheTransferBreaksOff) {
       RunQnget({"--timeout=0.5", LocalUrl(server.port())}, {.error = Sink::kTerminal});
 
   EXPECT_THAT(result.error, testing::MatchesRegex("\r.* %, .*/s *\nqnget: timed out .*\n"));
+}
+
+TEST(QngetSilence, HoldsNoErrorsBack) {
+  const RefusingPort port;
+
+  EXPECT_THAT(RunQnget({"--silent", LocalUrl(port.port())}).error, StartsWith("qnget: "));
+}
+
+class QngetUpload : public testing::Test {
+ protected:
+  const std::string body_ = std::string(300000, 'x');
+  ScriptedServer server_{{AnswerBodyWith(body_.size(), Answer("taken"))}};
+  const std::string url_ = LocalUrl(server_.port());
+};
+
+TEST_F(QngetUpload, HasALineOfItsOwnBeforeThatOfTheAnswer) {
+  const ProcessResult result =
+      RunQnget({"--data", "-", url_}, {.input = body_, .error = Sink::kTerminal});
+
+  EXPECT_THAT(result.error, StartsWith("\rsent "));
+  EXPECT_THAT(result.error, testing::ContainsRegex(
+                                "\rsent 300.0 kB of 300.0 kB, 100 %, [^/]*/s *\n\r5 B of 5 B"));
+}
+
+TEST_F(QngetUpload, IsOverBeforeAnythingIsSaidOfTheAnswer) {
+  const ProcessResult result =
+      RunQnget({"--data", "-", "-i", url_}, {.input = body_, .error = Sink::kTerminal});
+
+  EXPECT_THAT(result.error, HasSubstr("\nstatus: 200\n"));
+}
+
+TEST_F(QngetUpload, IsShownOfARawExchangeToo) {
+  const ProcessResult result =
+      RunQnget({"--data", "-", "--raw", url_}, {.input = body_, .error = Sink::kTerminal});
+
+  EXPECT_THAT(result.error, HasSubstr("\rsent 300.0 kB of 300.0 kB, 100 %, "));
+}
+
+TEST_F(QngetUpload, IsNotShownInAPipe) {
+  EXPECT_EQ(RunQnget({"--data", "-", url_}, {.input = body_}).error, "");
+}
+
+TEST(QngetUploadThatFails, LeavesALineOfItsOwnToAMessage) {
+  ScriptedServer server({{ReadHeader(), Reset()}});
+
+  const ProcessResult result =
+      RunQnget({"--data", "-", LocalUrl(server.port())},
+               {.input = std::string(20000000, 'x'), .error = Sink::kTerminal});
+
+  EXPECT_THAT(result.error, testing::ContainsRegex("/s *\nqnget: "));
+}
+
+class QngetBinary : public testing::Test {
+ protected:
+  // Runs qnget on a terminal against a server that gives such a body.
+  static ProcessResult Show(const std::string &body, std::vector<std::string> arguments = {}) {
+    ScriptedServer server({AnswerWith(Answer(body))});
+    arguments.push_back(LocalUrl(server.port()));
+    return RunQnget(arguments, {.output = Sink::kTerminal});
+  }
+
+  const std::string binary_{"MMS\0x", 5};
+};
+
+TEST_F(QngetBinary, IsKeptFromATerminal) {
+  const ProcessResult result = Show(binary_);
+
+  EXPECT_EQ(result.exit_code, 6);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.error, Message("the body is binary and would spoil the terminal; -o FILE keeps "
+                                  "it, -o - shows it all the same"));
+}
+
+TEST_F(QngetBinary, IsShownToWhomAsksForIt) {
+  EXPECT_EQ(Show(binary_, {"-o", "-"}).output, binary_);
+}
+
+TEST_F(QngetBinary, IsWhatHasAZeroAmongItsFirstBytes) {
+  const std::string zero(1, '\0');
+
+  EXPECT_EQ(Show(std::string(1999, 'x') + zero).exit_code, 6);
+  EXPECT_EQ(Show(std::string(2000, 'x') + zero).exit_code, 0);
+}
+
+TEST_F(QngetBinary, GoesIntoAPipe) {
+  ScriptedServer server({AnswerWith(Answer(binary_))});
+
+  EXPECT_EQ(RunQnget({LocalUrl(server.port())}).output, binary_);
 }
 
 // Each of a hundred pieces of the answer comes out of the library by itself.
