@@ -4,8 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
+#include <string_view>
 
 namespace qnget {
 namespace {
@@ -41,22 +40,6 @@ std::string CheckHeaderValue(const std::string &value) {
 std::string CheckContentType(const std::string &value) {
   if (value.size() > kLongestPiece) return "longer than 2000 bytes";
   return CheckHeaderValue(value);
-}
-
-std::optional<Proxy> ReadProxy(std::string_view text) {
-  const size_t colon = text.rfind(':');
-  if (colon == std::string_view::npos || colon == 0) return {};
-  const std::string_view host = text.substr(0, colon);
-  const std::string_view digits = text.substr(colon + 1);
-  if (host.find_first_of(":/ ") != std::string_view::npos) return {};
-  uint16_t port = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), port);
-  if (error != std::errc() || end != digits.data() + digits.size() || port == 0) return {};
-  return Proxy{std::string(host), port};
-}
-
-std::string CheckProxy(const std::string &text) {
-  return ReadProxy(text) ? "" : "not HOST:PORT with a port from 1 to 65535: " + text;
 }
 
 std::string CheckTimeout(const std::string &text) {

@@ -1,6 +1,7 @@
 #include "config.h"
 
 #include "cache.h"
+#include "checks.h"
 #include "failure.h"
 #include "settings.h"
 

@@ -6,8 +6,11 @@
 #include <algorithm>
 #include <iostream>
 #include <map>
+#include <set>
 
+#include "checks.h"
 #include "failure.h"
+#include "proxy_environment.h"
 #include "qnstack/qn_version.h"
 #include "remote_name.h"
 #include "settings.h"
@@ -54,6 +57,8 @@ struct Raw {
   std::map<std::string, std::string> settable;  // by its key as a setting
   std::string data;
   std::string content_type;
+  std::set<std::string> set;  // the keys that the settings have
+  bool no_proxy = false;
   bool remote_name = false;
   bool list_cache = false;
   bool clear_cache = false;
@@ -85,7 +90,13 @@ void AddRequestOptions(CLI::App &app, Options &options, Raw &raw) {
                  "GET, HEAD, POST or PUT; GET if it is not given, POST with --data")
       ->check(CLI::IsMember({"GET", "HEAD", "POST", "PUT"}))
       ->type_name("METHOD");
-  AddSettable(app, raw, "-p,--proxy", "proxy", "Ask through the gateway at HOST:PORT", "HOST:PORT");
+  AddSettable(
+      app, raw, "-p,--proxy", "proxy",
+      "Ask through the gateway at HOST:PORT, as in proxy:8080 or http://proxy:8080; with an "
+      "empty text ask the server itself",
+      "HOST:PORT");
+  app.add_flag("--no-proxy", raw.no_proxy, "Ask the server itself, whatever else names a proxy")
+      ->excludes("--proxy");
   app.add_option("--data", raw.data, "Send FILE as the request body; - is standard input")
       ->type_name("FILE");
   app.add_option("--content-type", raw.content_type,
@@ -197,13 +208,14 @@ void FillInSettings(const CLI::App &app, const Options &options, Raw &raw) {
       throw Failure(kUsage, std::string("setting ") + kind.key + ": " + Printable(problem));
     }
     raw.settable[kind.key] = *value;
+    raw.set.insert(kind.key);
   }
 }
 
 // What has neither been given nor set is not sent.
 void DropUnset(const CLI::App &app, Raw &raw) {
   std::erase_if(raw.settable, [&](const auto &item) {
-    return item.second.empty() && app.count("--" + item.first) == 0;
+    return app.count("--" + item.first) == 0 && !raw.set.contains(item.first);
   });
 }
 
@@ -227,9 +239,6 @@ void FillIn(const CLI::App &app, const Raw &raw, Options &options) {
   header("user-agent", "User-Agent");
   header("profile", "Profile");
   header("accept-language", "Accept-Language");
-  if (const auto proxy = raw.settable.find("proxy"); proxy != raw.settable.end()) {
-    options.proxy = ReadProxy(proxy->second);
-  }
   if (const auto timeout = raw.settable.find("timeout"); timeout != raw.settable.end()) {
     CLI::detail::lexical_cast(timeout->second, options.timeout);
   }
@@ -237,6 +246,14 @@ void FillIn(const CLI::App &app, const Raw &raw, Options &options) {
   if (app.count("--content-type") > 0) options.content_type = raw.content_type;
   if (options.method.empty()) options.method = options.data ? "POST" : "GET";
   if (raw.remote_name && app.count("URL") > 0) options.output = RemoteName(options.url);
+}
+
+// An empty text is a choice too.
+void ChooseProxy(const Raw &raw, Options &options) {
+  if (raw.no_proxy) return;
+  const auto chosen = raw.settable.find("proxy");
+  if (chosen == raw.settable.end()) return TakeProxyFromEnvironment(options);
+  options.proxy = ReadProxy(chosen->second);
 }
 
 void CheckTransfer(const CLI::App &app, const Options &options) {
@@ -273,6 +290,19 @@ void FindTask(const CLI::App &app, const Raw &raw, Options &options) {
   if (raw.clear_cache) options.task = Task::kClearCache;
 }
 
+// The words after the program's name, the last one first. CLI11 would take the
+// word after "--name=" for its value, which is empty.
+std::vector<std::string> Words(int argc, const char *const *argv) {
+  std::vector<std::string> words;
+  for (int i = argc - 1; i > 0; --i) {
+    const std::string word = argv[i];
+    const bool empty_value = word.starts_with("--") && word.find('=') + 1 == word.size();
+    if (empty_value) words.emplace_back();
+    words.push_back(empty_value ? word.substr(0, word.size() - 1) : word);
+  }
+  return words;
+}
+
 void Print(const std::string &text) {
   std::cout << text << std::flush;
   if (!std::cout) throw Failure(kNotWritten, "could not write standard output");
@@ -292,7 +322,7 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   AddStoreOptions(app, options, raw);
   AddConfigCommands(app, options);
   try {
-    app.parse(argc, argv);
+    app.parse(Words(argc, argv));
   } catch (const CLI::CallForHelp &) {
     Print(app.help());
     return {};
@@ -311,6 +341,7 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   if (app.count("URL") > 0) ReadSettings(app, options, raw);
   FillIn(app, raw, options);
   CheckTransfer(app, options);
+  ChooseProxy(raw, options);
   return options;
 }
 

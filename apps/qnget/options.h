@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "checks.h"
+#include "proxy.h"
 
 namespace qnget {
 
@@ -32,6 +32,7 @@ struct Options {
   std::string url;
   std::string method;                                        // GET, HEAD, POST or PUT
   std::optional<Proxy> proxy;                                // none: straight to the server
+  std::vector<NoProxyEntry> no_proxy;                        // asked without it all the same
   std::vector<std::pair<std::string, std::string>> headers;  // for the header table
   std::optional<std::string> data;                           // file of the request body, "-": input
   std::optional<std::string> content_type;                   // of that body

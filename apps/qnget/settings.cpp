@@ -6,6 +6,7 @@
 
 #include "checks.h"
 #include "failure.h"
+#include "proxy.h"
 
 namespace qnget {
 namespace {

@@ -5,6 +5,7 @@
 
 #include <string_view>
 
+#include "checks.h"
 #include "info.h"
 #include "signals.h"
 
@@ -64,7 +65,6 @@ const char *EncodingText(const QNHttpCtx &ctx) {
 
 Stack::Stack(const Options &options) {
   if (fnQNStack_Http_InitStack() != 0) throw Failure(kNotConnected, "no sockets to be had");
-  if (options.proxy) fnQNStack_Http_SetProxy(options.proxy->host.c_str(), options.proxy->port);
   for (const auto &[name, value] : options.headers) {
     fnQNStack_Http_Head_Write(name.c_str(), value.c_str());
   }
@@ -78,14 +78,23 @@ Stack::~Stack() {
 Transfer::Transfer(const Options &options, const std::string &body, AnswerRecord *record)
     : options_(options),
       record_(record),
-      hop_(options.proxy),
+      hop_({}),
       ctx_(OpenContext(options, body)),
       url_(options.url),
       chunk_(kChunk) {
   if (ctx_ == nullptr) throw Failure(kNotConnected, "out of memory");
   if (!IsPort(ctx_->port)) throw Failure(kUsage, std::string("URL: ") + kBadPort);
   ctx_->retCtxLen = kUnknown;
+  ChooseWay();
   SetLastWords(hop_.Doing(*ctx_));
+}
+
+// The library looks at its proxy when it resolves the next name.
+void Transfer::ChooseWay() {
+  const std::string host = ctx_->hostname == nullptr ? "" : ctx_->hostname;
+  const std::optional<Proxy> proxy = ProxyFor(options_, host, ctx_->port);
+  fnQNStack_Http_SetProxy(proxy ? proxy->host.c_str() : nullptr, proxy ? proxy->port : 0);
+  hop_ = Hop(proxy);
 }
 
 int Transfer::Run(Output &output, Progress &progress) {
@@ -148,6 +157,7 @@ void Transfer::NoteRedirect() {
   RefuseUnusableRedirect();
   ctx_->retCtxLen = kUnknown;
   ctx_->retValue = 0;
+  ChooseWay();
   SetLastWords(hop_.Doing(*ctx_));
 }
 

@@ -50,6 +50,7 @@ class Transfer {
     void operator()(QNHttpCtx *ctx) const { fnQNStack_Http_FreeCtx(ctx); }
   };
 
+  void ChooseWay();
   void ReadHead(Progress &progress);
   void ReadHeaderLines();
   void StepTo(int32_t result);

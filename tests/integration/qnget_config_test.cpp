@@ -201,8 +201,10 @@ TEST_F(QngetConfig, RefusesAValueThatNoOptionWouldTake) {
   const ProcessResult result = Run({"http://127.0.0.1:9/"});
 
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_EQ(result.error,
-            Message("setting proxy: not HOST:PORT with a port from 1 to 65535: gateway"));
+  EXPECT_EQ(
+      result.error,
+      Message(
+          "setting proxy: not HOST:PORT or http://HOST:PORT with a port from 1 to 65535: gateway"));
 }
 
 TEST_F(QngetConfig, IgnoresKeysThatItDoesNotKnow) {

@@ -20,14 +20,17 @@ std::vector<std::string> Command(const char *program, const std::vector<std::str
   return command;
 }
 
-// The settings of whoever runs the tests are none of theirs.
-class NoUserFolder : public testing::Environment {
+// The settings and the proxy of whoever runs the tests are none of theirs.
+class NoUser : public testing::Environment {
  public:
-  void SetUp() override { setenv("XDG_CACHE_HOME", "/nonexistent", 1); }
+  void SetUp() override {
+    setenv("XDG_CACHE_HOME", "/nonexistent", 1);
+    for (const char *variable : {"http_proxy", "no_proxy", "NO_PROXY"}) unsetenv(variable);
+  }
 };
 
-[[maybe_unused]] const testing::Environment *const kNoUserFolder =
-    testing::AddGlobalTestEnvironment(new NoUserFolder);
+[[maybe_unused]] const testing::Environment *const kNoUser =
+    testing::AddGlobalTestEnvironment(new NoUser);
 
 }  // namespace
 
