@@ -10,6 +10,7 @@
 
 #include "checks.h"
 #include "failure.h"
+#include "help.h"
 #include "proxy_environment.h"
 #include "qnstack/qn_version.h"
 #include "remote_name.h"
@@ -24,18 +25,30 @@ constexpr double kLongestDelay = 3600;
 constexpr size_t kLongestOperator = 100;
 
 constexpr const char *kFooter =
-    "A word 'config' in the place of the URL is the command; ask for a server of that name by\n"
-    "http://config/. See qnget config --help.\n\n"
+    "A word 'config' in the place of the URL is the command; ask for a server of\n"
+    "that name by http://config/. 'qnget config set --help' lists what can be set.\n"
+    "A FILE that is given with -o appears only when the answer is complete.\n\n"
+    "Examples:\n"
+    "  qnget -i -o message.mms -p 127.0.0.1:8080 'http://mmsc.example/message?id=1'\n"
+    "  qnget --data message.mms --content-type application/vnd.wap.mms-message \\\n"
+    "      http://mmsc.example/\n\n"
     "Exit codes:\n"
     "  0   success\n"
-    "  1   wrong usage, a --data file that cannot be read, or a setting that is not set\n"
+    "  1   wrong usage, a --data file that cannot be read, or a setting that is not\n"
+    "      set\n"
     "  2   the name of the server or the proxy did not resolve\n"
     "  3   no connection, or sending failed\n"
     "  4   receiving failed, the answer is incomplete, or the time was up\n"
     "  5   more than 10 redirects\n"
-    "  6   the output, the trace file, the settings or the emptied cache could not be written\n"
-    "  22  the answer's status is 400 or above (its body is delivered all the same)\n"
-    "A FILE that is given with -o appears only when the answer is complete.";
+    "  6   the output, the trace file, the settings or the emptied cache could not be\n"
+    "      written\n"
+    "  7   a redirect to https, which qnget does not speak\n"
+    "  22  the answer's status is 400 or above (without --fail its body is delivered\n"
+    "      all the same)";
+
+constexpr const char *kConfigFooter =
+    "What is set stands in for an option that is not given. The options --root and\n"
+    "--operator of qnget go with these commands; see qnget --help.";
 
 std::string VersionText() {
   return "qnget " + std::to_string(QNSTACK_VERSION_MAJOR) + "." +
@@ -84,16 +97,17 @@ void AddSettable(CLI::App &app, Raw &raw, const std::string &names, const char *
 }
 
 void AddRequestOptions(CLI::App &app, Options &options, Raw &raw) {
+  app.option_defaults()->group("Request");
   app.add_option("URL", options.url, "What to ask for, as in http://host:port/path")
       ->check(CLI::Validator(ProblemOfUrl, ""));
   app.add_option("-X,--method", options.method,
-                 "GET, HEAD, POST or PUT; GET if it is not given, POST with --data")
-      ->check(CLI::IsMember({"GET", "HEAD", "POST", "PUT"}))
+                 "GET, HEAD, POST or PUT (default: GET, with --data POST)")
+      ->check(CLI::IsMember({"GET", "HEAD", "POST", "PUT"}).description(""))
       ->type_name("METHOD");
   AddSettable(
       app, raw, "-p,--proxy", "proxy",
-      "Ask through the gateway at HOST:PORT, as in proxy:8080 or http://proxy:8080; with an "
-      "empty text ask the server itself",
+      "Ask through the gateway at HOST:PORT or http://HOST:PORT; an empty text is none (default: "
+      "$http_proxy, but for hosts in $no_proxy)",
       "HOST:PORT");
   app.add_flag("--no-proxy", raw.no_proxy, "Ask the server itself, whatever else names a proxy")
       ->excludes("--proxy");
@@ -104,20 +118,26 @@ void AddRequestOptions(CLI::App &app, Options &options, Raw &raw) {
       ->check(CLI::Validator(CheckContentType, ""))
       ->needs("--data")
       ->type_name("TYPE");
-  AddSettable(app, raw, "--user-agent", "user-agent", "The User-Agent header", "TEXT");
-  AddSettable(app, raw, "--profile", "profile", "The Profile header: URL of the handset's profile",
+  AddSettable(app, raw, "--user-agent", "user-agent",
+              "The User-Agent header (default: a handset's, MRV-WIN K415)", "TEXT");
+  AddSettable(app, raw, "--profile", "profile",
+              "The Profile header: URL of the handset's profile (default: that of the MRV-K415)",
               "URL");
-  AddSettable(app, raw, "--accept", "accept", "The Accept header", "TYPES");
-  AddSettable(app, raw, "--accept-language", "accept-language", "The Accept-Language header",
-              "LANGUAGES");
+  AddSettable(app, raw, "--accept", "accept",
+              "The Accept header (default: */*,application/vnd.wap.mms-message,text/html)",
+              "TYPES");
+  AddSettable(app, raw, "--accept-language", "accept-language",
+              "The Accept-Language header (default: en)", "LANGUAGES");
 }
 
 void AddOutputOptions(CLI::App &app, Options &options, Raw &raw) {
+  app.option_defaults()->group("Output");
   app.add_option("-o,--output", options.output,
-                 "Write the body to FILE, complete or not at all; - is standard output")
+                 "Write the body to FILE, complete or not at all; - is standard output, also for "
+                 "binary bytes on a terminal (default: standard output)")
       ->type_name("FILE");
   app.add_flag("-O,--remote-name", raw.remote_name,
-               "Write it to a file of the name that the URL ends in, in the working folder")
+               "Write the body to a file of the name that the URL ends in, in the working folder")
       ->excludes("--output");
   app.add_flag("-f,--fail", options.fail,
                "Deliver no body of an answer whose status is 400 or above");
@@ -127,19 +147,21 @@ void AddOutputOptions(CLI::App &app, Options &options, Raw &raw) {
   app.add_flag("--raw", options.raw,
                "Deliver the answer as it comes, with its header; follow no redirect");
   app.add_option("--charset", options.charset,
-                 "Decode a text body to UTF-8 from the character set MIBENUM: " + KnownCharsets())
+                 "Decode a text body to UTF-8 from the character set MIBENUM: " + KnownCharsets() +
+                     " (default: as it comes)")
       ->check(CLI::Validator(CheckCharset, ""))
       ->type_name("MIBENUM");
   app.add_option("--trace", options.trace,
-                 "Keep the library's trace lines in FILE; - is standard error")
+                 "Keep the library's trace lines in FILE; - is standard error (default: nowhere)")
       ->type_name("FILE");
 }
 
 void AddPatienceOptions(CLI::App &app, Options &options, Raw &raw) {
+  app.option_defaults()->group("Time and retries");
   AddSettable(app, raw, "--timeout", "timeout",
-              "Give up after SECONDS for everything, retries included", "SECONDS");
+              "Give up after SECONDS for everything, retries included (default: never)", "SECONDS");
   app.add_option("--retry", options.retries,
-                 "Try up to N times more where no status came, after doubling pauses")
+                 "Try up to N times more where no status came, after doubling pauses (default: 0)")
       ->check(Between(0, kMostRetries, "from 0 to 20 times"))
       ->type_name("N");
   app.add_option("--retry-delay", options.retry_delay, "The first of these pauses (default: 1)")
@@ -148,6 +170,7 @@ void AddPatienceOptions(CLI::App &app, Options &options, Raw &raw) {
 }
 
 void AddStoreOptions(CLI::App &app, Options &options, Raw &raw) {
+  app.option_defaults()->group("Cache and settings");
   app.add_flag("--cache", options.cache,
                "Deliver a fresh answer from the cache, and keep what may be kept; GET alone");
   app.add_flag("--cache-list", raw.list_cache,
@@ -172,9 +195,18 @@ std::string CheckKey(const std::string &key) {
   return "no setting '" + key + "'; there are" + known;
 }
 
+std::string KeysHelp(CLI::App &app) {
+  std::string text = "Keys, each the name of an option:\n";
+  for (const SettingKind &kind : SettingKinds()) {
+    const CLI::Option *option = app.get_option(std::string("--") + kind.key);
+    text += HelpEntry(kind.key, option->get_description());
+  }
+  return text + "\n" + kConfigFooter;
+}
+
 void AddConfigCommands(CLI::App &app, Options &options) {
   CLI::App *config = app.add_subcommand("config", "Keep defaults for options in the settings");
-  config->fallthrough()->require_subcommand(1);
+  config->fallthrough()->require_subcommand(1)->footer(kConfigFooter);
   const auto add = [&](const char *name, const char *help, Task task) {
     CLI::App *command = config->add_subcommand(name, help);
     command->fallthrough()->callback([&options, task] { options.task = task; });
@@ -186,6 +218,7 @@ void AddConfigCommands(CLI::App &app, Options &options) {
     return command;
   };
   add("set", "Set a default", Task::kSetSetting)
+      ->footer(KeysHelp(app))
       ->add_option("VALUE", options.value, "What the option would be given")
       ->required();
   add("get", "Print one setting", Task::kGetSetting);
@@ -314,7 +347,11 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   CLI::App app("Fetches or sends a message over HTTP/1.0, as a handset does.", "qnget");
   Options options;
   Raw raw;
-  app.set_version_flag("--version", VersionText());
+  app.set_help_flag("-h,--help", "Print this help");
+  app.set_version_flag("--version", VersionText(), "Print the version");
+  app.formatter_fn([](const CLI::App *command, const std::string &name, CLI::AppFormatMode) {
+    return HelpText(*command, name);
+  });
   app.footer(kFooter);
   AddRequestOptions(app, options, raw);
   AddOutputOptions(app, options, raw);

@@ -35,9 +35,9 @@ class HostileQnget : public qntest::HostileTest {
     Serve({script});
     std::vector<std::string> command = {QNGET_PROGRAM, "--root",    root_.path(), "-o",
                                         output,        "--timeout", seconds};
-    if (GetParam() == qntest::Route::kProxy) {
-      command.insert(command.end(), {"--proxy", "127.0.0.1:" + std::to_string(server().port())});
-    }
+    // An empty name keeps the proxy of whoever runs the tests out.
+    const std::string proxy = "127.0.0.1:" + std::to_string(server().port());
+    command.insert(command.end(), {"--proxy", GetParam() == qntest::Route::kProxy ? proxy : ""});
     command.push_back(Url());
     return RunProgram(command);
   }

@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <sstream>
+
 #include "qnget_program.h"
 #include "support/process.h"
 #include "support/scratch_folder.h"
@@ -148,12 +150,34 @@ TEST(QngetHelp, NamesEveryOption) {
   const ProcessResult result = RunQnget({"--help"});
 
   EXPECT_EQ(result.exit_code, 0);
-  for (const char *option :
-       {"-p,--proxy", "--user-agent", "--profile",      "--accept ",    "--accept-language",
-        "-X,",        "--data",       "--content-type", "-o,",          "-i,",
-        "--raw",      "--trace",      "--timeout",      "--retry ",     "--retry-delay",
-        "--version",  "-h,--help",    "--cache ",       "--cache-list", "--cache-clear",
-        "--root",     "--operator",   "A word 'config'"}) {
+  for (const char *option : {"-p, --proxy",
+                             "--user-agent",
+                             "--profile",
+                             "--accept ",
+                             "--accept-language",
+                             "-X,",
+                             "--data",
+                             "--content-type",
+                             "-o,",
+                             "-i,",
+                             "--raw",
+                             "--trace",
+                             "--timeout",
+                             "--retry ",
+                             "--retry-delay",
+                             "--version",
+                             "-h, --help",
+                             "--cache ",
+                             "--cache-list",
+                             "--cache-clear",
+                             "--root",
+                             "--operator",
+                             "A word 'config'",
+                             "-O, --remote-name",
+                             "-f, --fail",
+                             "-s, --silent",
+                             "--no-proxy",
+                             "--charset MIBENUM"}) {
     EXPECT_THAT(result.output, HasSubstr(option));
   }
 }
@@ -161,9 +185,56 @@ TEST(QngetHelp, NamesEveryOption) {
 TEST(QngetHelp, NamesEveryExitCode) {
   const std::string help = RunQnget({"--help"}).output;
 
-  for (const char *code :
-       {"\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ", "\n  5 ", "\n  6 ", "\n  22 "}) {
+  for (const char *code : {"\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ", "\n  5 ", "\n  6 ",
+                           "\n  7 ", "\n  22 "}) {
     EXPECT_THAT(help, HasSubstr(code));
+  }
+}
+
+TEST(QngetHelp, TellsDefaultsAndGivesTwoExamples) {
+  const std::string help = RunQnget({"--help"}).output;
+
+  for (const char *text :
+       {"(default: GET", "pauses (default: 1)", "$http_proxy, but for hosts",
+        "\nExamples:\n  qnget -i -o message.mms", "\n  qnget --data message.mms "}) {
+    EXPECT_THAT(help, HasSubstr(text));
+  }
+}
+
+class QngetHelpOf : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(QngetHelpOf, FitsInto80Columns) {
+  std::vector<std::string> arguments = GetParam();
+  arguments.push_back("--help");
+  const ProcessResult result = RunQnget(arguments);
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_THAT(result.output, HasSubstr("\nUsage: qnget"));
+  std::istringstream lines(result.output);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(line.size(), 80u) << line;
+    EXPECT_FALSE(line.ends_with(' ')) << line;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Qnget, QngetHelpOf,
+                         testing::ValuesIn(std::vector<std::vector<std::string>>{
+                             {},
+                             {"config"},
+                             {"config", "set"},
+                             {"config", "get"},
+                             {"config", "list"},
+                             {"config", "unset"}}));
+
+TEST(QngetHelp, OfSettingListsTheKeysWithWhatTheyMean) {
+  const std::string help = RunQnget({"config", "set", "--help"}).output;
+
+  for (const char *text :
+       {"\n  proxy                   Ask through ", "\n  user-agent              The User-Agent ",
+        "\n  profile                 The Profile ", "\n  accept                  The Accept ",
+        "\n  accept-language         The Accept-Language ",
+        "\n  timeout                 Give up after SECONDS "}) {
+    EXPECT_THAT(help, HasSubstr(text));
   }
 }
 
