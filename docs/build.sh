@@ -22,6 +22,7 @@ reference() {
 program_page() {
   QNGET=$qnget help2man --no-info --section=1 --include=docs/man/qnget.h2m docs/man/qnget_help.sh |
     sed -e 's/^\.SS "Exit codes:"$/.SH "EXIT STATUS"/' -e 's/^\.SS "Settings:"$/.SH SETTINGS/' \
+      -e '/^\.SS/s/:"$/"/' \
       -e "/^\.TH/s/\"[A-Z][a-z]* [0-9]*\"/\"$day\"/" >"$output/man/qnget.1"
 }
 

@@ -347,8 +347,8 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   CLI::App app("Fetches or sends a message over HTTP/1.0, as a handset does.", "qnget");
   Options options;
   Raw raw;
-  app.set_help_flag("-h,--help", "Print this help");
-  app.set_version_flag("--version", VersionText(), "Print the version");
+  app.set_help_flag("-h,--help", "Print this help")->group("Help");
+  app.set_version_flag("--version", VersionText(), "Print the version")->group("Help");
   app.formatter_fn([](const CLI::App *command, const std::string &name, CLI::AppFormatMode) {
     return HelpText(*command, name);
   });
