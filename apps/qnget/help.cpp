@@ -35,10 +35,9 @@ std::string Names(const CLI::Option &option) {
 
 // " (not with --cache, --raw)".
 std::string Condition(const char *words, const std::set<CLI::Option *> &others) {
-  std::vector<std::string> names;
-  for (const CLI::Option *other : others) names.push_back(other->get_name());
+  std::set<std::string> names;
+  for (const CLI::Option *other : others) names.insert(other->get_name());
   if (names.empty()) return {};
-  std::sort(names.begin(), names.end());
   return std::string(" (") + words + " " + CLI::detail::join(names, ", ") + ")";
 }
 

@@ -36,28 +36,40 @@ bool IsHost(std::string_view text) {
   });
 }
 
-// A password must not come to light in a message, so such a text is not repeated.
-Reading Read(std::string_view text) {
-  if (text.empty()) return {};
-  if (text.find('@') != std::string_view::npos) {
-    return {{}, "a proxy that wants a user's name and password is not supported"};
-  }
-  const Reading refused{{}, kNoProxyAddress + std::string(text)};
-  const size_t scheme = text.find(kBehindScheme);
-  const bool has_scheme = scheme != std::string_view::npos;
-  if (has_scheme) {
-    if (!EqualIgnoringCase(text.substr(0, scheme), kScheme)) {
-      return {{}, "a proxy is asked in plain HTTP, not by https or socks: " + std::string(text)};
-    }
-    text.remove_prefix(scheme + kBehindScheme.size());
-    if (text.ends_with('/')) text.remove_suffix(1);
-  }
+// Takes "http://" off the text, and a '/' at its end; false for another scheme.
+bool TakeScheme(std::string_view &text) {
+  const size_t end = text.find(kBehindScheme);
+  if (end == std::string_view::npos) return true;
+  if (!EqualIgnoringCase(text.substr(0, end), kScheme)) return false;
+  text.remove_prefix(end + kBehindScheme.size());
+  if (text.ends_with('/')) text.remove_suffix(1);
+  return true;
+}
+
+std::optional<Proxy> ReadHostAndPort(std::string_view text, std::optional<int32_t> default_port) {
   const size_t colon = text.find(':');
   const bool has_port = colon != std::string_view::npos;
-  if (!IsHost(text.substr(0, colon)) || (!has_port && !has_scheme)) return refused;
-  const std::optional<int32_t> port = has_port ? ReadPort(text.substr(colon + 1)) : kPortOfHttp;
-  if (!port) return refused;
-  return {Proxy{std::string(text.substr(0, colon)), *port}, {}};
+  const std::string_view host = text.substr(0, colon);
+  const auto port = has_port ? ReadPort(text.substr(colon + 1)) : default_port;
+  if (!IsHost(host) || !port) return {};
+  return Proxy{std::string(host), *port};
+}
+
+// A password must not come to light in a message, so such a text is not repeated.
+Reading Read(const std::string &text) {
+  if (text.empty()) return {};
+  if (text.find('@') != std::string::npos) {
+    return {{}, "a proxy that wants a user's name and password is not supported"};
+  }
+  std::string_view rest = text;
+  if (!TakeScheme(rest)) {
+    return {{}, "a proxy is asked in plain HTTP, not by https or socks: " + text};
+  }
+  const bool has_scheme = rest.size() < text.size();
+  const auto port = has_scheme ? std::optional<int32_t>(kPortOfHttp) : std::nullopt;
+  const std::optional<Proxy> proxy = ReadHostAndPort(rest, port);
+  if (!proxy) return {{}, kNoProxyAddress + text};
+  return {proxy, {}};
 }
 
 NoProxyEntry ReadEntry(std::string_view text) {
@@ -107,7 +119,7 @@ bool Holds(const NoProxyEntry &entry, std::string_view host, int32_t port) {
 
 }  // namespace
 
-std::optional<Proxy> ReadProxy(std::string_view text) { return Read(text).proxy; }
+std::optional<Proxy> ReadProxy(const std::string &text) { return Read(text).proxy; }
 
 std::string CheckProxy(const std::string &text) { return Read(text).problem; }
 

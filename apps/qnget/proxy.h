@@ -28,7 +28,7 @@ struct NoProxyEntry {
  * Reads HOST:PORT, http://HOST:PORT or http://HOST, where the port is 80; nothing
  * for an empty text, which means no proxy, and for any other.
  */
-std::optional<Proxy> ReadProxy(std::string_view text);
+std::optional<Proxy> ReadProxy(const std::string &text);
 
 /** Why a text is neither empty nor a proxy's address. */
 std::string CheckProxy(const std::string &text);

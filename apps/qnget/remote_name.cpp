@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <string_view>
 
 #include "failure.h"
@@ -37,7 +38,8 @@ std::string Decoded(std::string_view segment) {
   std::string name(segment);
   if (!EscapesAreWhole(name)) return name;
   fnQNFS_URL_ZM(name.data());
-  return name.c_str();
+  name.resize(std::strlen(name.data()));
+  return name;
 }
 
 std::string ProblemOfName(const std::string &name) {
