@@ -147,8 +147,8 @@ void AddOutputOptions(CLI::App &app, Options &options, Raw &raw) {
   app.add_flag("--raw", options.raw,
                "Deliver the answer as it comes, with its header; follow no redirect");
   app.add_option("--charset", options.charset,
-                 "Decode a text body to UTF-8 from the character set MIBENUM: " + KnownCharsets() +
-                     " (default: as it comes)")
+                 "Decode a text body to UTF-8 from the character set MIBENUM; there are " +
+                     KnownCharsets() + " (default: as it comes)")
       ->check(CLI::Validator(CheckCharset, ""))
       ->type_name("MIBENUM");
   app.add_option("--trace", options.trace,

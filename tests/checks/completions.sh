@@ -37,8 +37,8 @@ same() { # WHAT EXPECTED WORD...
   local what=$1 expected=$2 proposed
   shift 2
   case $shell in
-    bash) proposed=$(propose_bash qnget "$@") ;;
-    zsh) proposed=$(propose_zsh qnget "$@") ;;
+    bash) proposed=$(propose_bash "$qnget" "$@") ;;
+    zsh) proposed=$(propose_zsh "$qnget" "$@") ;;
   esac
   diff <(tr ' ' '\n' <<<"$expected" | sort -u) <(sort -u <<<"$proposed") || {
     echo "$what: what qnget says (<) is not what $shell proposes (>)"
@@ -54,6 +54,7 @@ names() { # HEADING COMMAND...
     awk -v heading="$heading" '$0 == heading { on = 1; next } on && /^$/ { exit } on && /^  [a-z]/ { print $1 }'
 }
 
+# The long options, or those of which a pattern matches what follows.
 options() { # PATTERN
   "$qnget" --help | grep -oE "^  (-[A-Za-z], )?--[a-z-]+$1" | grep -oE -- '--[a-z-]+'
 }
@@ -62,7 +63,7 @@ complaint() { # ARGUMENT...
   "$qnget" "$@" http://127.0.0.1:9/ 2>&1 || true
 }
 
-same options "$(options '')" --
+same options "$(options "") $("$qnget" --help | grep -oE "^  -[A-Za-z]" | tr -d " ")" -
 same methods "$(complaint --method x | grep -oE '[A-Z]{3,}')" --method ''
 same "character sets" "$(complaint --charset x | grep -oE '[0-9]+ [(]' | tr -d ' (')" --charset ''
 same commands "$(names Commands: config)" config ''

@@ -1,6 +1,29 @@
-# Completion of qnget for bash: options, what belongs behind them, the commands
-# of the settings with their keys, and the operators that have settings.
+# Completion of qnget for bash. Options and what they take, the commands of the
+# settings and their keys are read from the program's help, so that they are those
+# of the qnget that is typed.
 # shellcheck shell=bash
+
+_qnget_help() { # COMMAND...
+  "${COMP_WORDS[0]/#\~\//$HOME/}" "$@" --help 2>/dev/null
+}
+
+# Says by name what each option takes, as in [-o]=FILE; nothing for a flag.
+_qnget_read_options() {
+  local line
+  while IFS= read -r line; do
+    [[ $line =~ ^\ \ ((-[A-Za-z]),\ )?(--[a-z-]+)(\ ([A-Z:]+))?(\ \ |$) ]] || continue
+    takes[${BASH_REMATCH[3]}]=${BASH_REMATCH[5]}
+    [[ -z ${BASH_REMATCH[2]} ]] || takes[${BASH_REMATCH[2]}]=${BASH_REMATCH[5]}
+  done < <(_qnget_help)
+}
+
+# The names below a heading of a help.
+_qnget_names() { # HEADING COMMAND...
+  local heading=$1
+  shift
+  _qnget_help "$@" |
+    awk -v heading="$heading" 'index($0, heading) == 1 { on = 1 } /^$/ { on = 0 } on && /^  [a-z]/ { print $1 }'
+}
 
 # The folder of the settings; --root, if it is among the words, names another.
 _qnget_folder() {
@@ -18,9 +41,10 @@ _qnget_folder() {
 _qnget_operators() {
   local file
   for file in "$(_qnget_folder)"/operator-*.ini; do
-    [[ -e $file ]] || continue
     file=${file##*/operator-}
-    printf '%s\n' "${file%.ini}"
+    file=${file%.ini}
+    # What is proposed is expanded by bash, and anybody may have named a file.
+    [[ ! $file =~ ^[A-Za-z0-9_-]+$ ]] || printf '%s\n' "$file"
   done
 }
 
@@ -30,66 +54,59 @@ _qnget_reply() { # WORD...
   mapfile -t COMPREPLY < <(compgen -W "$*" -- "$cur")
 }
 
-# What belongs behind an option; false if nothing does. Without a reply bash
-# completes a file's name.
-_qnget_value() { # OPTION
+# What belongs behind an option. Without a reply bash completes a file's name.
+_qnget_reply_value() { # WHAT
   case $1 in
-    -X | --method) _qnget_reply GET HEAD POST PUT ;;
-    --charset) _qnget_reply 3 4 106 1000 1015 ;;
-    --content-type) _qnget_reply application/vnd.wap.mms-message application/x-www-form-urlencoded ;;
-    --operator) _qnget_reply "$(_qnget_operators)" ;;
-    --root) compopt +o default -o dirnames 2>/dev/null || true ;;
-    -o | --output | --data | --trace) ;;
-    -p | --proxy | --user-agent | --profile | --accept | --accept-language | --timeout | --retry | \
-      --retry-delay) _qnget_reply ;;
-    *) return 1 ;;
+    FILE) ;;
+    DIR) compopt +o default -o dirnames 2>/dev/null ;;
+    METHOD) _qnget_reply GET HEAD POST PUT ;;
+    MIBENUM) _qnget_reply 3 4 106 1000 1015 ;;
+    NAME) _qnget_reply "$(_qnget_operators)" ;;
+    TYPE) _qnget_reply application/vnd.wap.mms-message application/x-www-form-urlencoded ;;
+    *) _qnget_reply ;;
   esac
 }
 
 # The words before the cursor that are neither options nor their values.
-_qnget_arguments() {
-  local i cur='' COMPREPLY
+_qnget_read_arguments() {
+  local i
   for ((i = 1; i < COMP_CWORD; i++)); do
-    if _qnget_value "${COMP_WORDS[i]}"; then
+    if [[ -n ${takes[${COMP_WORDS[i]}]-} ]]; then
       i=$((i + 1))
-      [[ ${COMP_WORDS[i]-} != "=" ]] || i=$((i + 1))
+      [[ ${COMP_WORDS[i]} != "=" ]] || i=$((i + 1))
     elif [[ ${COMP_WORDS[i]} != -* ]]; then
-      printf '%s\n' "${COMP_WORDS[i]}"
+      arguments+=("${COMP_WORDS[i]}")
     fi
   done
 }
 
 _qnget() {
-  local cur=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} arguments
+  local cur=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} arguments=()
+  local -A takes=()
+  _qnget_read_options
+  _qnget_read_arguments
   # Of "--name=value" bash makes three words.
   if [[ $cur == "=" ]]; then
     cur=''
   elif [[ $before == "=" ]] && ((COMP_CWORD > 2)); then
     before=${COMP_WORDS[COMP_CWORD - 2]}
   fi
-  _qnget_value "$before" && return
-  mapfile -t arguments < <(_qnget_arguments)
 
-  case ${arguments[0]-},$cur in
-    config,-*) _qnget_reply --root --operator --help ;;
-    *,-*)
-      _qnget_reply --method --proxy --no-proxy --data --content-type --user-agent --profile --accept \
-        --accept-language --output --remote-name --fail --silent --info --raw --charset --trace \
-        --timeout --retry --retry-delay --cache --cache-list --cache-clear --root --operator --help \
-        --version
-      ;;
-    ,*) _qnget_reply config ;;
-    config,*)
-      case ${#arguments[@]},${arguments[1]-} in
-        1,*) _qnget_reply set get list unset ;;
-        2,set | 2,get | 2,unset)
-          _qnget_reply proxy user-agent profile accept accept-language timeout
-          ;;
-        *) _qnget_reply ;;
-      esac
-      ;;
-    *) _qnget_reply ;;
-  esac
+  if [[ -n ${takes[$before]-} ]]; then
+    _qnget_reply_value "${takes[$before]}"
+  elif [[ $cur == -* && ${arguments[0]-} == config ]]; then
+    _qnget_reply --root --operator --help
+  elif [[ $cur == -* ]]; then
+    _qnget_reply "${!takes[@]}"
+  elif [[ ${#arguments[@]} -eq 0 ]]; then
+    _qnget_reply config
+  elif [[ ${#arguments[@]} -eq 1 && ${arguments[0]} == config ]]; then
+    _qnget_reply "$(_qnget_names Commands: config)"
+  elif [[ ${#arguments[@]} -eq 2 && ${arguments[*]} =~ ^config\ (set|get|unset)$ ]]; then
+    _qnget_reply "$(_qnget_names Keys config set)"
+  else
+    _qnget_reply
+  fi
 }
 
 complete -o default -F _qnget qnget
