@@ -204,6 +204,19 @@ TEST_F(QngetTracedFile, HasAPassingNameWhereTheMediumKnowsNoUnnamedOnes) {
   EXPECT_EQ(StatusOf(file_).st_mode & 07777, 0666 & ~mask);
 }
 
+// By /proc an unnamed file gets its name.
+TEST_F(QngetTracedFile, HasAPassingNameWhereThereIsNoProc) {
+  const ScratchFolder folder;
+
+  RunTraced({"-o", folder.path("calls"), "-e", "trace=openat,?access,?faccessat", "-e",
+             "inject=?access,?faccessat:error=ENOENT"},
+            ToFile());
+
+  EXPECT_THAT(folder.read("calls"), HasSubstr("/.qnget-"));
+  EXPECT_EQ(folder_.read("f"), "new");
+  EXPECT_EQ(folder_.names(), Names{"f"});
+}
+
 TEST_F(QngetTracedFile, KeepsTheModeUnderAPassingNameToo) {
   folder_.write("f", "old");
   chmod(file_.c_str(), 0604);

@@ -138,6 +138,16 @@ TEST(QngetTrace, KeepsTheLibrarysLines) {
                 "ParseAnswer Content-Length: 3Ctx->retCtxLen 3ParseAnswer ");
 }
 
+TEST(QngetTrace, GoesToStandardErrorForADash) {
+  ScriptedServer server({AnswerWith(Answer("abc"))});
+
+  const ProcessResult result = RunQnget({"--trace", "-", LocalUrl(server.port())});
+
+  EXPECT_EQ(result.output, "abc");
+  EXPECT_THAT(result.error, testing::StartsWith("create socket 1"));
+  EXPECT_THAT(result.error, testing::EndsWith("ParseAnswer "));
+}
+
 TEST(QngetTrace, ReplacesTheFile) {
   const ScratchFolder folder;
   const std::string file = folder.write("trace", std::string(10000, 'o'));

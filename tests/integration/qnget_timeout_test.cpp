@@ -149,6 +149,17 @@ TEST(QngetTimeout, EndsTheWaitForAReaderOfTheOutput) {
   EXPECT_EQ(result.error, TimedOut("writing the output"));
 }
 
+TEST(QngetTimeout, EndsTheWaitForAReaderOfTheTrace) {
+  const ScratchFolder folder;
+  const std::string fifo = folder.path("fifo");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+
+  const ProcessResult result = RunQnget({kTimeout, "--trace", fifo, "http://127.0.0.1:9/"});
+
+  EXPECT_EQ(result.exit_code, 4);
+  EXPECT_EQ(result.error, TimedOut("opening the trace file"));
+}
+
 TEST(QngetTimeout, EndsTheWaitForRoomInTheOutput) {
   const ScratchFolder folder;
   const std::string fifo = folder.path("fifo");
