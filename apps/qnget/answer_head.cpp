@@ -82,6 +82,11 @@ std::optional<std::string> AnswerHead::First(std::string_view name) const {
   return found->value;
 }
 
+std::string AnswerHead::MediaType() const {
+  const std::string value = First("Content-Type").value_or("");
+  return value.substr(0, value.find_first_of("; \t"));
+}
+
 std::vector<std::string> AnswerHead::Members(std::string_view name) const {
   std::vector<std::string> all;
   for (const HeaderField &field : fields) {

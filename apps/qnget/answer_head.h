@@ -12,6 +12,10 @@
 
 namespace qnget {
 
+inline constexpr int kLowestStatus = 100;
+inline constexpr int kSwitchingProtocols = 101;
+inline constexpr int kLowestFinalStatus = 200;  // below are interim answers
+
 struct HeaderField {
   std::string name;
   std::string value;  // without the blanks around it
@@ -36,6 +40,9 @@ struct AnswerHead {
 
   /** The value of the first field of that name. */
   std::optional<std::string> First(std::string_view name) const;
+
+  /** "text/html" of "Content-Type: text/html; charset=utf-8"; empty if it is not there. */
+  std::string MediaType() const;
 
   /** The members of all lists under that name, as one list. */
   std::vector<std::string> Members(std::string_view name) const;

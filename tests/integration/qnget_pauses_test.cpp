@@ -1,0 +1,58 @@
+// The pauses between tries: what "Retry-After" asks for, seconds or a date that
+// counts from the answer's own clock, and those that double.
+#include <gtest/gtest.h>
+
+#include "pauses.h"
+
+namespace qntest {
+namespace {
+
+using qnget::AnnouncedWait;
+using qnget::ReadAnswerHead;
+
+constexpr int64_t kNow = 784111777;  // Sun, 06 Nov 1994 08:49:37 GMT
+
+std::optional<double> WaitOf(const std::string &lines) {
+  return AnnouncedWait(ReadAnswerHead("HTTP/1.0 503 Busy\r\n" + lines), kNow);
+}
+
+TEST(QngetRetryAfter, IsANumberOfSeconds) {
+  EXPECT_EQ(WaitOf("Retry-After: 120\r\n"), 120);
+  EXPECT_EQ(WaitOf("Retry-After: 0\r\n"), 0);
+  EXPECT_EQ(WaitOf("retry-after:5\r\n"), 5);
+}
+
+TEST(QngetRetryAfter, IsADateThatCountsFromTheAnswersOwn) {
+  EXPECT_EQ(WaitOf("Date: Sun, 06 Nov 1994 10:00:00 GMT\r\n"
+                   "Retry-After: Sun, 06 Nov 1994 10:01:30 GMT\r\n"),
+            90);
+}
+
+TEST(QngetRetryAfter, IsADateThatCountsFromNowWhereTheAnswerHasNone) {
+  EXPECT_EQ(WaitOf("Retry-After: Sun, 06 Nov 1994 08:50:37 GMT\r\n"), 60);
+}
+
+TEST(QngetRetryAfter, IsNegativeForADateThatIsOver) {
+  EXPECT_EQ(WaitOf("Retry-After: Sun, 06 Nov 1994 08:49:36 GMT\r\n"), -1);
+}
+
+TEST(QngetRetryAfter, IsNothingWhereItCannotBeRead) {
+  for (const std::string lines :
+       {"", "Retry-After:\r\n", "Retry-After: soon\r\n", "Retry-After: -5\r\n",
+        "Retry-After: 1.5\r\n", "Retry-After: 99999999999999999999999\r\n",
+        "Retry-After: Sun, 31 Feb 1994 08:49:37 GMT\r\n"}) {
+    EXPECT_EQ(WaitOf(lines), std::nullopt) << lines;
+  }
+}
+
+TEST(QngetPauses, DoubleUpTo30Seconds) {
+  EXPECT_EQ(qnget::PauseBehind(0), 0);
+  EXPECT_EQ(qnget::PauseBehind(1), 2);
+  EXPECT_EQ(qnget::PauseBehind(16), 30);
+  EXPECT_EQ(qnget::PauseBehind(30), 30);
+}
+
+TEST(QngetPauses, StayAsLongAsALongerFirstOne) { EXPECT_EQ(qnget::PauseBehind(100), 100); }
+
+}  // namespace
+}  // namespace qntest
