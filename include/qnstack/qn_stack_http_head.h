@@ -24,8 +24,9 @@ QN_BEGIN_DECLS
  * @param name header name without a colon; case counts. It is copied. A NULL
  *        name never matches, so each such write adds an entry.
  * @param value the value; it is copied, NULL as an empty string, and may be
- *        one that fnQNStack_Http_Head_Read() gave. Nothing checks it for line
- *        ends. When the heap refuses, the table stays as it is.
+ *        one that fnQNStack_Http_Head_Read() gave. Values go out as they are: a
+ *        line end in one begins a further header line. When the heap refuses,
+ *        the table stays as it is.
  */
 QN_API void fnQNStack_Http_Head_Write(const char *name, const char *value);
 
