@@ -63,7 +63,7 @@ std::optional<std::string> ReadBody(const QNCacheEntry &entry) {
 }
 
 bool MayBeKept(const AnswerRecord &record) {
-  return record.Fits() && record.Answer().status == kKeptStatus;
+  return record.IsWhole() && record.Answer().status == kKeptStatus;
 }
 
 bool IsOnTheMedium(const std::string &url, int32_t expires) {
@@ -98,16 +98,15 @@ std::string Layout(const std::vector<Row> &rows) {
 
 }  // namespace
 
-void AnswerRecord::Start() {
-  *this = AnswerRecord();
-  fnQNStack_Cache_InitTime();
-}
+void AnswerRecord::Start() { *this = AnswerRecord(); }
 
-void AnswerRecord::TakeHeader(std::string_view lines) {
-  constexpr std::string_view kLineEnd = "\r\n";
-  for (size_t end = 0; (end = lines.find(kLineEnd)) != std::string_view::npos;
-       lines.remove_prefix(end + kLineEnd.size())) {
-    fnQNStack_Cache_ParseCacheTime(std::string(lines.substr(0, end)).c_str());
+void AnswerRecord::TakeHead(const AnswerHead &head) {
+  const std::string type = head.MediaType();
+  answer_.status = head.status;
+  answer_.type = type.size() <= kLongestType ? type : "";
+  fnQNStack_Cache_InitTime();
+  for (const HeaderField &field : head.fields) {
+    fnQNStack_Cache_ParseCacheTime((field.name + ": " + field.value).c_str());
   }
 }
 
@@ -119,11 +118,6 @@ void AnswerRecord::TakeBody(std::string_view bytes) {
   } else {
     answer_.body = std::string();
   }
-}
-
-void AnswerRecord::Complete(int32_t status, const std::string &type) {
-  answer_.status = status;
-  if (type.size() <= kLongestType) answer_.type = type;
 }
 
 std::optional<CachedAnswer> FindCached(const std::string &root, const std::string &url) {

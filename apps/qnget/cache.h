@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "answer_head.h"
+
 namespace qnget {
 
 struct CachedAnswer {
@@ -22,21 +24,23 @@ class AnswerRecord {
   /** A new answer begins; nothing of an earlier one counts any more. */
   void Start();
 
-  /** Takes whole header lines, each with its line end. */
-  void TakeHeader(std::string_view lines);
+  /** Takes the head of each hop's answer, in their order. The last one's is the body's. */
+  void TakeHead(const AnswerHead &head);
 
   /** Takes the next bytes of the body, and none at all once they are too many. */
   void TakeBody(std::string_view bytes);
 
-  /** The answer has come to its end; it has no status before. */
-  void Complete(int32_t status, const std::string &type);
+  /** The body has come whole. */
+  void Complete() { whole_ = true; }
 
-  bool Fits() const { return fits_; }
+  /** Whether all of an answer is here. */
+  bool IsWhole() const { return whole_ && fits_; }
   const CachedAnswer &Answer() const { return answer_; }
 
  private:
   CachedAnswer answer_;
   bool fits_ = true;
+  bool whole_ = false;
 };
 
 /** The fresh answer for a URL with its whole body, if there is one. Throws Failure. */

@@ -17,22 +17,28 @@ enum ExitCode {
   kNotReceived = 4,
   kTooManyRedirects = 5,
   kNotWritten = 6,
+  kSecureRedirect = 7,
   kErrorStatus = 22
+};
+
+/** How far a request may have come that failed, which says whether to ask again is safe. */
+enum class Reached {
+  kNobody,          // there was no connection
+  kPerhapsAServer,  // no status has come
+  kAServer          // the server has answered, or it is no matter of a request at all
 };
 
 class Failure : public std::runtime_error {
  public:
-  Failure(ExitCode code, const std::string &message, bool retryable = false)
-      : std::runtime_error(message), code_(code), retryable_(retryable) {}
+  Failure(ExitCode code, const std::string &message, Reached reached = Reached::kAServer)
+      : std::runtime_error(message), code_(code), reached_(reached) {}
 
   ExitCode code() const { return code_; }
-
-  /** True if no status has come, so that asking again may help. */
-  bool retryable() const { return retryable_; }
+  Reached reached() const { return reached_; }
 
  private:
   ExitCode code_;
-  bool retryable_;
+  Reached reached_;
 };
 
 constexpr int kFirstErrorStatus = 400;

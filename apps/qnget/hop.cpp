@@ -1,59 +1,58 @@
-// A refused connection shows in the library as a failed sending; the socket
-// slot, which a failed context keeps, tells the two apart.
 #include "hop.h"
+
+#include <netdb.h>
+#include <string.h>
 
 namespace qnget {
 namespace {
 
-bool WasConnected(const QNHttpCtx &ctx) {
-  return ctx.socket > 0 && ctx.socket < QN_SOCKET_SLOTS && socket_list[ctx.socket].connState == 1;
+std::string ReasonOf(const ResolverError &error) {
+  switch (error.resolver) {
+    case HOST_NOT_FOUND:
+      return "there is no such name";
+    case TRY_AGAIN:
+      return "the name server does not answer for now";
+    case NO_DATA:
+      return "the name has no IPv4 address";
+    case NO_RECOVERY:
+      return "the name server failed";
+    case NETDB_INTERNAL:
+      return strerror(error.system);
+    default:
+      return "it has no address to connect to";
+  }
 }
-
-std::string HostOf(const QNHttpCtx &ctx) { return ctx.hostname == nullptr ? "" : ctx.hostname; }
 
 }  // namespace
 
-std::string Hop::Name(const QNHttpCtx &ctx) const {
-  return proxy_ ? "proxy " + proxy_->host : "server " + HostOf(ctx);
-}
+Hop::Hop(const std::optional<Proxy> &proxy, const Url &url)
+    : address_(proxy ? "proxy " + proxy->host + ":" + std::to_string(proxy->port)
+                     : "server " + url.host + ":" + std::to_string(url.port)) {}
 
-std::string Hop::Address(const QNHttpCtx &ctx) const {
-  return Name(ctx) + ":" + std::to_string(proxy_ ? proxy_->port : ctx.port);
-}
-
-std::string Hop::Doing(const QNHttpCtx &ctx) const {
-  switch (ctx.state) {
-    case QN_HTTP_NEW:
-    case QN_HTTP_RESOLVE_FAILED:
-      return "resolving " + Name(ctx);
-    case QN_HTTP_RESOLVED:
-    case QN_HTTP_CONNECT_FAILED:
-      return "connecting to " + Address(ctx);
-    case QN_HTTP_CONNECTED:
-    case QN_HTTP_SENDING:
-      return "sending to " + Address(ctx);
-    case QN_HTTP_SEND_FAILED:
-      return (WasConnected(ctx) ? "sending to " : "connecting to ") + Address(ctx);
+std::string Hop::Doing(Step step) const {
+  switch (step) {
+    case Step::kResolving:
+      return "resolving " + address_;
+    case Step::kConnecting:
+      return "connecting to " + address_;
+    case Step::kSending:
+      return "sending to " + address_;
     default:
-      return "receiving from " + Address(ctx);
+      return "receiving from " + address_;
   }
 }
 
-Failure Hop::FailureOf(const QNHttpCtx &ctx, bool retryable) const {
-  switch (ctx.state) {
-    case QN_HTTP_RESOLVE_FAILED:
-      return {kNotResolved, "could not resolve " + Name(ctx), retryable};
-    case QN_HTTP_CONNECT_FAILED:
-      return {kNotConnected, "no connection to " + Address(ctx), retryable};
-    case QN_HTTP_SEND_FAILED:
-      return {kNotConnected,
-              (WasConnected(ctx) ? "sending failed to " : "no connection to ") + Address(ctx),
-              retryable};
-    case QN_HTTP_GIVEN_UP:
-      return {kNotReceived, "no progress in receiving from " + Address(ctx), retryable};
-    default:
-      return {kNotReceived, "receiving failed from " + Address(ctx), retryable};
-  }
+Failure Hop::NotResolved(const ResolverError &error) const {
+  return {kNotResolved, "could not resolve " + address_ + ": " + ReasonOf(error), Reached::kNobody};
+}
+
+Failure Hop::NotConnected(int error) const {
+  return {kNotConnected, "no connection to " + address_ + ": " + strerror(error), Reached::kNobody};
+}
+
+Failure Hop::NotSent(int error) const {
+  return {kNotConnected, "sending failed to " + address_ + ": " + strerror(error),
+          Reached::kPerhapsAServer};
 }
 
 }  // namespace qnget

@@ -1,5 +1,5 @@
-// Which hop a context talks to, the proxy or the server, and what its state
-// means for the user, in words.
+// The hop of a request: the proxy or the server, what is done with it, and how
+// that fails, in words.
 #ifndef QNGET_HOP_H
 #define QNGET_HOP_H
 
@@ -7,29 +7,38 @@
 #include <string>
 
 #include "failure.h"
-#include "options.h"
-#include "qnstack/qnstack.h"
+#include "proxy.h"
+#include "url.h"
 
 namespace qnget {
 
+enum class Step { kResolving, kConnecting, kSending, kReceiving };
+
+/** Why a name was not resolved, as the platform left it behind the attempt. */
+struct ResolverError {
+  int resolver = 0;  // h_errno
+  int system = 0;    // errno
+};
+
 class Hop {
  public:
-  explicit Hop(const std::optional<Proxy> &proxy) : proxy_(proxy) {}
+  /** The proxy if there is one, else the URL's server. */
+  Hop(const std::optional<Proxy> &proxy, const Url &url);
 
-  /** "proxy gateway" or "server mms.example.com". */
-  std::string Name(const QNHttpCtx &ctx) const;
+  /** "proxy gateway:8080" or "server mms.example.com:80". */
+  const std::string &Address() const { return address_; }
 
-  /** The same with its port. */
-  std::string Address(const QNHttpCtx &ctx) const;
+  /** What a step does: "connecting to server mms.example.com:80". */
+  std::string Doing(Step step) const;
 
-  /** What the context is busy with, or was when it failed: "connecting to server h:80". */
-  std::string Doing(const QNHttpCtx &ctx) const;
+  Failure NotResolved(const ResolverError &error) const;
 
-  /** The exit code and the message for a context in one of the failed states. */
-  Failure FailureOf(const QNHttpCtx &ctx, bool retryable) const;
+  /** How the step of a connection fails; `error` as errno has it. */
+  Failure NotConnected(int error) const;
+  Failure NotSent(int error) const;
 
  private:
-  std::optional<Proxy> proxy_;
+  std::string address_;
 };
 
 }  // namespace qnget

@@ -4,6 +4,8 @@
 
 #include <string>
 
+#include "answer_head.h"
+
 namespace qnget {
 
 struct AnswerInfo {
@@ -13,6 +15,9 @@ struct AnswerInfo {
   std::string encoding = "unknown";
   std::string url{};
 };
+
+/** What a head tells of its answer. */
+AnswerInfo InfoOf(const AnswerHead &head, const std::string &url);
 
 void PrintInfo(const AnswerInfo &info);
 

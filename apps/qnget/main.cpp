@@ -14,32 +14,33 @@
 #include "options.h"
 #include "output.h"
 #include "progress.h"
+#include "retry.h"
 #include "signals.h"
 #include "transfer.h"
 
 namespace qnget {
 namespace {
 
-void SayRetry(const Failure &failure, int retry, const Options &options, double pause) {
-  char when[64];
-  snprintf(when, sizeof when, "; retry %d of %d in %g s", retry, options.retries, pause);
-  Say(failure.what() + std::string(when));
-}
-
-// Each try has a context of its own, freed before the next is opened.
+// The cookies of a try are there in the next.
 int Fetch(const Options &options, const std::string &body, Output &output, AnswerRecord *record) {
-  const Stack stack(options);
+  const Stack stack;
   const bool shown = isatty(STDERR_FILENO) == 1 && !output.IsTerminal() && !options.silent;
-  double pause = options.retry_delay;
-  for (int retry = 1;; ++retry, pause *= 2) {
+  Retries retries(options);
+  for (;;) {
+    std::string why;
+    std::optional<double> pause;
     try {
       Progress progress(shown);
-      return Transfer(options, body, record).Run(output, progress);
+      const Outcome outcome = Transfer(options, body, record, retries).Run(output, progress);
+      if (!outcome.try_again) return outcome.status;
+      why = ErrorStatus(outcome.status).what();
+      pause = outcome.try_again;
     } catch (const Failure &failure) {
-      if (!failure.retryable() || retry > options.retries) throw;
-      SayRetry(failure, retry, options, pause);
+      pause = retries.PauseAfter(failure);
+      if (!pause) throw;
+      why = failure.what();
     }
-    PauseFor(pause, "waiting to try again");
+    retries.Wait(why, *pause);
   }
 }
 

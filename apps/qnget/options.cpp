@@ -14,8 +14,10 @@
 #include "proxy_environment.h"
 #include "qnstack/qn_version.h"
 #include "remote_name.h"
+#include "request.h"
 #include "settings.h"
 #include "text.h"
+#include "url.h"
 
 namespace qnget {
 namespace {
@@ -68,6 +70,7 @@ CLI::Validator Between(double low, double high, const std::string &words) {
 // What is read by CLI11 and put in its place afterwards.
 struct Raw {
   std::map<std::string, std::string> settable;  // by its key as a setting
+  std::vector<std::string> header_lines;
   std::string data;
   std::string content_type;
   std::set<std::string> set;  // the keys that the settings have
@@ -130,6 +133,19 @@ void AddRequestOptions(CLI::App &app, Options &options, Raw &raw) {
               "The Accept-Language header (default: en)", "LANGUAGES");
 }
 
+void AddHeaderOption(CLI::App &app, Raw &raw) {
+  app.add_option("-H,--header", raw.header_lines,
+                 "Send this header field too; may be repeated. Accept, User-Agent, Profile, "
+                 "Accept-Language and the Content-Type of --data are replaced, the first four "
+                 "left out by NAME: alone. Refused is what the library decides itself: Host, "
+                 "Content-Length, Transfer-Encoding, Expect, Cookie2, Connection, "
+                 "Proxy-Connection, Keep-Alive, TE, Trailer, Upgrade. Authorization and Cookie "
+                 "go to no other server than the URL's")
+      ->allow_extra_args(false)
+      ->check(CLI::Validator(CheckHeaderLine, ""))
+      ->type_name("NAME:VALUE");
+}
+
 void AddOutputOptions(CLI::App &app, Options &options, Raw &raw) {
   app.option_defaults()->group("Output");
   app.add_option("-o,--output", options.output,
@@ -145,7 +161,10 @@ void AddOutputOptions(CLI::App &app, Options &options, Raw &raw) {
   app.add_flag("-i,--info", options.info,
                "Print status, media type, length, encoding and final URL on standard error");
   app.add_flag("--raw", options.raw,
-               "Deliver the answer as it comes, with its header; follow no redirect");
+               "Deliver the answer as it comes, with its header, up to its end by that header or "
+               "else by its connection; follow no redirect");
+  app.add_flag("-v,--verbose", options.verbose,
+               "Show requests and the header of every answer on standard error");
   app.add_option("--charset", options.charset,
                  "Decode a text body to UTF-8 from the character set MIBENUM; there are " +
                      KnownCharsets() + " (default: as it comes)")
@@ -161,10 +180,18 @@ void AddPatienceOptions(CLI::App &app, Options &options, Raw &raw) {
   AddSettable(app, raw, "--timeout", "timeout",
               "Give up after SECONDS for everything, retries included (default: never)", "SECONDS");
   app.add_option("--retry", options.retries,
-                 "Try up to N times more where no status came, after doubling pauses (default: 0)")
+                 "Try GET and HEAD up to N times more where no status came, after pauses that "
+                 "double up to 30 seconds; POST and PUT only where nobody was connected, as a "
+                 "message that may have arrived would be billed twice. A 503 or 429 with "
+                 "Retry-After is waited for after GET and HEAD, within --timeout or else an hour "
+                 "(default: 0)")
       ->check(Between(0, kMostRetries, "from 0 to 20 times"))
       ->type_name("N");
-  app.add_option("--retry-delay", options.retry_delay, "The first of these pauses (default: 1)")
+  app.add_flag("--retry-all", options.retry_all,
+               "Try POST and PUT again like GET, though the first may have arrived")
+      ->needs("--retry");
+  app.add_option("--retry-delay", options.retry_delay,
+                 "The first of the doubling pauses (default: 1)")
       ->check(Between(0, kLongestDelay, "from 0 to 3600 seconds"))
       ->type_name("SECONDS");
 }
@@ -263,6 +290,20 @@ void ReadSettings(const CLI::App &app, const Options &options, Raw &raw) {
   DropUnset(app, raw);
 }
 
+// The library writes the media type of a body by itself, from what it is told.
+void FillInHeaderLines(const Raw &raw, Options &options) {
+  for (const std::string &line : raw.header_lines) {
+    const HeaderField field = ReadHeaderLine(line);
+    if (options.data && EqualIgnoringCase(field.name, "Content-Type")) {
+      const std::string problem = CheckContentType(field.value);
+      if (!problem.empty()) throw Failure(kUsage, "Content-Type: " + problem);
+      options.content_type = field.value;
+    } else {
+      options.header_lines.push_back(field);
+    }
+  }
+}
+
 void FillIn(const CLI::App &app, const Raw &raw, Options &options) {
   const auto header = [&](const char *key, const char *name) {
     const auto value = raw.settable.find(key);
@@ -277,6 +318,8 @@ void FillIn(const CLI::App &app, const Raw &raw, Options &options) {
   }
   if (app.count("--data") > 0) options.data = raw.data;
   if (app.count("--content-type") > 0) options.content_type = raw.content_type;
+  FillInHeaderLines(raw, options);
+  options.url = ReadUrl(options.url).url.Text();
   if (options.method.empty()) options.method = options.data ? "POST" : "GET";
   if (raw.remote_name && app.count("URL") > 0) options.output = RemoteName(options.url);
 }
@@ -297,6 +340,9 @@ void CheckTransfer(const CLI::App &app, const Options &options) {
   if (options.cache && (options.raw || options.method != "GET")) {
     throw Failure(kUsage, "--cache goes with GET alone, and not with --raw");
   }
+  const std::string problem =
+      ProblemOfFields(RequestFields(options), options.data && options.method == "PUT");
+  if (!problem.empty()) throw Failure(kUsage, "-H: " + problem);
   if (options.charset && options.raw) {
     throw Failure(kUsage, "--charset decodes a body, not a --raw answer");
   }
@@ -354,6 +400,7 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   });
   app.footer(kFooter);
   AddRequestOptions(app, options, raw);
+  AddHeaderOption(app, raw);
   AddOutputOptions(app, options, raw);
   AddPatienceOptions(app, options, raw);
   AddStoreOptions(app, options, raw);

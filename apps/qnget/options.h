@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "answer_head.h"
 #include "proxy.h"
 
 namespace qnget {
@@ -34,17 +35,20 @@ struct Options {
   std::optional<Proxy> proxy;                                // none: straight to the server
   std::vector<NoProxyEntry> no_proxy;                        // asked without it all the same
   std::vector<std::pair<std::string, std::string>> headers;  // for the header table
-  std::optional<std::string> data;                           // file of the request body, "-": input
-  std::optional<std::string> content_type;                   // of that body
-  std::string output;                                        // empty or "-": standard output
-  std::string trace;                                         // empty: nowhere
+  std::vector<HeaderField> header_lines;    // as they are given, but for the body's media type
+  std::optional<std::string> data;          // file of the request body, "-": input
+  std::optional<std::string> content_type;  // of that body
+  std::string output;                       // empty or "-": standard output
+  std::string trace;                        // empty: nowhere
   bool info = false;
   bool raw = false;
+  bool verbose = false;
   bool fail = false;                // deliver no body of an answer whose status is an error
   bool silent = false;              // show no progress
   std::optional<uint32_t> charset;  // decode the body from it; none: as it comes
   double timeout = 0;               // seconds; 0: none
   int retries = 0;
+  bool retry_all = false;  // also what may have been posted
   double retry_delay = 1;  // seconds before the first retry
 };
 

@@ -9,6 +9,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 
@@ -23,7 +24,8 @@ constexpr sig_atomic_t kTicksOfGrace = 10;
 char temporary_file[PATH_MAX];
 char last_words[1024];
 volatile sig_atomic_t ticks = 0;
-double time_allowed = 0;
+double time_allowed = 0;  // 0: for ever
+std::chrono::steady_clock::time_point time_began;
 
 void CopyText(char *destination, size_t room, const std::string &text) {
   const size_t length = text.copy(destination, room - 1);
@@ -100,6 +102,7 @@ void SetTemporaryFile(const std::string &path) {
 
 void StartDeadline(double seconds) {
   time_allowed = seconds;
+  time_began = std::chrono::steady_clock::now();
   SetLastWords("waiting");
   Handle(SIGALRM, Tick, 0);
   double whole = 0;
@@ -109,6 +112,12 @@ void StartDeadline(double seconds) {
   timer.it_value.tv_usec = static_cast<suseconds_t>(part * 1e6);
   timer.it_interval.tv_usec = kTickMicroseconds;
   setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+std::optional<double> TimeLeft() {
+  if (time_allowed == 0) return {};
+  const std::chrono::duration<double> gone = std::chrono::steady_clock::now() - time_began;
+  return time_allowed - gone.count();
 }
 
 void StopDeadline() {

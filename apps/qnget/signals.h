@@ -5,6 +5,7 @@
 
 #include <signal.h>
 
+#include <optional>
 #include <string>
 
 namespace qnget {
@@ -37,6 +38,9 @@ void SetTemporaryFile(const std::string &path);
 
 /** Lets the time run; `seconds` from now it is up. */
 void StartDeadline(double seconds);
+
+/** The seconds until the time is up; nothing without a deadline. */
+std::optional<double> TimeLeft();
 
 /** From here on the time cannot run out any more. */
 void StopDeadline();

@@ -1,73 +1,50 @@
-// The library keeps the last answer's length and status over a redirect and
-// takes any end of a connection for the end of the answer, so both fields are
-// reset here at each hop, and what has come is compared with what was said.
+// Each hop has a context of its own, freed before the next is opened: a context
+// that is done with may close the slot of another.
 #include "transfer.h"
 
-#include <string_view>
+#include <algorithm>
 
-#include "checks.h"
+#include "exchange.h"
 #include "info.h"
-#include "signals.h"
+#include "redirect.h"
+#include "show.h"
 
 namespace qnget {
 namespace {
 
-constexpr size_t kChunk = 32768;
-constexpr int32_t kMostRedirects = 10;
-constexpr int32_t kNoContent = 204;
-constexpr int32_t kUnknown = -1;
-constexpr const char *kBadPort = "the port is not from 1 to 65535";
+constexpr int kMostRedirects = 10;
+constexpr int64_t kUnknown = -1;
 
-QNHttpCtx *OpenContext(const Options &options, const std::string &body) {
-  const char *url = options.url.c_str();
-  const char *type = options.content_type ? options.content_type->c_str() : nullptr;
-  const auto length = static_cast<int32_t>(body.size());
-  if (options.method == "HEAD") return fnQNStack_Http_Open_Head(url);
-  if (options.method == "POST") return fnQNStack_Http_Open_Post(url, body.data(), length, type);
-  if (options.method == "PUT") return fnQNStack_Http_Open_Put(url, body.data(), length, type);
-  return fnQNStack_Http_Open_Get(url);
+int64_t ExpectedOf(const BodyFrame &frame) {
+  return frame.kind == BodyFrame::Kind::kLength ? static_cast<int64_t>(frame.length) : kUnknown;
 }
 
-bool IsPort(int32_t port) { return port >= 1 && port <= 65535; }
+// Takes the bytes of an answer to where they go.
+class Delivery {
+ public:
+  Delivery(Output &output, Progress &progress, AnswerRecord *record, int64_t expected)
+      : output_(output), progress_(progress), record_(record) {
+    progress_.Start(expected);
+  }
 
-// True if the last line taken off the answer was empty: the header came to its end.
-bool TookEmptyLine(const QNMemBuffer &buffer) {
-  const std::string_view taken(buffer.data, buffer.cursor);
-  return taken == "\r\n" || taken.ends_with("\r\n\r\n");
-}
+  void Take(std::string_view bytes) {
+    output_.Write(bytes);
+    if (record_ != nullptr) record_->TakeBody(bytes);
+    count_ += static_cast<int64_t>(bytes.size());
+    progress_.Update(count_);
+  }
 
-// How many bytes of the answer have been taken off its buffer since that was empty.
-uint32_t TakenOff(const QNMemBuffer &buffer) {
-  return buffer.total - (buffer.length - buffer.cursor);
-}
-
-// How much of the request's body has gone; it stands behind the header.
-int64_t SentBody(const QNHttpCtx &ctx) {
-  const QNMemBuffer &request = *ctx.sendBuf;
-  const auto body = static_cast<uint32_t>(ctx.contentLen);
-  const uint32_t unsent = request.length - request.cursor;
-  return request.cursor == 0 || unsent > body ? 0 : body - unsent;
-}
-
-// The answer's media type; empty if it is not known.
-std::string TypeOf(const QNHttpCtx &ctx) {
-  std::string type = ctx.retCtxType == nullptr ? "" : ctx.retCtxType;
-  if (type.ends_with(';')) type.pop_back();
-  return type;
-}
-
-const char *EncodingText(const QNHttpCtx &ctx) {
-  if (ctx.retEncoding == 0) return "none";
-  return ctx.retEncoding < 0 ? "gzip" : "other";
-}
+ private:
+  Output &output_;
+  Progress &progress_;
+  AnswerRecord *record_;
+  int64_t count_ = 0;
+};
 
 }  // namespace
 
-Stack::Stack(const Options &options) {
+Stack::Stack() {
   if (fnQNStack_Http_InitStack() != 0) throw Failure(kNotConnected, "no sockets to be had");
-  for (const auto &[name, value] : options.headers) {
-    fnQNStack_Http_Head_Write(name.c_str(), value.c_str());
-  }
 }
 
 Stack::~Stack() {
@@ -75,179 +52,91 @@ Stack::~Stack() {
   fnQNStack_Http_SetProxy(nullptr, 0);
 }
 
-Transfer::Transfer(const Options &options, const std::string &body, AnswerRecord *record)
+Transfer::Transfer(const Options &options, const std::string &body, AnswerRecord *record,
+                   const Retries &retries)
     : options_(options),
+      body_(body),
       record_(record),
-      hop_({}),
-      ctx_(OpenContext(options, body)),
-      url_(options.url),
-      chunk_(kChunk) {
-  if (ctx_ == nullptr) throw Failure(kNotConnected, "out of memory");
-  if (!IsPort(ctx_->port)) throw Failure(kUsage, std::string("URL: ") + kBadPort);
-  ctx_->retCtxLen = kUnknown;
-  ChooseWay();
-  SetLastWords(hop_.Doing(*ctx_));
-}
+      retries_(retries),
+      fields_(RequestFields(options)),
+      first_(ReadUrl(options.url).url),
+      request_{options.method, first_, options.data.has_value()} {}
 
-// The library looks at its proxy when it resolves the next name.
-void Transfer::ChooseWay() {
-  const std::string host = ctx_->hostname == nullptr ? "" : ctx_->hostname;
-  const std::optional<Proxy> proxy = ProxyFor(options_, host, ctx_->port);
-  fnQNStack_Http_SetProxy(proxy ? proxy->host.c_str() : nullptr, proxy ? proxy->port : 0);
-  hop_ = Hop(proxy);
-}
-
-int Transfer::Run(Output &output, Progress &progress) {
-  if (options_.raw) {
-    ReadRaw(output, progress);
-    return 0;
-  }
-  ReadHead(progress);
-  if (options_.info) PrintInfo();
-  if (options_.fail && ctx_->retValue >= kFirstErrorStatus) throw ErrorStatus(ctx_->retValue);
-  if (options_.method != "HEAD") ReadBody(output, progress);
-  if (record_ != nullptr) RecordEnd();
-  return ctx_->retValue;
-}
-
-// Asks for no body bytes yet, so that nothing of a header can get lost among them.
-void Transfer::ReadHead(Progress &progress) {
-  do {
-    if (record_ != nullptr) record_->Start();
-    while (ctx_->headParsed == 0) {
-      ReadHeaderLines();
-      progress.Upload(SentBody(*ctx_), ctx_->contentLen);
+// Behind a redirect a server has answered, whatever becomes of the next hop.
+Outcome Transfer::Run(Output &output, Progress &progress) {
+  if (record_ != nullptr) record_->Start();
+  try {
+    for (;;) {
+      if (const std::optional<Outcome> outcome = RunHop(output, progress)) return *outcome;
     }
-  } while (StepOverInterimAnswer());
-  CheckHead();
-}
-
-// The lines that a call takes off the buffer stay before its cursor until the
-// next call, unless the call began another answer.
-void Transfer::ReadHeaderLines() {
-  const QNMemBuffer &buffer = *ctx_->recvBuf;
-  const uint32_t before = TakenOff(buffer);
-  const int32_t redirects = ctx_->redirectCount;
-  const int32_t result = fnQNStack_Http_ReadRecvContext(ctx_.get(), chunk_.data(), 0);
-  if (record_ != nullptr && ctx_->redirectCount != redirects) {
-    record_->Start();
-  } else if (record_ != nullptr) {
-    const uint32_t taken = TakenOff(buffer) - before;
-    record_->TakeHeader({buffer.data + buffer.cursor - taken, taken});
-  }
-  StepTo(result);
-}
-
-void Transfer::StepTo(int32_t result) {
-  CheckTime();
-  if (ctx_->retValue != 0) status_came_ = true;
-  if (ctx_->redirectCount != redirects_) {
-    NoteRedirect();
-  } else if (result == -1) {
-    Fail();
+  } catch (const Failure &failure) {
+    if (redirects_ == 0) throw;
+    throw Failure(failure.code(), failure.what());
   }
 }
 
-void Transfer::NoteRedirect() {
-  redirects_ = ctx_->redirectCount;
-  url_ = ctx_->url == nullptr ? "" : ctx_->url;
-  if (redirects_ > kMostRedirects) {
-    throw Failure(kTooManyRedirects, "more than 10 redirects, the last to " + url_);
+// Gives nothing where the answer sends on to another hop.
+std::optional<Outcome> Transfer::RunHop(Output &output, Progress &progress) {
+  Exchange exchange(options_, request_, FieldsOfHop(), body_);
+  exchange.Send(progress);
+  Reception reception(exchange, options_.verbose);
+  if (options_.raw) {
+    DeliverRaw(reception, output, progress);
+    return Outcome{};
   }
-  RefuseUnusableRedirect();
-  ctx_->retCtxLen = kUnknown;
-  ctx_->retValue = 0;
-  ChooseWay();
-  SetLastWords(hop_.Doing(*ctx_));
-}
-
-void Transfer::RefuseUnusableRedirect() const {
-  const std::string problem = IsPort(ctx_->port) ? ProblemOfUrl(url_) : kBadPort;
-  if (problem.empty()) return;
-  const bool nameless = ctx_->hostname == nullptr || *ctx_->hostname == '\0';
-  throw Failure(nameless ? kNotResolved : kNotConnected,
-                "redirected to a URL that cannot be followed: " + problem);
-}
-
-// "100 Continue" and its kin come before the answer that counts.
-bool Transfer::StepOverInterimAnswer() {
-  if (ctx_->retValue < 100 || ctx_->retValue >= 200) return false;
-  ctx_->headParsed = 0;
-  ctx_->retCtxLen = kUnknown;
-  ctx_->retValue = 0;
-  return true;
-}
-
-void Transfer::CheckHead() const {
-  if (ctx_->recvBuf->total == 0) FailReceiving("no answer from " + hop_.Address(*ctx_));
-  if (ctx_->retValue == 0) {
-    FailReceiving("no status line in the answer from " + hop_.Address(*ctx_));
+  const AnswerHead head = reception.ReadHead();
+  if (record_ != nullptr) record_->TakeHead(head);
+  if (const std::optional<Request> next = FollowingRequest(request_, head)) {
+    Follow(*next, head.status);
+    return {};
   }
-  if (ctx_->state == QN_HTTP_COMPLETE && !TookEmptyLine(*ctx_->recvBuf)) {
-    FailReceiving("the answer from " + hop_.Address(*ctx_) + " ends within its header");
+  Outcome outcome{head.status, retries_.PauseAfter(head)};
+  if (!outcome.try_again) Deliver(reception, head, output, progress);
+  return outcome;
+}
+
+// What tells who the user is goes to the first server alone.
+std::vector<HeaderField> Transfer::FieldsOfHop() const {
+  std::vector<HeaderField> fields = fields_;
+  if (!HaveSameServer(request_.url, first_)) DropPrivateFields(fields);
+  return fields;
+}
+
+void Transfer::Follow(const Request &next, int status) {
+  const std::string url = next.url.Text();
+  if (++redirects_ > kMostRedirects) {
+    throw Failure(kTooManyRedirects, "more than 10 redirects, the last to " + url);
   }
-}
-
-void Transfer::PrintInfo() const {
-  AnswerInfo info;
-  info.url = url_;
-  if (!options_.raw) {
-    const std::string type = TypeOf(*ctx_);
-    info.status = std::to_string(ctx_->retValue);
-    if (!type.empty()) info.type = type;
-    if (ctx_->retCtxLen >= 0) info.length = std::to_string(ctx_->retCtxLen);
-    info.encoding = EncodingText(*ctx_);
+  const std::string number = std::to_string(status);
+  if (options_.verbose) ShowNote("status " + number + " redirects to " + url);
+  if (next.method != request_.method) {
+    Say("redirected with status " + number + "; the " + request_.method +
+        " goes on as a GET without its body");
   }
-  qnget::PrintInfo(info);
+  request_ = next;
 }
 
-void Transfer::ReadBody(Output &output, Progress &progress) {
-  const int64_t expected = ctx_->retValue == kNoContent ? kUnknown : ctx_->retCtxLen;
-  progress.Start(expected);
-  Deliver(fnQNStack_Http_ReadRecvContext, output, progress);
-  if (received_ < expected) {
-    FailReceiving("the answer from " + hop_.Address(*ctx_) + " ends after " +
-                  std::to_string(received_) + " of " + std::to_string(expected) + " bytes");
-  }
-}
-
-void Transfer::ReadRaw(Output &output, Progress &progress) {
-  progress.Start(kUnknown);
-  Deliver(fnQNStack_Http_ReadRecvData, output, progress);
-  if (received_ == 0) FailReceiving("no answer from " + hop_.Address(*ctx_));
-  if (options_.info) PrintInfo();
-}
-
-// A context whose connection broke has lost its socket; what came before that
-// need not be all.
-void Transfer::RecordEnd() {
-  if (ctx_->socket > 0) record_->Complete(ctx_->retValue, TypeOf(*ctx_));
-}
-
-void Transfer::Deliver(ReadFunction read, Output &output, Progress &progress) {
-  const auto room = static_cast<int32_t>(chunk_.size());
-  for (;;) {
-    const int32_t count = read(ctx_.get(), chunk_.data(), room);
-    CheckTime();
-    if (options_.raw) progress.Upload(SentBody(*ctx_), ctx_->contentLen);
-    if (count == 0) break;
-    if (count == -1) Fail();
-    if (count < 0) continue;
-    const std::string_view bytes(chunk_.data(), static_cast<size_t>(count));
-    output.Write(bytes);
-    if (record_ != nullptr) record_->TakeBody(bytes);
-    received_ += count;
-    progress.Update(received_);
-  }
+void Transfer::Deliver(Reception &reception, const AnswerHead &head, Output &output,
+                       Progress &progress) {
+  const BodyFrame frame = reception.ReadFrame(head, request_.method == "HEAD");
+  if (options_.info) PrintInfo(InfoOf(head, request_.url.Text()));
+  if (options_.fail && head.status >= kFirstErrorStatus) throw ErrorStatus(head.status);
+  Delivery delivery(output, progress, record_, ExpectedOf(frame));
+  reception.ReadBody(frame, [&](std::string_view bytes) { delivery.Take(bytes); });
   progress.Finish();
+  const bool checked = frame.notice.empty();
+  if (record_ != nullptr && checked) record_->Complete();
 }
 
-void Transfer::CheckTime() const { CheckDeadline(hop_.Doing(*ctx_)); }
-
-void Transfer::Fail() const { throw hop_.FailureOf(*ctx_, !status_came_ && received_ == 0); }
-
-void Transfer::FailReceiving(const std::string &message) const {
-  throw Failure(kNotReceived, message, !status_came_ && received_ == 0);
+void Transfer::DeliverRaw(Reception &reception, Output &output, Progress &progress) const {
+  Delivery delivery(output, progress, nullptr, kUnknown);
+  reception.ReadRaw(request_.method == "HEAD",
+                    [&](std::string_view bytes) { delivery.Take(bytes); });
+  progress.Finish();
+  if (!options_.info) return;
+  AnswerInfo info;
+  info.url = request_.url.Text();
+  PrintInfo(info);
 }
 
 }  // namespace qnget

@@ -1,81 +1,61 @@
-// One exchange with the library: a context from its opening to the last byte
-// of its body, with the checks that the library leaves to its callers.
+// One transfer: a request, the redirects behind it, and the delivery of the final
+// answer, with what the library leaves to its callers.
 #ifndef QNGET_TRANSFER_H
 #define QNGET_TRANSFER_H
 
-#include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "cache.h"
-#include "hop.h"
 #include "options.h"
 #include "output.h"
 #include "progress.h"
-#include "qnstack/qnstack.h"
+#include "reception.h"
+#include "request.h"
+#include "retry.h"
 
 namespace qnget {
 
-/** The library, started with the options' proxy and headers, closed at the end. */
+/** The library, started, and closed at the end. It keeps the cookies. */
 class Stack {
  public:
-  explicit Stack(const Options &options);
+  Stack();
   ~Stack();
 
   Stack(const Stack &) = delete;
   Stack &operator=(const Stack &) = delete;
 };
 
+struct Outcome {
+  int status = 0;                     // 0 of a raw answer
+  std::optional<double> try_again{};  // in so many seconds; nothing has been delivered
+};
+
 class Transfer {
  public:
-  /**
-   * Opens a context. What comes goes into `record` too, unless that is null; all
-   * three must live as long as this.
-   */
-  Transfer(const Options &options, const std::string &body, AnswerRecord *record);
+  /** What comes goes into `record` too, unless that is null; all must live as long as this. */
+  Transfer(const Options &options, const std::string &body, AnswerRecord *record,
+           const Retries &retries);
 
-  /**
-   * Delivers the answer's body, or the raw answer. Throws Failure, also where
-   * the library takes a connection that broke for the end of the answer.
-   *
-   * Gives the answer's status, 0 for a raw answer.
-   */
-  int Run(Output &output, Progress &progress);
+  /** Delivers the final answer's body, or the first answer raw. Throws Failure. */
+  Outcome Run(Output &output, Progress &progress);
 
  private:
-  using ReadFunction = int32_t (*)(QNHttpCtx *, void *, int32_t);
-
-  struct Release {
-    void operator()(QNHttpCtx *ctx) const { fnQNStack_Http_FreeCtx(ctx); }
-  };
-
-  void ChooseWay();
-  void ReadHead(Progress &progress);
-  void ReadHeaderLines();
-  void StepTo(int32_t result);
-  void NoteRedirect();
-  void RefuseUnusableRedirect() const;
-  bool StepOverInterimAnswer();
-  void CheckHead() const;
-  void PrintInfo() const;
-  void ReadBody(Output &output, Progress &progress);
-  void ReadRaw(Output &output, Progress &progress);
-  void RecordEnd();
-  void Deliver(ReadFunction read, Output &output, Progress &progress);
-  void CheckTime() const;
-  [[noreturn]] void Fail() const;
-  [[noreturn]] void FailReceiving(const std::string &message) const;
+  std::optional<Outcome> RunHop(Output &output, Progress &progress);
+  std::vector<HeaderField> FieldsOfHop() const;
+  void Follow(const Request &next, int status);
+  void Deliver(Reception &reception, const AnswerHead &head, Output &output, Progress &progress);
+  void DeliverRaw(Reception &reception, Output &output, Progress &progress) const;
 
   const Options &options_;
+  const std::string &body_;
   AnswerRecord *record_;
-  Hop hop_;
-  std::unique_ptr<QNHttpCtx, Release> ctx_;
-  std::string url_;  // the one asked for last
-  int32_t redirects_ = 0;
-  bool status_came_ = false;
-  int64_t received_ = 0;
-  std::vector<char> chunk_;
+  const Retries &retries_;
+  std::vector<HeaderField> fields_;
+  Url first_;
+  Request request_;
+  int redirects_ = 0;
 };
 
 }  // namespace qnget

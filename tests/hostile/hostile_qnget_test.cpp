@@ -1,5 +1,5 @@
-// Guards qnget against peers that never come to an end: its time limit ends it
-// with exit code 4, and no file is left of what has come.
+// Guards qnget against peers that never come to an end: its time limit or a limit
+// of what it takes ends it with exit code 4, and no file is left of what has come.
 #ifdef QNGET_PROGRAM
 
 #include <gtest/gtest.h>
@@ -25,7 +25,10 @@ using std::chrono::milliseconds;
 
 constexpr int kTimedOut = 4;
 constexpr int kReceivingFailed = 4;
-const std::string kOk = "HTTP/1.0 200 OK\r\n\r\n";
+const std::string kStatusLine = "HTTP/1.0 200 OK\r\n";
+const std::string kOk = kStatusLine + "\r\n";
+const std::string kInterim = "HTTP/1.1 100 Continue\r\n\r\n";
+const std::string kChunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
 
 class HostileQnget : public qntest::HostileTest {
  protected:
@@ -51,6 +54,15 @@ class HostileQnget : public qntest::HostileTest {
     Measured("exit code " + std::to_string(result.exit_code));
   }
 
+  // qnget itself gives up, long before the time is up, on a peer that begins
+  // with some bytes and then sends others without end.
+  void ExpectFailureInTime(const std::string &begin, const std::string &without_end) {
+    const ProcessResult result =
+        RunOn({ReadHeader(), SendBytes(begin), SendUntilGone(without_end)}, "/dev/null", "60");
+    EXPECT_EQ(result.exit_code, kReceivingFailed);
+    EXPECT_EQ(result.error.find("timed out"), std::string::npos) << result.error;
+  }
+
  private:
   const qntest::ScratchFolder root_;
 };
@@ -66,7 +78,17 @@ TEST_P(HostileQnget, PeerThatNeverAnswersTimesOut) {
 }
 
 TEST_P(HostileQnget, HeaderThatDripsTimesOut) {
-  ExpectTimeoutWithoutAFile({ReadHeader(), SendUntilGone("x", milliseconds(5))});
+  ExpectTimeoutWithoutAFile(
+      {ReadHeader(), SendBytes(kStatusLine), SendUntilGone("x", milliseconds(5))});
+}
+
+TEST_P(HostileQnget, InterimAnswersThatDripTimeOut) {
+  ExpectTimeoutWithoutAFile({ReadHeader(), SendUntilGone(kInterim, milliseconds(5))});
+}
+
+TEST_P(HostileQnget, ChunksThatDripTimeOut) {
+  ExpectTimeoutWithoutAFile(
+      {ReadHeader(), SendBytes(kChunked), SendUntilGone("1\r\nx\r\n", milliseconds(5))});
 }
 
 TEST_P(HostileQnget, BodyThatDripsTimesOut) {
@@ -79,12 +101,26 @@ TEST_P(HostileQnget, BodyThatNeverEndsTimesOut) {
   EXPECT_EQ(result.exit_code, kTimedOut) << result.error;
 }
 
-// The client itself gives up long before the time is up.
 TEST_P(HostileQnget, HeaderLineThatNeverEndsIsAFailure) {
-  const ProcessResult result =
-      RunOn({ReadHeader(), SendUntilGone(std::string(65536, 'h'))}, "/dev/null", "60");
-  EXPECT_EQ(result.exit_code, kReceivingFailed);
-  EXPECT_EQ(result.error.find("timed out"), std::string::npos) << result.error;
+  ExpectFailureInTime(kStatusLine, std::string(65536, 'h'));
+}
+
+TEST_P(HostileQnget, HeaderWithoutAnEndIsAFailure) { ExpectFailureInTime(kStatusLine, "X: y\r\n"); }
+
+TEST_P(HostileQnget, WhatIsNoHeaderIsAFailure) { ExpectFailureInTime("", std::string(65536, 'h')); }
+
+TEST_P(HostileQnget, InterimAnswersWithoutEndAreAFailure) { ExpectFailureInTime("", kInterim); }
+
+TEST_P(HostileQnget, ChunkSizeThatNeverEndsIsAFailure) {
+  ExpectFailureInTime(kChunked, std::string(65536, '0'));
+}
+
+TEST_P(HostileQnget, ChunkExtensionThatNeverEndsIsAFailure) {
+  ExpectFailureInTime(kChunked + "5;", std::string(65536, 'x'));
+}
+
+TEST_P(HostileQnget, TrailersWithoutEndAreAFailure) {
+  ExpectFailureInTime(kChunked + "0\r\n", "X: y\r\n");
 }
 
 }  // namespace

@@ -45,8 +45,10 @@ const Told kTold[] = {
     {"WithNothing", "", "type: unknown\nlength: unknown\nencoding: none\n"},
     {"WithATypeThatHasParameters", "Content-Type: text/html; charset=utf-8\r\n",
      "type: text/html\nlength: unknown\nencoding: none\n"},
-    {"WithATypeThatCannotBeRead", "Content-Type:text/html\r\n",
-     "type: unknown\nlength: unknown\nencoding: none\n"},
+    {"WithoutABlankBehindTheColon", "Content-Type:text/html\r\nContent-Encoding:gzip\r\n",
+     "type: text/html\nlength: unknown\nencoding: gzip\n"},
+    {"WithATypeThatATerminalObeys", "Content-Type: \x1B[2J\r\n",
+     "type: \\x1b[2J\nlength: unknown\nencoding: none\n"},
     {"WithAnotherEncoding", "Content-Encoding: deflate\r\n",
      "type: unknown\nlength: unknown\nencoding: other\n"},
 };
@@ -86,6 +88,33 @@ TEST(QngetRaw, DeliversALargeAnswer) {
   EXPECT_TRUE(RunQnget({"--raw", LocalUrl(server.port())}).output == answer);
 }
 
+TEST(QngetRaw, DeliversChunksAsTheyCame) {
+  const std::string answer =
+      "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3;x\r\nabc\r\n0\r\nT: u\r\n\r\n";
+  ScriptedServer server({{ReadHeader(), SendBytes(answer), AwaitSignal()}});
+
+  const ProcessResult result = RunQnget({"--raw", LocalUrl(server.port())});
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.output, answer);
+}
+
+TEST(QngetRaw, DeliversInterimAnswersToo) {
+  const std::string answer = "HTTP/1.1 100 Continue\r\n\r\n" + Answer("abc");
+  ScriptedServer server({AnswerWith(answer)});
+
+  EXPECT_EQ(RunQnget({"--raw", LocalUrl(server.port())}).output, answer);
+}
+
+TEST(QngetRaw, DeliversWhatIsNoAnswerAtAll) {
+  ScriptedServer server({AnswerWith("hello")});
+
+  const ProcessResult result = RunQnget({"--raw", LocalUrl(server.port())});
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.output, "hello");
+}
+
 TEST(QngetRaw, FollowsNoRedirect) {
   const std::string answer = RedirectTo("http://mms.invalid/");
   ScriptedServer server({AnswerWith(answer)});
@@ -114,6 +143,23 @@ TEST(QngetRaw, FailsWithoutAnAnswer) {
   EXPECT_EQ(result.error, Message("no answer from server " + Loopback(server.port())));
 }
 
+TEST(QngetRaw, FailsWhereTheAnswerIsCut) {
+  const std::string cut = "HTTP/1.0 200 OK\r\nContent-Length: 5\r\n\r\nabc";
+  const std::string open = "HTTP/1.0 200 OK\r\n\r\nabc";
+  ScriptedServer server({AnswerWith(cut),
+                         AnswerWith("HTTP/1.0 200 OK\r\nX: y"),
+                         {ReadHeader(), SendBytes(open), Reset()}});
+  const std::string answer = "the answer from server " + Loopback(server.port());
+  const std::vector<std::string> arguments{"--raw", LocalUrl(server.port())};
+
+  for (const std::string reason : {" ends after 3 of 5 bytes", " ends within its header",
+                                   " ends after 22 bytes: Connection reset by peer"}) {
+    const ProcessResult result = RunQnget(arguments);
+    EXPECT_EQ(result.exit_code, 4);
+    EXPECT_EQ(result.error, Message(answer + reason));
+  }
+}
+
 TEST(QngetRaw, FailsWithTheStatesExitCodes) {
   const RefusingPort port;
   ScriptedServer server({{ReadHeader(), Reset()}});
@@ -131,11 +177,10 @@ TEST(QngetTrace, KeepsTheLibrarysLines) {
 
   EXPECT_EQ(result.output, "abc");
   const std::string port = std::to_string(server.port());
-  EXPECT_EQ(folder.read("trace"),
-            "create socket 1host:127.0.0.1," + port +
-                "connet socket:1 result:1hostname  = 127.0.0.1socket 1 recv len:41"
-                "ParseAnswer HTTP/1.0 200 OK Ctx->retValue 200HTTP/1.0"
-                "ParseAnswer Content-Length: 3Ctx->retCtxLen 3ParseAnswer ");
+  EXPECT_EQ(folder.read("trace"), "create socket 1host:127.0.0.1," + port +
+                                      "connet socket:1 result:1hostname  = 127.0.0.1"
+                                      "ParseAnswer HTTP/1.0 200 OK Ctx->retValue 200HTTP/1.0"
+                                      "ParseAnswer Content-Length: 3Ctx->retCtxLen 3ParseAnswer ");
 }
 
 TEST(QngetTrace, GoesToStandardErrorForADash) {
@@ -171,6 +216,15 @@ TEST(QngetTrace, IsKeptOfATransferThatIsKilled) {
 
   EXPECT_EQ(program.wait().signal, SIGKILL);
   EXPECT_THAT(folder.read("trace"), HasSubstr("ParseAnswer HTTP/1.0 200 OK"));
+}
+
+TEST(QngetTrace, GoesToStandardErrorWithADash) {
+  ScriptedServer server({AnswerWith(Answer("abc"))});
+
+  const ProcessResult result = RunQnget({"--trace", "-", LocalUrl(server.port())});
+
+  EXPECT_EQ(result.output, "abc");
+  EXPECT_THAT(result.error, testing::StartsWith("create socket 1"));
 }
 
 TEST(QngetTrace, IsExitCode6WhenItCannotBeOpened) {

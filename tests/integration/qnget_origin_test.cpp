@@ -50,6 +50,18 @@ class Origin {
     server_.Get("/large", [](const Request &, Response &response) {
       response.set_content(ScatteredBytes(kLarge), "application/octet-stream");
     });
+    server_.Get("/chunks", [](const Request &, Response &response) {
+      response.set_chunked_content_provider("text/plain",
+                                            [](size_t offset, httplib::DataSink &sink) {
+                                              if (offset == 0) return sink.write("in ", 3);
+                                              sink.write("pieces", 6);
+                                              sink.done();
+                                              return true;
+                                            });
+    });
+    server_.Get("/down/here", [](const Request &, Response &response) {
+      response.set_redirect("../chunks#end", 308);
+    });
     server_.Get("/enter", [](const Request &request, Response &response) {
       response.set_header("Set-Cookie", "pass=7; Path=/");
       response.set_redirect("http://" + request.get_header_value("Host") + "/inside");
@@ -105,6 +117,20 @@ TEST_F(QngetAtAnOrigin, AsksForAHeader) {
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.output, "");
   EXPECT_THAT(result.error, HasSubstr("length: " + std::to_string(kLarge) + "\n"));
+}
+
+TEST_F(QngetAtAnOrigin, DecodesChunks) {
+  const ProcessResult result = RunQnget({origin_.Url("/chunks")});
+
+  EXPECT_EQ(result.exit_code, 0) << result.error;
+  EXPECT_EQ(result.output, "in pieces");
+}
+
+TEST_F(QngetAtAnOrigin, FollowsARelativeRedirect) {
+  const ProcessResult result = RunQnget({"-i", origin_.Url("/down/here")});
+
+  EXPECT_EQ(result.output, "in pieces");
+  EXPECT_THAT(result.error, HasSubstr("url: " + origin_.Url("/chunks") + "\n"));
 }
 
 TEST_F(QngetAtAnOrigin, FollowsARedirectWithItsCookie) {

@@ -42,6 +42,10 @@ std::vector<std::string> SlowResolverCommand(const std::vector<std::string> &arg
   return Command(QNGET_SLOW_RESOLVER_PROGRAM, arguments);
 }
 
+std::vector<std::string> FailingResolverCommand(const std::vector<std::string> &arguments) {
+  return Command(QNGET_FAILING_RESOLVER_PROGRAM, arguments);
+}
+
 ProcessResult RunQnget(const std::vector<std::string> &arguments, const ProcessOptions &options) {
   return RunProgram(QngetCommand(arguments), options);
 }

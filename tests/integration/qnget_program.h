@@ -19,6 +19,9 @@ std::vector<std::string> QngetCommand(const std::vector<std::string> &arguments)
 // The same with a resolver that answers after two minutes.
 std::vector<std::string> SlowResolverCommand(const std::vector<std::string> &arguments);
 
+// The same with a resolver that knows no name, and why by the name.
+std::vector<std::string> FailingResolverCommand(const std::vector<std::string> &arguments);
+
 // Runs the program to its end.
 ProcessResult RunQnget(const std::vector<std::string> &arguments,
                        const ProcessOptions &options = {});

@@ -13,8 +13,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// Without a location the same URL is asked again.
-const std::string kAgain = Answer("again", "", "302 Found");
+const std::string kAgain = RedirectTo("/");
 
 TEST(QngetRedirect, DeliversTheBodyOfTheLastAnswer) {
   ScriptedServer target({AnswerWith(Answer("there"))});
@@ -62,7 +61,8 @@ TEST(QngetRedirect, NamesTheServerThatFailed) {
   const ProcessResult result = RunQnget({LocalUrl(server.port())});
 
   EXPECT_EQ(result.exit_code, 3);
-  EXPECT_EQ(result.error, Message("no connection to server " + Loopback(port.port())));
+  EXPECT_EQ(result.error,
+            Message("no connection to server " + Loopback(port.port()) + ": Connection refused"));
 }
 
 TEST(QngetRedirect, IsFollowedTenTimes) {
@@ -88,13 +88,138 @@ TEST(QngetRedirect, FailsTheEleventhTime) {
   EXPECT_EQ(result.error, Message("more than 10 redirects, the last to " + url));
 }
 
-TEST(QngetRedirect, GoesOnAsAGetAfterAPost) {
+struct Reference {
+  const char *name;
+  const char *location;
+  const char *asked;  // on the same server
+};
+
+void PrintTo(const Reference &reference, std::ostream *out) { *out << reference.name; }
+
+class QngetRelativeRedirect : public testing::TestWithParam<Reference> {};
+
+TEST_P(QngetRelativeRedirect, IsResolved) {
+  ScriptedServer server({AnswerWith(RedirectTo(GetParam().location)), AnswerWith(Answer("there"))});
+  const std::string asked = GetParam().asked;
+
+  const ProcessResult result = RunQnget({"-i", LocalUrl(server.port(), "/a/b?c")});
+
+  EXPECT_EQ(result.output, "there");
+  EXPECT_THAT(server.Received(1), StartsWith("GET " + asked + " HTTP/1.0\r\n"));
+  EXPECT_THAT(result.error, HasSubstr("\nurl: " + LocalUrl(server.port(), asked) + "\n"));
+}
+
+const Reference kReferences[] = {
+    {"ToAPath", "/new?d", "/new?d"},      {"ToANeighbour", "new", "/a/new"},
+    {"Upwards", "../new", "/new"},        {"ToAnotherQuery", "?d", "/a/b?d"},
+    {"WithAFragment", "/new#f", "/new"},  {"ToAFragment", "#f", "/a/b?c"},
+    {"WithABlank", "/a new", "/a%20new"}, {"WithUtf8", "/\xC3\xBC", "/%C3%BC"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Qnget, QngetRelativeRedirect, testing::ValuesIn(kReferences),
+                         [](const auto &test) { return std::string(test.param.name); });
+
+TEST(QngetRedirect, IsFollowedToAnotherServerByItsNameAlone) {
   ScriptedServer target({AnswerWith(Answer("there"))});
-  ScriptedServer server({AnswerBodyWith(3, RedirectTo(LocalUrl(target.port(), "/get")))});
+  ScriptedServer server({AnswerWith(RedirectTo("//" + Loopback(target.port()) + "/new"))});
 
-  RunQnget({"--data", "-", LocalUrl(server.port())}, {.input = "a=b"});
+  EXPECT_EQ(RunQnget({LocalUrl(server.port())}).output, "there");
+  EXPECT_THAT(target.Received(0), StartsWith("GET /new HTTP/1.0\r\n"));
+}
 
-  EXPECT_THAT(target.Received(0), StartsWith("GET /get HTTP/1.0\r\n"));
+TEST(QngetRedirect, GoesThroughTheProxyAgain) {
+  ScriptedServer proxy({AnswerWith(RedirectTo("../new")), AnswerWith(Answer("there"))});
+
+  RunQnget({"-p", Loopback(proxy.port()), "http://mms.invalid:81/a/b"});
+
+  EXPECT_THAT(proxy.Received(1), StartsWith("GET http://mms.invalid:81/new HTTP/1.0\r\n"));
+}
+
+// Its server may keep the connection open, and the body does not matter.
+TEST(QngetRedirect, IsFollowedBeforeItsBodyHasCome) {
+  const std::string head = "HTTP/1.0 302 Found\r\nLocation: /new\r\nContent-Length: 9\r\n\r\n";
+  ScriptedServer server(
+      {{ReadHeader(), SendBytes(head), ReadToEnd()}, AnswerWith(Answer("there"))});
+
+  EXPECT_EQ(RunQnget({LocalUrl(server.port())}).output, "there");
+}
+
+TEST(QngetRedirect, WithoutALocationIsTheFinalAnswer) {
+  ScriptedServer server({AnswerWith(Answer("here", "", "302 Found"))});
+
+  const ProcessResult result = RunQnget({LocalUrl(server.port())});
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.output, "here");
+}
+
+TEST(QngetRedirect, WithAChoiceIsTheFinalAnswer) {
+  ScriptedServer server({AnswerWith(RedirectTo("/new", "300 Multiple Choices"))});
+
+  const ProcessResult result = RunQnget({LocalUrl(server.port())});
+
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_EQ(result.output, "elsewhere");
+}
+
+TEST(QngetRedirect, GoesOnAsAGetAfterAPost) {
+  ScriptedServer server({AnswerBodyWith(3, RedirectTo("/get")), AnswerWith(Answer("there"))});
+
+  const ProcessResult result = RunQnget({"--data", "-", LocalUrl(server.port())}, {.input = "a=b"});
+
+  EXPECT_EQ(result.output, "there");
+  EXPECT_EQ(result.error,
+            Message("redirected with status 302; the POST goes on as a GET without its body"));
+  EXPECT_THAT(server.Received(1), StartsWith("GET /get HTTP/1.0\r\n"));
+  EXPECT_THAT(server.Received(1), testing::Not(HasSubstr("Content-")));
+  EXPECT_THAT(server.Received(1), testing::EndsWith("\r\n\r\n"));
+}
+
+TEST(QngetRedirect, PostsAgainWithTheStatusesForThat) {
+  for (const std::string status : {"307 Temporary Redirect", "308 Permanent Redirect"}) {
+    ScriptedServer server(
+        {AnswerBodyWith(3, RedirectTo("/again", status)), AnswerBodyWith(3, Answer("there"))});
+
+    const ProcessResult result =
+        RunQnget({"--data", "-", LocalUrl(server.port())}, {.input = "a=b"});
+
+    EXPECT_EQ(result.error, "");
+    EXPECT_THAT(server.Received(1), StartsWith("POST /again HTTP/1.0\r\n"));
+    EXPECT_THAT(server.Received(1), testing::EndsWith("Content-Length: 3\r\n\r\na=b"));
+  }
+}
+
+TEST(QngetRedirect, OfAHeadStaysAHead) {
+  ScriptedServer server({AnswerWith(RedirectTo("/new", "303 See Other")), AnswerWith(Answer(""))});
+
+  RunQnget({"-X", "HEAD", LocalUrl(server.port())});
+
+  EXPECT_THAT(server.Received(1), StartsWith("HEAD /new HTTP/1.0\r\n"));
+}
+
+TEST(QngetRedirect, TakesItsCookieAlong) {
+  const std::string redirect = "HTTP/1.0 302 Found\nSet-Cookie: sid=7; Path=/\nLocation: /in\n\n";
+  ScriptedServer server({AnswerWith(redirect), AnswerWith(Answer("there"))});
+
+  RunQnget({LocalUrl(server.port())});
+
+  EXPECT_THAT(server.Received(1), HasSubstr("\r\nCookie: sid=7\r\n"));
+}
+
+TEST(QngetRedirect, TellsOnlyTheFirstServerWhoTheUserIs) {
+  ScriptedServer other({AnswerWith(Answer("there"))});
+  ScriptedServer server(
+      {AnswerWith(RedirectTo("/next")), AnswerWith(RedirectTo(LocalUrl(other.port())))});
+
+  RunQnget({"-H", "Authorization: Basic eA==", "-H", "Cookie: a=b", "-H", "X-A: 1",
+            LocalUrl(server.port())});
+
+  const std::string secret = "\r\nAuthorization: Basic eA==\r\nCookie: a=b\r\nX-A: 1\r\n";
+  EXPECT_THAT(server.Received(0), HasSubstr(secret));
+  EXPECT_THAT(server.Received(1), HasSubstr(secret));
+  EXPECT_THAT(other.Received(0), testing::Not(HasSubstr("Authorization")));
+  EXPECT_THAT(other.Received(0), testing::Not(HasSubstr("Cookie")));
+  EXPECT_THAT(other.Received(0), HasSubstr("\r\nX-A: 1\r\n"));
 }
 
 struct Target {
@@ -119,9 +244,12 @@ TEST_P(QngetUnusableRedirect, IsRefused) {
 }
 
 const Target kTargets[] = {
-    {"ToASecureUrl", "https://127.0.0.1/", 3, "qnget speaks plain HTTP, not https"},
-    {"ToAPathAlone", "/new", 2, "'/new' names no server"},
-    {"ToNothing", "", 2, "'' names no server"},
+    {"ToASecureUrl", "https://127.0.0.1/", 7, "qnget speaks plain HTTP, not https"},
+    {"ToAnotherScheme", "ftp://127.0.0.1/", 3, "qnget speaks plain HTTP, not ftp"},
+    {"ToNoServer", "http:///new", 2, "'http:///new' names no server"},
+    {"ToAUser", "http://me@127.0.0.1/", 3,
+     "it has a user's name; say -H 'Authorization: ...' instead"},
+    {"ToWhatATerminalObeys", "/\x1B[2J", 3, "it has control characters"},
     {"ToPort0", "http://127.0.0.1:0/", 3, "the port is not from 1 to 65535"},
     {"ToAUrlThatWouldBeCut", "http://127.0.0.1/" + std::string(2000, 'x'), 3,
      "longer than 2000 bytes"},

@@ -1,5 +1,5 @@
-// The retries of qnget: how many, after which pauses, and that only a transfer
-// without a status is tried again.
+// The retries of qnget: how many, after which pauses, and that nothing is tried
+// again that has an answer, nor posted again that may have arrived.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -24,7 +24,8 @@ std::vector<std::string> Retrying(const std::string &times, const std::string &u
 
 TEST(QngetRetry, SaysEachTryAndDoublesThePause) {
   const RefusingPort port;
-  const std::string failed = "no connection to server " + Loopback(port.port());
+  const std::string failed =
+      "no connection to server " + Loopback(port.port()) + ": Connection refused";
 
   const ProcessResult result = RunQnget(Retrying("3", LocalUrl(port.port())));
 
@@ -60,16 +61,84 @@ TEST(QngetRetry, EndsWithTheFirstAnswer) {
   EXPECT_EQ(server.Finish(), "");
 }
 
-TEST(QngetRetry, SendsTheBodyAgain) {
+// What the server may have, it may have sent on.
+TEST(QngetRetry, DoesNotPostAgainWhatMayHaveArrived) {
+  for (const std::string method : {"POST", "PUT"}) {
+    ScriptedServer server({AnswerBodyWith(3, "")});
+    std::vector<std::string> arguments = Retrying("1", LocalUrl(server.port()));
+    arguments.insert(arguments.begin(), {"-X", method, "--data", "-"});
+
+    const ProcessResult result = RunQnget(arguments, {.input = "a=b"});
+
+    EXPECT_EQ(result.exit_code, 4);
+    EXPECT_EQ(result.error, Message("no answer from server " + Loopback(server.port())));
+  }
+}
+
+TEST(QngetRetry, PostsAgainWhereNobodyWasConnected) {
+  const RefusingPort port;
+  std::vector<std::string> arguments = Retrying("1", LocalUrl(port.port()));
+  arguments.insert(arguments.begin(), {"--data", "-"});
+
+  EXPECT_THAT(RunQnget(arguments, {.input = "a=b"}).error, HasSubstr("; retry 1 of 1 in 0.01 s\n"));
+}
+
+TEST(QngetRetry, PostsAgainWhereTheUserSaysSo) {
   ScriptedServer server({AnswerBodyWith(3, ""), AnswerBodyWith(3, Answer("x"))});
   std::vector<std::string> arguments = Retrying("1", LocalUrl(server.port()));
-  arguments.insert(arguments.begin(), {"--data", "-"});
+  arguments.insert(arguments.begin(), {"--retry-all", "--data", "-"});
 
   EXPECT_EQ(RunQnget(arguments, {.input = "a=b"}).exit_code, 0);
 
   EXPECT_EQ(server.Finish(), "");
   EXPECT_EQ(server.Received(1), server.Received(0));
   EXPECT_THAT(server.Received(1), testing::EndsWith("\r\n\r\na=b"));
+}
+
+TEST(QngetRetry, WaitsAsLongAsABusyServerSays) {
+  for (const std::string status : {"503 Busy", "429 Too Many"}) {
+    ScriptedServer server(
+        {AnswerWith(Answer("busy", "Retry-After: 1\r\n", status)), AnswerWith(Answer("done"))});
+    const auto begin = Clock::now();
+
+    const ProcessResult result = RunQnget(Retrying("1", LocalUrl(server.port())));
+
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_EQ(result.output, "done");
+    EXPECT_EQ(result.error,
+              Message("the answer has status " + status.substr(0, 3) + "; retry 1 of 1 in 1 s"));
+    EXPECT_GE(Clock::now() - begin, std::chrono::seconds(1));
+  }
+}
+
+TEST(QngetRetry, WaitsUntilTheDateThatABusyServerSays) {
+  const std::string lines =
+      "Date: Sun, 06 Nov 1994 08:49:37 GMT\r\nRetry-After: Sun, 06 Nov 1994 08:49:38 GMT\r\n";
+  ScriptedServer server(
+      {AnswerWith(Answer("busy", lines, "503 Busy")), AnswerWith(Answer("done"))});
+
+  const ProcessResult result = RunQnget(Retrying("1", LocalUrl(server.port())));
+
+  EXPECT_EQ(result.output, "done");
+  EXPECT_THAT(result.error, HasSubstr("; retry 1 of 1 in 1 s\n"));
+}
+
+TEST(QngetRetry, DoesNotAskABusyServerAtOnce) {
+  ScriptedServer server(
+      {AnswerWith(Answer("busy", "Retry-After: 0\r\n", "503 Busy")), AnswerWith(Answer("done"))});
+
+  EXPECT_THAT(RunQnget(Retrying("1", LocalUrl(server.port()))).error,
+              HasSubstr("; retry 1 of 1 in 0.01 s\n"));
+}
+
+TEST(QngetRetry, DeliversTheLastBusyAnswer) {
+  const ConnectionScript busy = AnswerWith(Answer("busy", "Retry-After: 0\r\n", "503 Busy"));
+  ScriptedServer server({busy, busy});
+
+  const ProcessResult result = RunQnget(Retrying("1", LocalUrl(server.port())));
+
+  EXPECT_EQ(result.exit_code, 22);
+  EXPECT_EQ(result.output, "busy");
 }
 
 TEST(QngetRetry, TriesAnUnresolvedNameAgain) {
@@ -129,6 +198,19 @@ TEST_P(QngetNoRetry, IsDone) {
 
 const NoRetry kNoRetries[] = {
     {"AfterAnErrorStatus", AnswerWith(Answer("", "", "503 Busy")), {}, 22},
+    {"AfterAStatusOfNoBusyServer",
+     AnswerWith(Answer("", "Retry-After: 0\r\n", "500 Broken")),
+     {},
+     22},
+    {"AfterABusyPost",
+     AnswerWith(Answer("", "Retry-After: 0\r\n", "503 Busy")),
+     {"-X", "POST"},
+     22},
+    {"AfterAWaitBeyondAnHour", AnswerWith(Answer("", "Retry-After: 3601\r\n", "503 Busy")), {}, 22},
+    {"AfterAWaitBeyondTheTimeLimit",
+     AnswerWith(Answer("", "Retry-After: 30\r\n", "503 Busy")),
+     {"--timeout=20"},
+     22},
     {"AfterPartOfABody", AnswerWith("HTTP/1.0 200 OK\r\nContent-Length: 5\r\n\r\nabc"), {}, 4},
     {"AfterPartOfAHeader", AnswerWith("HTTP/1.0 200 OK\r\nX: y"), {}, 4},
     {"AfterATimeout", {ReadHeader(), AwaitSignal()}, {"--timeout=0.5"}, 4},

@@ -192,7 +192,7 @@ TEST(QngetTimeout, EndsTheResolverOneSecondLater) {
       SlowResolverCommand({kTimeout, "-o", file, "-p", "1.2.3.4.5:80", "http://mms.invalid/"}));
 
   EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, TimedOut("resolving proxy 1.2.3.4.5"));
+  EXPECT_EQ(result.error, TimedOut("resolving proxy 1.2.3.4.5:80"));
   EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(1500));
   EXPECT_EQ(folder.read("kept"), "old");
   EXPECT_EQ(folder.names(), std::vector<std::string>{"kept"});
