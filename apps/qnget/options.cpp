@@ -10,6 +10,7 @@
 #include "failure.h"
 #include "qnstack/qn_version.h"
 #include "settings.h"
+#include "signals.h"
 
 namespace qnget {
 namespace {
@@ -29,7 +30,8 @@ constexpr const char *kFooter =
     "  3   no connection, or sending failed\n"
     "  4   receiving failed, the answer is incomplete, or the time was up\n"
     "  5   more than 10 redirects\n"
-    "  6   the output, the trace file, the settings or the emptied cache could not be written\n"
+    "  6   the output, the trace file, the settings or the emptied cache could not be written,\n"
+    "      or settings could not be read\n"
     "  22  the answer's status is 400 or above (its body is delivered all the same)\n"
     "A FILE that is given with -o appears only when the answer is complete.";
 
@@ -50,7 +52,10 @@ CLI::Validator Between(double low, double high, const std::string &words) {
 
 // What is read by CLI11 and put in its place afterwards.
 struct Raw {
-  std::map<std::string, std::string> settable;  // by its key as a setting
+  // By its key as a setting: what was given or set. Empty is as good as none, but
+  // was said.
+  std::map<std::string, std::string> settable;
+  std::string root;
   std::string data;
   std::string content_type;
   bool list_cache = false;
@@ -72,7 +77,11 @@ std::string CheckNotEmpty(const std::string &text) { return text.empty() ? "it i
 void AddSettable(CLI::App &app, Raw &raw, const std::string &names, const char *key,
                  const char *help, const char *type) {
   app.add_option(names, raw.settable[key], help)
-      ->check(CLI::Validator(FindSettingKind(key)->check, ""))
+      ->check(CLI::Validator(
+          [kind = FindSettingKind(key)](const std::string &value) {
+            return ProblemOfSetting(*kind, value);
+          },
+          ""))
       ->type_name(type);
 }
 
@@ -131,17 +140,19 @@ void AddPatienceOptions(CLI::App &app, Options &options, Raw &raw) {
 void AddStoreOptions(CLI::App &app, Options &options, Raw &raw) {
   app.add_flag("--cache", options.cache,
                "Deliver a fresh answer from the cache, and keep what may be kept; GET alone");
-  app.add_flag("--cache-list", raw.list_cache,
-               "Print what the cache holds; times are the library's seconds")
-      ->excludes("--cache");
+  app.add_flag("--refresh", options.refresh,
+               "Ask anew, as with --cache, and replace what the cache has");
+  app.add_flag("--cache-list", raw.list_cache, "Print what the cache holds")
+      ->excludes("--cache", "--refresh");
   app.add_flag("--cache-clear", raw.clear_cache, "Empty the cache")
-      ->excludes("--cache", "--cache-list");
-  app.add_option("--root", options.root,
-                 "Folder of cache and settings (default: $XDG_CACHE_HOME/qnget or "
-                 "$HOME/.cache/qnget)")
+      ->excludes("--cache", "--refresh", "--cache-list");
+  app.add_option("--root", raw.root,
+                 "Folder of settings and cache (default: qnget in $XDG_CONFIG_HOME or ~/.config, "
+                 "and in $XDG_CACHE_HOME or ~/.cache)")
       ->check(CLI::Validator(CheckNotEmpty, ""))
       ->type_name("DIR");
-  app.add_option("--operator", options.operator_name, "Use the settings of this NAME")
+  app.add_option("--operator", options.operator_name,
+                 "Let the settings of this NAME go before the general ones")
       ->check(CLI::Validator(CheckOperator, ""))
       ->type_name("NAME");
 }
@@ -175,56 +186,51 @@ void AddConfigCommands(CLI::App &app, Options &options) {
 }
 
 // The settings stand in for what is not given, and are checked like it.
-void FillInSettings(const CLI::App &app, const Options &options, Raw &raw) {
-  const Settings settings(options.root, options.operator_name, IfMissing::kLeave);
-  if (!options.operator_name.empty() && !settings.Exist()) {
-    throw Failure(kUsage, "there are no settings of operator " + options.operator_name);
-  }
-  for (const SettingKind &kind : SettingKinds()) {
-    if (app.count(std::string("--") + kind.key) > 0) continue;
-    const std::optional<std::string> value = settings.Get(kind.key);
-    if (!value) continue;
-    const std::string problem = ProblemOfSetting(kind, *value);
-    if (!problem.empty()) {
-      throw Failure(kUsage, std::string("setting ") + kind.key + ": " + Printable(problem));
-    }
-    raw.settable[kind.key] = *value;
-  }
-}
-
-// What has neither been given nor set is not sent.
-void DropUnset(const CLI::App &app, Raw &raw) {
-  std::erase_if(raw.settable, [&](const auto &item) {
-    return item.second.empty() && app.count("--" + item.first) == 0;
-  });
-}
-
 void ReadSettings(const CLI::App &app, const Options &options, Raw &raw) {
-  try {
-    FillInSettings(app, options, raw);
-  } catch (const Failure &failure) {
-    // Without its folder qnget does what it does without settings.
-    if (failure.code() == kUsage || !options.operator_name.empty()) throw;
-    Say(std::string("no settings: ") + failure.what());
+  const auto settings = SettingsInForce(options.folders, options.operator_name);
+  for (const SettingKind &kind : SettingKinds()) {
+    const std::string key = kind.key;
+    if (app.count("--" + key) > 0) continue;
+    const auto found = settings.find(key);
+    if (found == settings.end()) {
+      raw.settable.erase(key);
+      continue;
+    }
+    const std::string problem = ProblemOfSetting(kind, found->second);
+    if (!problem.empty()) throw Failure(kUsage, "setting " + key + ": " + Printable(problem));
+    raw.settable[key] = found->second;
   }
-  DropUnset(app, raw);
+}
+
+std::string SaidOf(const Raw &raw, const char *key) {
+  const auto said = raw.settable.find(key);
+  return said == raw.settable.end() ? "" : said->second;
+}
+
+double TimeoutIn(const Raw &raw) {
+  const std::string said = SaidOf(raw, "timeout");
+  double seconds = 0;
+  if (!said.empty()) CLI::detail::lexical_cast(said, seconds);
+  return seconds;
+}
+
+// The time that an option gives counts for reading the settings too.
+void StartGivenDeadline(const Raw &raw) {
+  const double seconds = TimeoutIn(raw);
+  if (seconds > 0) StartDeadline(seconds);
 }
 
 void FillIn(const CLI::App &app, const Raw &raw, Options &options) {
   const auto header = [&](const char *key, const char *name) {
-    const auto value = raw.settable.find(key);
-    if (value != raw.settable.end()) options.headers.emplace_back(name, value->second);
+    const std::string value = SaidOf(raw, key);
+    if (!value.empty()) options.headers.emplace_back(name, value);
   };
   header("accept", "Accept");
   header("user-agent", "User-Agent");
   header("profile", "Profile");
   header("accept-language", "Accept-Language");
-  if (const auto proxy = raw.settable.find("proxy"); proxy != raw.settable.end()) {
-    options.proxy = ReadProxy(proxy->second);
-  }
-  if (const auto timeout = raw.settable.find("timeout"); timeout != raw.settable.end()) {
-    CLI::detail::lexical_cast(timeout->second, options.timeout);
-  }
+  options.proxy = ReadProxy(SaidOf(raw, "proxy"));
+  options.timeout = TimeoutIn(raw);
   if (app.count("--data") > 0) options.data = raw.data;
   if (app.count("--content-type") > 0) options.content_type = raw.content_type;
   if (options.method.empty()) options.method = options.data ? "POST" : "GET";
@@ -254,11 +260,27 @@ void CheckStoreTask(const CLI::App &app, const Options &options) {
 
 void FindTask(const CLI::App &app, const Raw &raw, Options &options) {
   const bool config = app.got_subcommand("config");
+  if (options.refresh) options.cache = true;
   if (config && (raw.list_cache || raw.clear_cache || options.cache)) {
     throw Failure(kUsage, "config does not go with the cache's options");
   }
   if (raw.list_cache) options.task = Task::kListCache;
   if (raw.clear_cache) options.task = Task::kClearCache;
+}
+
+// CLI11 takes the word behind "--name=" for its value, which is meant to be empty.
+// It wants the words from the last to the first.
+std::vector<std::string> WordsOf(int argc, const char *const *argv) {
+  std::vector<std::string> words;
+  for (int i = 1; i < argc; ++i) {
+    std::string word = argv[i];
+    const bool empty = word.starts_with("--") && word.find('=') == word.size() - 1;
+    if (empty) word.pop_back();
+    words.push_back(word);
+    if (empty) words.emplace_back();
+  }
+  std::reverse(words.begin(), words.end());
+  return words;
 }
 
 void Print(const std::string &text) {
@@ -280,7 +302,7 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   AddStoreOptions(app, options, raw);
   AddConfigCommands(app, options);
   try {
-    app.parse(argc, argv);
+    app.parse(WordsOf(argc, argv));
   } catch (const CLI::CallForHelp &) {
     Print(app.help());
     return {};
@@ -291,7 +313,8 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
     throw Failure(kUsage, error.what() + std::string(" (see qnget --help)"));
   }
   FindTask(app, raw, options);
-  options.root = RootFolder(options.root);
+  StartGivenDeadline(raw);
+  options.folders = FoldersBelow(raw.root);
   if (options.task != Task::kTransfer) {
     CheckStoreTask(app, options);
     return options;

@@ -9,6 +9,8 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 
@@ -19,11 +21,15 @@ namespace {
 
 constexpr suseconds_t kTickMicroseconds = 100000;
 constexpr sig_atomic_t kTicksOfGrace = 10;
+constexpr double kShortest = 1e-5;  // seconds; a timer of 0 would not run
+
+const auto program_start = std::chrono::steady_clock::now();
 
 char temporary_file[PATH_MAX];
 char last_words[1024];
 volatile sig_atomic_t ticks = 0;
 double time_allowed = 0;
+bool deadline_set = false;
 
 void CopyText(char *destination, size_t room, const std::string &text) {
   const size_t length = text.copy(destination, room - 1);
@@ -100,10 +106,12 @@ void SetTemporaryFile(const std::string &path) {
 
 void StartDeadline(double seconds) {
   time_allowed = seconds;
+  deadline_set = true;
   SetLastWords("waiting");
   Handle(SIGALRM, Tick, 0);
+  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - program_start;
   double whole = 0;
-  const double part = std::modf(seconds, &whole);
+  const double part = std::modf(std::max(seconds - passed.count(), kShortest), &whole);
   itimerval timer{};
   timer.it_value.tv_sec = static_cast<time_t>(whole);
   timer.it_value.tv_usec = static_cast<suseconds_t>(part * 1e6);
@@ -114,6 +122,7 @@ void StartDeadline(double seconds) {
 void StopDeadline() {
   const itimerval never{};
   setitimer(ITIMER_REAL, &never, nullptr);
+  deadline_set = false;
 }
 
 void SetLastWords(const std::string &doing) {
@@ -121,8 +130,12 @@ void SetLastWords(const std::string &doing) {
   CopyText(last_words, sizeof last_words, "qnget: " + TimeoutMessage(doing) + "\n");
 }
 
+bool DeadlineIsSet() { return deadline_set; }
+
+bool TimeIsUp() { return ticks > 0; }
+
 void CheckDeadline(const std::string &doing) {
-  if (ticks > 0) throw Failure(kNotReceived, TimeoutMessage(doing));
+  if (TimeIsUp()) throw Failure(kNotReceived, TimeoutMessage(doing));
 }
 
 void PauseFor(double seconds, const std::string &doing) {

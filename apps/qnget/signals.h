@@ -35,7 +35,7 @@ void InstallSignalHandlers();
  */
 void SetTemporaryFile(const std::string &path);
 
-/** Lets the time run; `seconds` from now it is up. */
+/** Lets the time run; `seconds` after the program's start it is up. */
 void StartDeadline(double seconds);
 
 /** From here on the time cannot run out any more. */
@@ -47,6 +47,11 @@ void StopDeadline();
  * with these words.
  */
 void SetLastWords(const std::string &doing);
+
+/** Whether the time runs. */
+bool DeadlineIsSet();
+
+bool TimeIsUp();
 
 /** Throws Failure if the time is up; `doing` completes "timed out ..., while". */
 void CheckDeadline(const std::string &doing);

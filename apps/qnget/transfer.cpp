@@ -14,6 +14,7 @@ namespace {
 constexpr size_t kChunk = 32768;
 constexpr int32_t kMostRedirects = 10;
 constexpr int32_t kNoContent = 204;
+constexpr uint32_t kPause = 20480;  // unread bytes above which the library receives no more
 constexpr int32_t kUnknown = -1;
 constexpr const char *kBadPort = "the port is not from 1 to 65535";
 
@@ -94,8 +95,8 @@ int Transfer::Run(Output &output, Progress &progress) {
 
 // Asks for no body bytes yet, so that nothing of a header can get lost among them.
 void Transfer::ReadHead() {
+  if (record_ != nullptr) record_->Start();
   do {
-    if (record_ != nullptr) record_->Start();
     while (ctx_->headParsed == 0) ReadHeaderLines();
   } while (StepOverInterimAnswer());
   CheckHead();
@@ -105,16 +106,29 @@ void Transfer::ReadHead() {
 // next call, unless the call began another answer.
 void Transfer::ReadHeaderLines() {
   const QNMemBuffer &buffer = *ctx_->recvBuf;
+  if (record_ != nullptr) ReceiveAhead();
+  const std::string unread(buffer.data + buffer.cursor, buffer.length - buffer.cursor);
   const uint32_t before = TakenOff(buffer);
   const int32_t redirects = ctx_->redirectCount;
   const int32_t result = fnQNStack_Http_ReadRecvContext(ctx_.get(), chunk_.data(), 0);
-  if (record_ != nullptr && ctx_->redirectCount != redirects) {
-    record_->Start();
-  } else if (record_ != nullptr) {
-    const uint32_t taken = TakenOff(buffer) - before;
-    record_->TakeHeader({buffer.data + buffer.cursor - taken, taken});
-  }
+  const bool whole = ctx_->headParsed != 0 || ctx_->redirectCount != redirects;
+  head_ += whole ? unread.substr(0, unread.find("\r\n\r\n"))
+                 : unread.substr(0, TakenOff(buffer) - before);
+  if (whole) RecordHead();
   StepTo(result);
+}
+
+// As much of a header as the library takes in before it reads it.
+void Transfer::ReceiveAhead() {
+  const QNMemBuffer &buffer = *ctx_->recvBuf;
+  while (fnQNStack_Http_Run(ctx_.get()) == -2 && buffer.length - buffer.cursor <= kPause) {
+    CheckTime();
+  }
+}
+
+void Transfer::RecordHead() {
+  if (record_ != nullptr) record_->TakeHead(ReadAnswerHead(head_));
+  head_.clear();
 }
 
 void Transfer::StepTo(int32_t result) {
@@ -199,7 +213,7 @@ void Transfer::ReadRaw(Output &output, Progress &progress) {
 // A context whose connection broke has lost its socket; what came before that
 // need not be all.
 void Transfer::RecordEnd() {
-  if (ctx_->socket > 0) record_->Complete(ctx_->retValue, TypeOf(*ctx_));
+  if (ctx_->socket > 0) record_->Complete();
 }
 
 void Transfer::Deliver(ReadFunction read, Output &output, Progress &progress) {

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "cache.h"
+#include "answer_record.h"
 #include "hop.h"
 #include "options.h"
 #include "output.h"
@@ -52,6 +52,8 @@ class Transfer {
 
   void ReadHead();
   void ReadHeaderLines();
+  void ReceiveAhead();
+  void RecordHead();
   void StepTo(int32_t result);
   void NoteRedirect();
   void RefuseUnusableRedirect() const;
@@ -68,6 +70,7 @@ class Transfer {
 
   const Options &options_;
   AnswerRecord *record_;
+  std::string head_;  // of the answer under way, as far as it has been taken
   Hop hop_;
   std::unique_ptr<QNHttpCtx, Release> ctx_;
   std::string url_;  // the one asked for last

@@ -23,7 +23,10 @@ std::vector<std::string> Command(const char *program, const std::vector<std::str
 // The settings of whoever runs the tests are none of theirs.
 class NoUserFolder : public testing::Environment {
  public:
-  void SetUp() override { setenv("XDG_CACHE_HOME", "/nonexistent", 1); }
+  void SetUp() override {
+    setenv("XDG_CACHE_HOME", "/proc/nonexistent", 1);
+    setenv("XDG_CONFIG_HOME", "/proc/nonexistent", 1);
+  }
 };
 
 [[maybe_unused]] const testing::Environment *const kNoUserFolder =
