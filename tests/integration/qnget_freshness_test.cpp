@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <fstream>
+#include <iterator>
 #include <optional>
 
 #include "cache_directives.h"
@@ -33,6 +35,13 @@ TEST_P(QngetFreshnessOf, IsAsTheTableSays) {
   const std::optional<int64_t> until = UntilOf(GetParam(), kNow);
   EXPECT_EQ(freshness.MayBeKept(), until.has_value()) << freshness.why_not;
   EXPECT_EQ(freshness.until, until.value_or(0));
+}
+
+TEST(QngetFreshnessTable, StandsInTheDocumentation) {
+  std::ifstream file(QNSTACK_PAGES "/caching.md");
+  const std::string page{std::istreambuf_iterator<char>(file), {}};
+
+  EXPECT_THAT(page, testing::HasSubstr("\n\n" + CacheTableText() + "\n"));
 }
 
 ReceivedHead Head(int status, const std::string &fields, int64_t asked = kNow,
