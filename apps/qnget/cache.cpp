@@ -17,7 +17,7 @@ namespace {
 
 constexpr int32_t kStatus = 200;        // of all that is kept
 constexpr size_t kLongestEntry = 9000;  // bytes of URL and label: what an index grows by is bounded
-constexpr int64_t kTwoMonths = 62 * 86400;
+constexpr int64_t kTwoMonths = 5356800;  // seconds of 62 days
 constexpr int64_t kFarthest = std::numeric_limits<int32_t>::max() - kTwoMonths;
 
 // The library takes "now" from a clock that leaps by up to a month where a month
@@ -91,7 +91,7 @@ std::optional<CachedAnswer> FindCached(const std::string &root, const std::strin
 
 Freshness KeepAnswer(const std::string &root, const std::string &url, const Identity &identity,
                      const AnswerRecord &record) {
-  const Freshness freshness = record.Lifetime();
+  Freshness freshness = record.Lifetime();
   if (!freshness.MayBeKept()) return freshness;
   const std::string label = LabelText(LabelFor(record, identity, freshness.until));
   if (url.size() + label.size() > kLongestEntry) {

@@ -91,7 +91,7 @@ std::optional<CachedAnswer> CacheUse::Find() {
 
 Freshness CacheUse::KeepRecorded() {
   const std::string &root = options_.folders.cache;
-  const Freshness kept = ForbidsStoring(identity_.Fields())
+  Freshness kept = ForbidsStoring(identity_.Fields())
                              ? Freshness{.why_not = "the request says no-store"}
                              : KeepAnswer(root, options_.url, identity_, record_);
   if (!kept.MayBeKept() && AsksPast()) ForgetAnswer(root, options_.url);

@@ -119,7 +119,7 @@ Freshness FreshnessOverRedirects(std::span<const ReceivedHead> answers) {
   Freshness all = FreshnessOf(answers.back());
   for (const ReceivedHead &redirect : answers.first(answers.size() - 1)) {
     if (!all.MayBeKept()) return all;
-    const Freshness one = FreshnessOfRedirect(redirect);
+    Freshness one = FreshnessOfRedirect(redirect);
     if (!one.MayBeKept()) return one;
     all.until = std::min(all.until, one.until);
   }

@@ -68,7 +68,9 @@ bool Settings::Load() {
     there = true;
   }
   fnQNFS_Load_INI_To_List(file_.c_str(), &list_);
-  if (there) ReadWholeFile(store_, file_);
+  if (there && !ReadWholeFile(store_, file_).empty() && fnQNList_BeginIter(&list_) == nullptr) {
+    throw Failure(kNotWritten, "could not load " + store_.Path(file_));
+  }
   return there;
 }
 
