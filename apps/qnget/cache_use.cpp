@@ -92,8 +92,8 @@ std::optional<CachedAnswer> CacheUse::Find() {
 Freshness CacheUse::KeepRecorded() {
   const std::string &root = options_.folders.cache;
   Freshness kept = ForbidsStoring(identity_.Fields())
-                             ? Freshness{.why_not = "the request says no-store"}
-                             : KeepAnswer(root, options_.url, identity_, record_);
+                       ? Freshness{.why_not = "the request says no-store"}
+                       : KeepAnswer(root, options_.url, identity_, record_);
   if (!kept.MayBeKept() && AsksPast()) ForgetAnswer(root, options_.url);
   return kept;
 }

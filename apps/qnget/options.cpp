@@ -268,18 +268,16 @@ void FindTask(const CLI::App &app, const Raw &raw, Options &options) {
   if (raw.clear_cache) options.task = Task::kClearCache;
 }
 
-// CLI11 takes the word behind "--name=" for its value, which is meant to be empty.
-// It wants the words from the last to the first.
-std::vector<std::string> WordsOf(int argc, const char *const *argv) {
+// The words after the program's name, the last one first. CLI11 would take the
+// word after "--name=" for its value, which is empty.
+std::vector<std::string> Words(int argc, const char *const *argv) {
   std::vector<std::string> words;
-  for (int i = 1; i < argc; ++i) {
-    std::string word = argv[i];
-    const bool empty = word.starts_with("--") && word.find('=') == word.size() - 1;
-    if (empty) word.pop_back();
-    words.push_back(word);
-    if (empty) words.emplace_back();
+  for (int i = argc - 1; i > 0; --i) {
+    const std::string word = argv[i];
+    const bool empty_value = word.starts_with("--") && word.find('=') + 1 == word.size();
+    if (empty_value) words.emplace_back();
+    words.push_back(empty_value ? word.substr(0, word.size() - 1) : word);
   }
-  std::reverse(words.begin(), words.end());
   return words;
 }
 
@@ -302,7 +300,7 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
   AddStoreOptions(app, options, raw);
   AddConfigCommands(app, options);
   try {
-    app.parse(WordsOf(argc, argv));
+    app.parse(Words(argc, argv));
   } catch (const CLI::CallForHelp &) {
     Print(app.help());
     return {};

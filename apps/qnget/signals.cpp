@@ -28,8 +28,7 @@ const auto program_start = std::chrono::steady_clock::now();
 char temporary_file[PATH_MAX];
 char last_words[1024];
 volatile sig_atomic_t ticks = 0;
-double time_allowed = 0;
-bool deadline_set = false;
+double time_allowed = 0;  // 0: for ever
 
 void CopyText(char *destination, size_t room, const std::string &text) {
   const size_t length = text.copy(destination, room - 1);
@@ -106,12 +105,10 @@ void SetTemporaryFile(const std::string &path) {
 
 void StartDeadline(double seconds) {
   time_allowed = seconds;
-  deadline_set = true;
   SetLastWords("waiting");
   Handle(SIGALRM, Tick, 0);
-  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - program_start;
   double whole = 0;
-  const double part = std::modf(std::max(seconds - passed.count(), kShortest), &whole);
+  const double part = std::modf(std::max(TimeLeft().value_or(0), kShortest), &whole);
   itimerval timer{};
   timer.it_value.tv_sec = static_cast<time_t>(whole);
   timer.it_value.tv_usec = static_cast<suseconds_t>(part * 1e6);
@@ -119,10 +116,17 @@ void StartDeadline(double seconds) {
   setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
+std::optional<double> TimeLeft() {
+  if (time_allowed == 0) return {};
+  const std::chrono::duration<double> gone = std::chrono::steady_clock::now() - program_start;
+  return time_allowed - gone.count();
+}
+
 void StopDeadline() {
   const itimerval never{};
   setitimer(ITIMER_REAL, &never, nullptr);
-  deadline_set = false;
+  time_allowed = 0;
+  ticks = 0;
 }
 
 void SetLastWords(const std::string &doing) {
@@ -130,12 +134,8 @@ void SetLastWords(const std::string &doing) {
   CopyText(last_words, sizeof last_words, "qnget: " + TimeoutMessage(doing) + "\n");
 }
 
-bool DeadlineIsSet() { return deadline_set; }
-
-bool TimeIsUp() { return ticks > 0; }
-
 void CheckDeadline(const std::string &doing) {
-  if (TimeIsUp()) throw Failure(kNotReceived, TimeoutMessage(doing));
+  if (ticks > 0) throw Failure(kNotReceived, TimeoutMessage(doing));
 }
 
 void PauseFor(double seconds, const std::string &doing) {

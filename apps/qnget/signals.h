@@ -5,6 +5,7 @@
 
 #include <signal.h>
 
+#include <optional>
 #include <string>
 
 namespace qnget {
@@ -38,6 +39,9 @@ void SetTemporaryFile(const std::string &path);
 /** Lets the time run; `seconds` after the program's start it is up. */
 void StartDeadline(double seconds);
 
+/** The seconds until the time is up; nothing without a deadline. */
+std::optional<double> TimeLeft();
+
 /** From here on the time cannot run out any more. */
 void StopDeadline();
 
@@ -47,11 +51,6 @@ void StopDeadline();
  * with these words.
  */
 void SetLastWords(const std::string &doing);
-
-/** Whether the time runs. */
-bool DeadlineIsSet();
-
-bool TimeIsUp();
 
 /** Throws Failure if the time is up; `doing` completes "timed out ..., while". */
 void CheckDeadline(const std::string &doing);

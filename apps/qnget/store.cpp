@@ -86,7 +86,8 @@ void Store::Use() const { fnQNFS_SetFullPath(root_.c_str()); }
 void Store::WaitForTurn() const {
   for (int tries = 0; flock(descriptor_, LOCK_EX | LOCK_NB) != 0; ++tries) {
     if (errno != EWOULDBLOCK && errno != EINTR) return;
-    if (DeadlineIsSet() ? TimeIsUp() : tries == kMostTries) {
+    const std::optional<double> left = TimeLeft();
+    if (left ? *left <= 0 : tries == kMostTries) {
       close(descriptor_);
       throw Failure(kNotWritten, "folder " + root_ + " is in use by another qnget");
     }
