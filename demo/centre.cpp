@@ -135,6 +135,7 @@ void Centre::Submit(const httplib::Request &request, httplib::Response &answer) 
 
 void Centre::Redirect(httplib::Response &answer) const {
   answer.set_header("Set-Cookie", std::string(kSessionCookie) + "; Path=/mms");
+  answer.set_header("Cache-Control", kForAWeek);
   answer.set_redirect(Url(kContentPath));
 }
 

@@ -1,6 +1,7 @@
 // An MMS centre in small: it takes a message in, notifies of it, and hands it
 // out to a handset that came through the gateway, says what it is, and sends
-// back the cookie that it was given. The handset may keep the message for a week.
+// back the cookie that it was given. The handset may keep the message, and the way
+// to it, for a week.
 #ifndef DEMO_CENTRE_H
 #define DEMO_CENTRE_H
 

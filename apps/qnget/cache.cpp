@@ -1,167 +1,121 @@
 // Each use loads the index, holds the store only while it works with it, and
-// lets it go before the network is waited for. Times are the library's seconds
-// and are shown as they are.
+// lets it go before the network is waited for. Whether an entry is fresh is
+// decided by the Unix times in its label. The library's own seconds are only
+// made so that they never stand against that: see LibraryExpiry().
 #include "cache.h"
 
 #include <algorithm>
-#include <vector>
+#include <cstdint>
+#include <ctime>
+#include <limits>
 
-#include "checks.h"
+#include "cache_index.h"
 #include "failure.h"
-#include "qnstack/qnstack.h"
-#include "store.h"
 
 namespace qnget {
 namespace {
 
-constexpr const char *kFolder = "/wap/ca/";
-constexpr size_t kTooLarge = 1048576;  // bytes of a body
-constexpr size_t kLongestType = 1000;  // what an index grows by at a time is bounded
-constexpr int32_t kKeptStatus = 200;
-constexpr int32_t kDoNotKeep = -1;
-constexpr const char *kNoType = "NULL";  // as the library writes it
+constexpr int32_t kStatus = 200;        // of all that is kept
+constexpr size_t kLongestEntry = 9000;  // bytes of URL and label: what an index grows by is bounded
+constexpr int64_t kTwoMonths = 5356800;  // seconds of 62 days
+constexpr int64_t kFarthest = std::numeric_limits<int32_t>::max() - kTwoMonths;
 
-// The index of the cache below a root.
-class Index {
- public:
-  Index(const std::string &root, IfMissing missing) : store_(root, missing) {
-    if (!store_.IsOpen()) return;
-    const bool folder = fnQNFS_MkDir(kFolder) == 1;
-    if (!folder && missing == IfMissing::kCreate) {
-      throw Failure(kNotWritten, "could not create folder " + root + kFolder);
-    }
-    fnQNStack_Cache_Init();
-  }
-
-  ~Index() { fnQNStack_Cache_Free(); }
-
-  Index(const Index &) = delete;
-  Index &operator=(const Index &) = delete;
-
-  bool IsOpen() const { return store_.IsOpen(); }
-
-  // Has what is on the medium, and nothing that only memory knows.
-  static void Reload() {
-    fnQNStack_Cache_Free();
-    fnQNStack_Cache_Init();
-  }
-
- private:
-  Store store_;
-};
-
-std::string Text(const char *text) { return text == nullptr ? "" : text; }
-
-// A body of another length than its entry says is not what was saved.
-std::optional<std::string> ReadBody(const QNCacheEntry &entry) {
-  const std::string file = kFolder + std::to_string(entry.file_no);
-  if (entry.size < 0 || static_cast<size_t>(entry.size) >= kTooLarge) return {};
-  if (fnQNFS_getFileSize(file.c_str()) != entry.size) return {};
-  std::string body(static_cast<size_t>(entry.size), '\0');
-  if (fnQNStack_Cache_LoadFileToBuffer(entry.file_no, body.data(), entry.size) != 0) return {};
-  return body;
+// The library takes "now" from a clock that leaps by up to a month where a month
+// ends, and with the time zone by some hours. Two months on top of the lifetime
+// keep an entry over all of that. A distance beyond 31 bits would count as past.
+int32_t LibraryExpiry(int64_t lifetime) {
+  const int64_t expiry = fnQNFS_getLocalTime() + std::min(lifetime + kTwoMonths, kFarthest);
+  return static_cast<int32_t>(std::min<int64_t>(expiry, std::numeric_limits<int32_t>::max()));
 }
 
-bool MayBeKept(const AnswerRecord &record) {
-  return record.IsWhole() && record.Answer().status == kKeptStatus;
+bool IsUsable(const QNCacheEntry &entry, int64_t now) {
+  const std::optional<CacheLabel> label = LabelOf(entry);
+  return label && label->IsFreshAt(now) && HasBody(entry);
 }
 
-bool IsOnTheMedium(const std::string &url, int32_t expires) {
-  Index::Reload();
+bool IsFor(const CacheLabel &label, const Identity &identity) {
+  return identity.TextFor(NamesIn(label.identity)) == label.identity;
+}
+
+// The next save throws out what the library takes for expired.
+void ExpireUnusable() {
+  const int64_t now = time(nullptr);
+  for (QNCacheEntry *entry : CacheIndex::Entries()) {
+    if (!IsUsable(*entry, now)) entry->expires = fnQNFS_getLocalTime();
+  }
+}
+
+// The same for the answers to one URL. The library puts a new one before them.
+void ExpireAnswersTo(const std::string &url) {
+  for (QNCacheEntry *entry : CacheIndex::Entries()) {
+    if (url == entry->url) entry->expires = fnQNFS_getLocalTime();
+  }
+}
+
+CacheLabel LabelFor(const AnswerRecord &record, const Identity &identity, int64_t until) {
+  return {record.Came(), until, ChecksumOf(record.Body()), record.Type(),
+          identity.TextFor(record.Varying())};
+}
+
+bool IsOnTheMedium(const std::string &url, const std::string &label) {
+  CacheIndex::Reload();
   const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl(url.c_str());
-  return entry != nullptr && entry->expires == expires && ReadBody(*entry).has_value();
+  return entry != nullptr && entry->label == label && ReadBody(*entry).has_value();
 }
 
-using Row = std::vector<std::string>;
-
-Row RowOf(const QNCacheEntry &entry, int32_t now) {
-  return {Printable(Text(entry.url)), std::to_string(entry.size), std::to_string(entry.stored_at),
-          std::to_string(entry.expires), entry.expires > now ? "fresh" : "stale"};
-}
-
-// Columns as wide as their widest cell; the numbers stand to the right.
-std::string Layout(const std::vector<Row> &rows) {
-  std::vector<size_t> widths(rows.front().size());
-  for (const Row &row : rows) {
-    for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
-  }
-  std::string text;
-  for (const Row &row : rows) {
-    text += row[0] + std::string(widths[0] - row[0].size(), ' ');
-    for (size_t i = 1; i + 1 < row.size(); ++i) {
-      text += "  " + std::string(widths[i] - row[i].size(), ' ') + row[i];
-    }
-    text += "  " + row.back() + "\n";
-  }
-  return text;
+// An index that could not be written does not show in the library's result.
+bool Save(const std::string &url, const std::string &label, const std::string &body,
+          int64_t lifetime) {
+  ExpireUnusable();
+  ExpireAnswersTo(url);
+  const auto length = static_cast<int32_t>(body.size());
+  const int32_t saved = fnQNStack_Cache_Save(url.c_str(), label.c_str(), body.data(), length,
+                                             LibraryExpiry(lifetime), kStatus);
+  return saved == 1 && IsOnTheMedium(url, label);
 }
 
 }  // namespace
 
-void AnswerRecord::Start() { *this = AnswerRecord(); }
-
-void AnswerRecord::TakeHead(const AnswerHead &head) {
-  const std::string type = head.MediaType();
-  answer_.status = head.status;
-  answer_.type = type.size() <= kLongestType ? type : "";
-  fnQNStack_Cache_InitTime();
-  for (const HeaderField &field : head.fields) {
-    fnQNStack_Cache_ParseCacheTime((field.name + ": " + field.value).c_str());
-  }
-}
-
-void AnswerRecord::TakeBody(std::string_view bytes) {
-  if (!fits_) return;
-  fits_ = answer_.body.size() + bytes.size() < kTooLarge;
-  if (fits_) {
-    answer_.body += bytes;
-  } else {
-    answer_.body = std::string();
-  }
-}
-
-std::optional<CachedAnswer> FindCached(const std::string &root, const std::string &url) {
-  const Index index(root, IfMissing::kCreate);
-  const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl_NoExpired(url.c_str());
-  if (entry == nullptr) return {};
+std::optional<CachedAnswer> FindCached(const std::string &root, const std::string &url,
+                                       const Identity &identity) {
+  const CacheIndex index(root, IfMissing::kCreate);
+  const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl(url.c_str());
+  if (entry == nullptr || entry->tag != kStatus) return {};
+  const std::optional<CacheLabel> label = LabelOf(*entry);
+  if (!label || !label->IsFreshAt(time(nullptr)) || !IsFor(*label, identity)) return {};
   std::optional<std::string> body = ReadBody(*entry);
-  if (!body) return {};
-  const std::string label = Text(entry->label);
-  return CachedAnswer{std::move(*body), label == kNoType ? "" : label, entry->tag};
+  // This look-up puts the entry among those that stay longest.
+  if (!body || fnQNStack_Cache_FindbyUrl_NoExpired(url.c_str()) != entry) return {};
+  return CachedAnswer{std::move(*body), label->type, entry->tag, label->came, label->until};
 }
 
-std::optional<int32_t> KeepAnswer(const std::string &root, const std::string &url,
-                                  const AnswerRecord &record) {
-  if (!MayBeKept(record)) return {};
-  const int32_t expires = fnQNStack_Cache_getExpired();
-  if (expires == kDoNotKeep) return {};
-  const Index index(root, IfMissing::kCreate);
-  const CachedAnswer &answer = record.Answer();
-  const char *label = answer.type.empty() ? nullptr : answer.type.c_str();
-  const auto length = static_cast<int32_t>(answer.body.size());
-  const int32_t saved =
-      fnQNStack_Cache_Save(url.c_str(), label, answer.body.data(), length, expires, answer.status);
-  // An index that could not be written does not show in the result.
-  if (saved != 1 || !IsOnTheMedium(url, expires)) {
+Freshness KeepAnswer(const std::string &root, const std::string &url, const Identity &identity,
+                     const AnswerRecord &record) {
+  Freshness freshness = record.Lifetime();
+  if (!freshness.MayBeKept()) return freshness;
+  const std::string label = LabelText(LabelFor(record, identity, freshness.until));
+  if (url.size() + label.size() > kLongestEntry) {
+    return {.why_not = "its URL and what it varies with are too long for the index"};
+  }
+  const CacheIndex index(root, IfMissing::kCreate);
+  if (!Save(url, label, record.Body(), freshness.until - time(nullptr))) {
     throw Failure(kNotWritten, "could not write the cache below " + root);
   }
-  return expires;
+  return freshness;
 }
 
-std::string CacheTable(const std::string &root) {
-  std::vector<Row> rows{{"URL", "SIZE", "STORED", "EXPIRES", "STATE"}};
-  const Index index(root, IfMissing::kLeave);
-  if (!index.IsOpen()) return Layout(rows);
-  const int32_t now = fnQNFS_getLocalTime();
-  const QNList *list = fnQNFS_http_cache_list();
-  for (const QNListNode *node = fnQNList_BeginIter(list); node != nullptr; node = node->next) {
-    rows.push_back(RowOf(*static_cast<const QNCacheEntry *>(node->data), now));
+void ForgetAnswer(const std::string &root, const std::string &url) {
+  const CacheIndex index(root, IfMissing::kLeave);
+  if (!index.IsOpen()) return;
+  for (const QNCacheEntry *entry : CacheIndex::Entries()) {
+    if (url == entry->url && HasBody(*entry) && !DeleteBody(*entry)) {
+      throw Failure(kNotWritten, "could not write the cache below " + root);
+    }
   }
-  return Layout(rows);
 }
 
 void ClearCache(const std::string &root) {
-  const Index index(root, IfMissing::kLeave);
+  const CacheIndex index(root, IfMissing::kLeave);
   if (index.IsOpen() && fnQNStack_Cache_Delete_All() != 1) {
     throw Failure(kNotWritten, "could not empty the cache below " + root);
   }

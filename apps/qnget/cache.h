@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
-#include "answer_head.h"
+#include "answer_record.h"
+#include "identity.h"
 
 namespace qnget {
 
@@ -16,43 +16,25 @@ struct CachedAnswer {
   std::string body;
   std::string type;  // empty if it is not known
   int32_t status = 0;
+  int64_t came = 0;   // Unix time
+  int64_t until = 0;  // Unix time; fresh before it
 };
 
-/** What an answer leaves for the cache while it comes in. */
-class AnswerRecord {
- public:
-  /** A new answer begins; nothing of an earlier one counts any more. */
-  void Start();
-
-  /** Takes the head of each hop's answer, in their order. The last one's is the body's. */
-  void TakeHead(const AnswerHead &head);
-
-  /** Takes the next bytes of the body, and none at all once they are too many. */
-  void TakeBody(std::string_view bytes);
-
-  /** The body has come whole. */
-  void Complete() { whole_ = true; }
-
-  /** Whether all of an answer is here. */
-  bool IsWhole() const { return whole_ && fits_; }
-  const CachedAnswer &Answer() const { return answer_; }
-
- private:
-  CachedAnswer answer_;
-  bool fits_ = true;
-  bool whole_ = false;
-};
-
-/** The fresh answer for a URL with its whole body, if there is one. Throws Failure. */
-std::optional<CachedAnswer> FindCached(const std::string &root, const std::string &url);
+/** The fresh answer to that URL and identity with its whole body, if there is one. Throws Failure.
+ */
+std::optional<CachedAnswer> FindCached(const std::string &root, const std::string &url,
+                                       const Identity &identity);
 
 /**
- * Keeps the answer of which all has been recorded, if it may be kept. Gives the
- * time until which it is fresh, in the library's seconds. Throws Failure where
- * it could have been kept but for the store.
+ * Keeps the answer of which all has been recorded, if it may be kept; it takes
+ * the place of any other for that URL. Gives how long it is fresh, or why it was
+ * not kept. Throws Failure where it could have been kept but for the store.
  */
-std::optional<int32_t> KeepAnswer(const std::string &root, const std::string &url,
-                                  const AnswerRecord &record);
+Freshness KeepAnswer(const std::string &root, const std::string &url, const Identity &identity,
+                     const AnswerRecord &record);
+
+/** From here on there is no answer to that URL. Throws Failure where it cannot be done. */
+void ForgetAnswer(const std::string &root, const std::string &url);
 
 /** All that is kept, as a table with a line of titles. */
 std::string CacheTable(const std::string &root);

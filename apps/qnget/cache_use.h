@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "cache.h"
+#include "identity.h"
 #include "options.h"
 #include "output.h"
 
@@ -13,23 +14,34 @@ namespace qnget {
 
 class CacheUse {
  public:
-  /** Does nothing at all unless the options ask for the cache. */
-  explicit CacheUse(const Options &options) : options_(options), usable_(options.cache) {}
+  /**
+   * Does nothing at all unless the options ask for the cache. Comes before the
+   * Stack is started.
+   */
+  explicit CacheUse(const Options &options);
 
-  /** Delivers what the cache has for the URL and gives its status; nothing if it has none. */
+  /**
+   * Delivers what the cache has for the request and gives its status; nothing if
+   * it has none, or is to be asked past.
+   */
   std::optional<int> Deliver(Output &output);
 
   /** Where the transfer is to record the answer; nullptr for nowhere. */
   AnswerRecord *Record() { return usable_ ? &record_ : nullptr; }
 
-  /** Keeps the recorded answer if it may be kept. */
+  /**
+   * Keeps the recorded answer if it may be kept. Where one was asked for past the
+   * cache, what is there goes otherwise.
+   */
   void Keep();
 
  private:
+  bool AsksPast() const;
   std::optional<CachedAnswer> Find();
-  std::optional<int32_t> KeepRecorded();
+  Freshness KeepRecorded();
 
   const Options &options_;
+  const Identity identity_;
   AnswerRecord record_;
   bool usable_;
 };

@@ -9,7 +9,7 @@ namespace qnget {
 namespace {
 
 Settings OpenSettings(const Options &options, IfMissing missing) {
-  return {options.root, options.operator_name, missing};
+  return {options.folders, options.operator_name, missing};
 }
 
 std::string SetSetting(const Options &options) {
@@ -49,10 +49,10 @@ std::string LookAfterStore(const Options &options) {
     case Task::kUnsetSetting:
       return UnsetSetting(options);
     case Task::kClearCache:
-      ClearCache(options.root);
+      ClearCache(options.folders.cache);
       return {};
     default:
-      return CacheTable(options.root);
+      return CacheTable(options.folders.cache);
   }
 }
 

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <iostream>
 #include <map>
-#include <set>
 
 #include "checks.h"
 #include "failure.h"
@@ -16,6 +15,7 @@
 #include "remote_name.h"
 #include "request.h"
 #include "settings.h"
+#include "signals.h"
 #include "text.h"
 #include "url.h"
 
@@ -43,7 +43,7 @@ constexpr const char *kFooter =
     "  4   receiving failed, the answer is incomplete, or the time was up\n"
     "  5   more than 10 redirects\n"
     "  6   the output, the trace file, the settings or the emptied cache could not be\n"
-    "      written\n"
+    "      written, or settings could not be read\n"
     "  7   a redirect to https, which qnget does not speak\n"
     "  22  the answer's status is 400 or above (without --fail its body is delivered\n"
     "      all the same)";
@@ -69,11 +69,13 @@ CLI::Validator Between(double low, double high, const std::string &words) {
 
 // What is read by CLI11 and put in its place afterwards.
 struct Raw {
-  std::map<std::string, std::string> settable;  // by its key as a setting
+  // By its key as a setting: what was given or set. Empty is as good as none, but
+  // was said.
+  std::map<std::string, std::string> settable;
   std::vector<std::string> header_lines;
+  std::string root;
   std::string data;
   std::string content_type;
-  std::set<std::string> set;  // the keys that the settings have
   bool no_proxy = false;
   bool remote_name = false;
   bool list_cache = false;
@@ -95,7 +97,11 @@ std::string CheckNotEmpty(const std::string &text) { return text.empty() ? "it i
 void AddSettable(CLI::App &app, Raw &raw, const std::string &names, const char *key,
                  const char *help, const char *type) {
   app.add_option(names, raw.settable[key], help)
-      ->check(CLI::Validator(FindSettingKind(key)->check, ""))
+      ->check(CLI::Validator(
+          [kind = FindSettingKind(key)](const std::string &value) {
+            return ProblemOfSetting(*kind, value);
+          },
+          ""))
       ->type_name(type);
 }
 
@@ -200,17 +206,19 @@ void AddStoreOptions(CLI::App &app, Options &options, Raw &raw) {
   app.option_defaults()->group("Cache and settings");
   app.add_flag("--cache", options.cache,
                "Deliver a fresh answer from the cache, and keep what may be kept; GET alone");
-  app.add_flag("--cache-list", raw.list_cache,
-               "Print what the cache holds; times are the library's seconds")
-      ->excludes("--cache");
+  app.add_flag("--refresh", options.refresh,
+               "Ask anew, as with --cache, and replace what the cache has");
+  app.add_flag("--cache-list", raw.list_cache, "Print what the cache holds")
+      ->excludes("--cache", "--refresh");
   app.add_flag("--cache-clear", raw.clear_cache, "Empty the cache")
-      ->excludes("--cache", "--cache-list");
-  app.add_option("--root", options.root,
-                 "Folder of cache and settings (default: $XDG_CACHE_HOME/qnget or "
-                 "$HOME/.cache/qnget)")
+      ->excludes("--cache", "--refresh", "--cache-list");
+  app.add_option("--root", raw.root,
+                 "Folder of settings and cache (default: qnget in $XDG_CONFIG_HOME or ~/.config, "
+                 "and in $XDG_CACHE_HOME or ~/.cache)")
       ->check(CLI::Validator(CheckNotEmpty, ""))
       ->type_name("DIR");
-  app.add_option("--operator", options.operator_name, "Use the settings of this NAME")
+  app.add_option("--operator", options.operator_name,
+                 "Let the settings of this NAME go before the general ones")
       ->check(CLI::Validator(CheckOperator, ""))
       ->type_name("NAME");
 }
@@ -254,40 +262,38 @@ void AddConfigCommands(CLI::App &app, Options &options) {
 }
 
 // The settings stand in for what is not given, and are checked like it.
-void FillInSettings(const CLI::App &app, const Options &options, Raw &raw) {
-  const Settings settings(options.root, options.operator_name, IfMissing::kLeave);
-  if (!options.operator_name.empty() && !settings.Exist()) {
-    throw Failure(kUsage, "there are no settings of operator " + options.operator_name);
-  }
-  for (const SettingKind &kind : SettingKinds()) {
-    if (app.count(std::string("--") + kind.key) > 0) continue;
-    const std::optional<std::string> value = settings.Get(kind.key);
-    if (!value) continue;
-    const std::string problem = ProblemOfSetting(kind, *value);
-    if (!problem.empty()) {
-      throw Failure(kUsage, std::string("setting ") + kind.key + ": " + Printable(problem));
-    }
-    raw.settable[kind.key] = *value;
-    raw.set.insert(kind.key);
-  }
-}
-
-// What has neither been given nor set is not sent.
-void DropUnset(const CLI::App &app, Raw &raw) {
-  std::erase_if(raw.settable, [&](const auto &item) {
-    return app.count("--" + item.first) == 0 && !raw.set.contains(item.first);
-  });
-}
-
 void ReadSettings(const CLI::App &app, const Options &options, Raw &raw) {
-  try {
-    FillInSettings(app, options, raw);
-  } catch (const Failure &failure) {
-    // Without its folder qnget does what it does without settings.
-    if (failure.code() == kUsage || !options.operator_name.empty()) throw;
-    Say(std::string("no settings: ") + failure.what());
+  const auto settings = SettingsInForce(options.folders, options.operator_name);
+  for (const SettingKind &kind : SettingKinds()) {
+    const std::string key = kind.key;
+    if (app.count("--" + key) > 0) continue;
+    const auto found = settings.find(key);
+    if (found == settings.end()) {
+      raw.settable.erase(key);
+      continue;
+    }
+    const std::string problem = ProblemOfSetting(kind, found->second);
+    if (!problem.empty()) throw Failure(kUsage, "setting " + key + ": " + Printable(problem));
+    raw.settable[key] = found->second;
   }
-  DropUnset(app, raw);
+}
+
+std::string SaidOf(const Raw &raw, const char *key) {
+  const auto said = raw.settable.find(key);
+  return said == raw.settable.end() ? "" : said->second;
+}
+
+double TimeoutIn(const Raw &raw) {
+  const std::string said = SaidOf(raw, "timeout");
+  double seconds = 0;
+  if (!said.empty()) CLI::detail::lexical_cast(said, seconds);
+  return seconds;
+}
+
+// The time that an option gives counts for reading the settings too.
+void StartGivenDeadline(const Raw &raw) {
+  const double seconds = TimeoutIn(raw);
+  if (seconds > 0) StartDeadline(seconds);
 }
 
 // The library writes the media type of a body by itself, from what it is told.
@@ -306,16 +312,14 @@ void FillInHeaderLines(const Raw &raw, Options &options) {
 
 void FillIn(const CLI::App &app, const Raw &raw, Options &options) {
   const auto header = [&](const char *key, const char *name) {
-    const auto value = raw.settable.find(key);
-    if (value != raw.settable.end()) options.headers.emplace_back(name, value->second);
+    const std::string value = SaidOf(raw, key);
+    if (!value.empty()) options.headers.emplace_back(name, value);
   };
   header("accept", "Accept");
   header("user-agent", "User-Agent");
   header("profile", "Profile");
   header("accept-language", "Accept-Language");
-  if (const auto timeout = raw.settable.find("timeout"); timeout != raw.settable.end()) {
-    CLI::detail::lexical_cast(timeout->second, options.timeout);
-  }
+  options.timeout = TimeoutIn(raw);
   if (app.count("--data") > 0) options.data = raw.data;
   if (app.count("--content-type") > 0) options.content_type = raw.content_type;
   FillInHeaderLines(raw, options);
@@ -362,6 +366,7 @@ void CheckStoreTask(const CLI::App &app, const Options &options) {
 
 void FindTask(const CLI::App &app, const Raw &raw, Options &options) {
   const bool config = app.got_subcommand("config");
+  if (options.refresh) options.cache = true;
   if (config && (raw.list_cache || raw.clear_cache || options.cache)) {
     throw Failure(kUsage, "config does not go with the cache's options");
   }
@@ -417,7 +422,8 @@ std::optional<Options> ParseOptions(int argc, const char *const *argv) {
     throw Failure(kUsage, error.what() + std::string(" (see qnget --help)"));
   }
   FindTask(app, raw, options);
-  options.root = RootFolder(options.root);
+  StartGivenDeadline(raw);
+  options.folders = FoldersBelow(raw.root);
   if (options.task != Task::kTransfer) {
     CheckStoreTask(app, options);
     return options;

@@ -10,6 +10,7 @@
 
 #include "answer_head.h"
 #include "proxy.h"
+#include "store.h"
 
 namespace qnget {
 
@@ -25,11 +26,12 @@ enum class Task {
 
 struct Options {
   Task task = Task::kTransfer;
-  std::string root;           // of settings and cache; empty: the user has no folder
+  Folders folders{};          // of settings and cache
   std::string operator_name;  // whose settings; empty: those without a name
   std::string key;            // of a setting
   std::string value;          // for it
   bool cache = false;
+  bool refresh = false;  // ask past the cache; with `cache` alone
   std::string url;
   std::string method;                                        // GET, HEAD, POST or PUT
   std::optional<Proxy> proxy;                                // none: straight to the server

@@ -7,6 +7,8 @@
 #include "checks.h"
 #include "failure.h"
 #include "proxy.h"
+#include "settings_file.h"
+#include "takeover.h"
 
 namespace qnget {
 namespace {
@@ -23,14 +25,15 @@ constexpr SettingKind kKinds[] = {
     {"timeout", CheckTimeout},
 };
 
-std::string FileOf(const std::string &operator_name) {
-  return operator_name.empty() ? "/settings.ini" : "/operator-" + operator_name + ".ini";
-}
-
 std::string Text(const char *text) { return text == nullptr ? "" : text; }
 
 const QNFSIniEntry *EntryAt(const QNListNode *node) {
   return static_cast<const QNFSIniEntry *>(fnQNList_GetData(node));
+}
+
+const std::string &AfterTakeover(const Folders &folders) {
+  TakeOverSettings(folders);
+  return folders.settings;
 }
 
 }  // namespace
@@ -44,18 +47,33 @@ const SettingKind *FindSettingKind(const std::string &key) {
 }
 
 std::string ProblemOfSetting(const SettingKind &kind, const std::string &value) {
+  if (value.empty()) return {};
   return value.size() > kLongestValue ? "longer than 2000 bytes" : kind.check(value);
 }
 
-Settings::Settings(const std::string &root, const std::string &operator_name, IfMissing missing)
-    : root_(root), file_(FileOf(operator_name)), store_(root, missing) {
+Settings::Settings(const Folders &folders, const std::string &operator_name, IfMissing missing)
+    : file_(SettingsFile(operator_name)), store_(AfterTakeover(folders), missing) {
   fnQNList_Init(&list_);
-  if (store_.IsOpen()) fnQNFS_Load_INI_To_List(file_.c_str(), &list_);
+  exist_ = store_.IsOpen() && Load();
 }
 
 Settings::~Settings() { fnQNList_Clear(&list_, fnQNFS_INI_FreeNode); }
 
-bool Settings::Exist() const { return store_.IsOpen() && fnQNFS_isFileExisted(file_.c_str()) == 1; }
+// False if there is no such file. Loading deletes the file where there is a backup,
+// so both are read before, and what has become of them afterwards.
+bool Settings::Load() {
+  bool there = false;
+  for (const std::string &name : {file_, BackupOf(file_)}) {
+    if (!IsThere(store_, name)) continue;
+    ReadWholeFile(store_, name);
+    there = true;
+  }
+  fnQNFS_Load_INI_To_List(file_.c_str(), &list_);
+  if (there && !ReadWholeFile(store_, file_).empty() && fnQNList_BeginIter(&list_) == nullptr) {
+    throw Failure(kNotWritten, "could not load " + store_.Path(file_));
+  }
+  return there;
+}
 
 std::optional<std::string> Settings::Get(const std::string &key) const {
   const QNListNode *node = Find(key);
@@ -93,7 +111,24 @@ QNListNode *Settings::Find(const std::string &key) const {
 }
 
 void Settings::FailToWrite() const {
-  throw Failure(kNotWritten, "could not write " + root_ + file_);
+  throw Failure(kNotWritten, "could not write " + store_.Path(file_));
+}
+
+std::map<std::string, std::string> SettingsInForce(const Folders &folders,
+                                                   const std::string &operator_name) {
+  std::map<std::string, std::string> all;
+  const auto take = [&](const std::string &name) {
+    const Settings settings(folders, name, IfMissing::kLeave);
+    if (!name.empty() && !settings.Exist()) {
+      throw Failure(kUsage, "there are no settings of operator " + name);
+    }
+    for (const SettingKind &kind : SettingKinds()) {
+      if (const auto value = settings.Get(kind.key)) all[kind.key] = *value;
+    }
+  };
+  take("");
+  if (!operator_name.empty()) take(operator_name);
+  return all;
 }
 
 }  // namespace qnget

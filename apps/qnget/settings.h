@@ -1,8 +1,9 @@
-// An operator's settings: the defaults of options, kept in a file of the
-// library's settings store below the root.
+// Settings: the defaults of options, kept in files of the library's settings
+// store. There are general ones and those of operators.
 #ifndef QNGET_SETTINGS_H
 #define QNGET_SETTINGS_H
 
+#include <map>
 #include <optional>
 #include <span>
 #include <string>
@@ -28,18 +29,22 @@ const SettingKind *FindSettingKind(const std::string &key);
 /** Why a value cannot be kept under a known key; empty if it can. */
 std::string ProblemOfSetting(const SettingKind &kind, const std::string &value);
 
-/** The settings as they stand in their file, held against other qngets. */
+/** One file of settings, as it stands, held against other qngets. */
 class Settings {
  public:
-  /** `operator_name` may be empty: the settings that no operator's name is given for. */
-  Settings(const std::string &root, const std::string &operator_name, IfMissing missing);
+  /**
+   * The settings of an operator, or the general ones for an empty name. Throws
+   * Failure for a file that is there and cannot be read, so that nobody goes on
+   * without what stands in it.
+   */
+  Settings(const Folders &folders, const std::string &operator_name, IfMissing missing);
   ~Settings();
 
   Settings(const Settings &) = delete;
   Settings &operator=(const Settings &) = delete;
 
   /** Whether the file is there. */
-  bool Exist() const;
+  bool Exist() const { return exist_; }
 
   std::optional<std::string> Get(const std::string &key) const;
   std::vector<std::pair<std::string, std::string>> All() const;
@@ -49,14 +54,23 @@ class Settings {
   void Unset(const std::string &key);
 
  private:
+  bool Load();
   QNListNode *Find(const std::string &key) const;
   [[noreturn]] void FailToWrite() const;
 
-  std::string root_;
   std::string file_;
   Store store_;
   QNList list_;
+  bool exist_;
 };
+
+/**
+ * What counts where no option says otherwise, by key: the general settings, and
+ * over them those of the operator if a name is given. Throws Failure, also for an
+ * operator without a file.
+ */
+std::map<std::string, std::string> SettingsInForce(const Folders &folders,
+                                                   const std::string &operator_name);
 
 }  // namespace qnget
 

@@ -9,6 +9,7 @@
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -20,12 +21,14 @@ namespace {
 
 constexpr suseconds_t kTickMicroseconds = 100000;
 constexpr sig_atomic_t kTicksOfGrace = 10;
+constexpr double kShortest = 1e-5;  // seconds; a timer of 0 would not run
+
+const auto program_start = std::chrono::steady_clock::now();
 
 char temporary_file[PATH_MAX];
 char last_words[1024];
 volatile sig_atomic_t ticks = 0;
 double time_allowed = 0;  // 0: for ever
-std::chrono::steady_clock::time_point time_began;
 
 void CopyText(char *destination, size_t room, const std::string &text) {
   const size_t length = text.copy(destination, room - 1);
@@ -102,11 +105,10 @@ void SetTemporaryFile(const std::string &path) {
 
 void StartDeadline(double seconds) {
   time_allowed = seconds;
-  time_began = std::chrono::steady_clock::now();
   SetLastWords("waiting");
   Handle(SIGALRM, Tick, 0);
   double whole = 0;
-  const double part = std::modf(seconds, &whole);
+  const double part = std::modf(std::max(TimeLeft().value_or(0), kShortest), &whole);
   itimerval timer{};
   timer.it_value.tv_sec = static_cast<time_t>(whole);
   timer.it_value.tv_usec = static_cast<suseconds_t>(part * 1e6);
@@ -116,13 +118,15 @@ void StartDeadline(double seconds) {
 
 std::optional<double> TimeLeft() {
   if (time_allowed == 0) return {};
-  const std::chrono::duration<double> gone = std::chrono::steady_clock::now() - time_began;
+  const std::chrono::duration<double> gone = std::chrono::steady_clock::now() - program_start;
   return time_allowed - gone.count();
 }
 
 void StopDeadline() {
   const itimerval never{};
   setitimer(ITIMER_REAL, &never, nullptr);
+  time_allowed = 0;
+  ticks = 0;
 }
 
 void SetLastWords(const std::string &doing) {

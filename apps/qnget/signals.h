@@ -36,7 +36,7 @@ void InstallSignalHandlers();
  */
 void SetTemporaryFile(const std::string &path);
 
-/** Lets the time run; `seconds` from now it is up. */
+/** Lets the time run; `seconds` after the program's start it is up. */
 void StartDeadline(double seconds);
 
 /** The seconds until the time is up; nothing without a deadline. */

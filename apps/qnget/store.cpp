@@ -9,7 +9,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 #include "failure.h"
 #include "qnstack/qnstack.h"
@@ -19,8 +21,8 @@ namespace qnget {
 namespace {
 
 constexpr mode_t kOwnerAlone = 0700;
-constexpr double kBetweenTries = 0.005;  // seconds
-constexpr int kMostTries = 2000;
+constexpr std::chrono::milliseconds kBetweenTries{5};
+constexpr int kMostTries = 2000;  // where no deadline is set
 
 [[noreturn]] void Fail(const std::string &what, const std::string &root, int error) {
   throw Failure(kNotWritten, "could not " + what + " folder " + root + ": " + strerror(error));
@@ -30,6 +32,14 @@ constexpr int kMostTries = 2000;
 std::string FolderIn(const char *variable) {
   const char *value = getenv(variable);
   return value != nullptr && value[0] == '/' ? value : "";
+}
+
+// qnget's folder in what the variable names, or else in that folder at home.
+std::string UserFolder(const char *variable, const char *at_home) {
+  const std::string named = FolderIn(variable);
+  if (!named.empty()) return named + "/qnget";
+  const std::string home = FolderIn("HOME");
+  return home.empty() ? "" : home + at_home + "/qnget";
 }
 
 void CreateWithParents(const std::string &root) {
@@ -46,15 +56,13 @@ void CreateWithParents(const std::string &root) {
 
 }  // namespace
 
-std::string RootFolder(const std::string &given) {
-  if (!given.empty()) return given;
-  const std::string caches = FolderIn("XDG_CACHE_HOME");
-  if (!caches.empty()) return caches + "/qnget";
-  const std::string home = FolderIn("HOME");
-  return home.empty() ? "" : home + "/.cache/qnget";
+Folders FoldersBelow(const std::string &root) {
+  if (!root.empty()) return {root, root, ""};
+  const std::string cache = UserFolder("XDG_CACHE_HOME", "/.cache");
+  return {UserFolder("XDG_CONFIG_HOME", "/.config"), cache, cache};
 }
 
-Store::Store(const std::string &root, IfMissing missing) {
+Store::Store(const std::string &root, IfMissing missing) : root_(root) {
   const bool create = missing == IfMissing::kCreate;
   if (root.empty() && !create) return;
   if (root.empty())
@@ -64,7 +72,7 @@ Store::Store(const std::string &root, IfMissing missing) {
   descriptor_ = open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (descriptor_ < 0 && !create && errno == ENOENT) return;
   if (descriptor_ < 0) Fail("open", root, errno);
-  WaitForTurn(root);
+  WaitForTurn();
 }
 
 Store::~Store() {
@@ -72,15 +80,18 @@ Store::~Store() {
   fnQNFS_SetFullPath(nullptr);
 }
 
+void Store::Use() const { fnQNFS_SetFullPath(root_.c_str()); }
+
 // A medium that knows no locks is used without.
-void Store::WaitForTurn(const std::string &root) const {
+void Store::WaitForTurn() const {
   for (int tries = 0; flock(descriptor_, LOCK_EX | LOCK_NB) != 0; ++tries) {
     if (errno != EWOULDBLOCK && errno != EINTR) return;
-    if (tries == kMostTries) {
+    const std::optional<double> left = TimeLeft();
+    if (left ? *left <= 0 : tries == kMostTries) {
       close(descriptor_);
-      throw Failure(kNotWritten, "folder " + root + " is in use by another qnget");
+      throw Failure(kNotWritten, "folder " + root_ + " is in use by another qnget");
     }
-    PauseFor(kBetweenTries, "waiting for another qnget");
+    std::this_thread::sleep_for(kBetweenTries);
   }
 }
 

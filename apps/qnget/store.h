@@ -1,5 +1,5 @@
-// The folder in which qnget keeps its settings and cached answers: where it is,
-// how it comes to be, and that one qnget at a time works in it.
+// The folders in which qnget keeps its settings and cached answers: where they
+// are, how they come to be, and that one qnget at a time works in each.
 #ifndef QNGET_STORE_H
 #define QNGET_STORE_H
 
@@ -7,11 +7,17 @@
 
 namespace qnget {
 
+struct Folders {
+  std::string settings;
+  std::string cache;
+  std::string old_settings;  // where settings stood before they had a folder of their own
+};
+
 /**
- * `given`, or else the user's own folder, as the environment names it; empty if
- * it names none.
+ * Both are `root` if that is not empty, or else the user's own folders, as the
+ * environment names them. A folder is empty where there is none.
  */
-std::string RootFolder(const std::string &given);
+Folders FoldersBelow(const std::string &root);
 
 enum class IfMissing { kLeave, kCreate };
 
@@ -19,9 +25,10 @@ enum class IfMissing { kLeave, kCreate };
 class Store {
  public:
   /**
-   * Opens the root and waits until no other qnget works in it. A missing one is
-   * created with its parents, for its owner alone, or left and the store is not
-   * open. Throws Failure for a root that cannot be used.
+   * Opens the root and waits until no other qnget works in it, as long as the
+   * deadline lets it. A missing one is created with its parents, for its owner
+   * alone, or left and the store is not open. Throws Failure for a root that
+   * cannot be used.
    */
   Store(const std::string &root, IfMissing missing);
   ~Store();
@@ -31,9 +38,19 @@ class Store {
 
   bool IsOpen() const { return descriptor_ >= 0; }
 
- private:
-  void WaitForTurn(const std::string &root) const;
+  /** The folder itself, while it is open. */
+  int Descriptor() const { return descriptor_; }
 
+  /** The path of one of the library's file names, for messages. */
+  std::string Path(const std::string &file) const { return root_ + file; }
+
+  /** Takes the library's file names below this root again, after another store was open. */
+  void Use() const;
+
+ private:
+  void WaitForTurn() const;
+
+  std::string root_;
   int descriptor_ = -1;
 };
 

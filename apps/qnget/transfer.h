@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "cache.h"
+#include "answer_record.h"
 #include "options.h"
 #include "output.h"
 #include "progress.h"

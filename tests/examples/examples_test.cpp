@@ -24,6 +24,7 @@ using qntest::ReadHeader;
 using qntest::ReadToEnd;
 using qntest::RefusingPort;
 using qntest::Reset;
+using qntest::RunProgram;
 using qntest::ScratchFolder;
 using qntest::ScriptedServer;
 using qntest::SendBytes;
@@ -277,6 +278,69 @@ TEST(CachedFetchExample, AsksTheNetworkOnceWhileTheAnswerIsFresh) {
   EXPECT_EQ(folder.read("first"), "message");
   EXPECT_EQ(folder.read("second"), "message");
   EXPECT_EQ(server.accepted(), 1U);
+}
+
+// Of two calls, what the second one wrote; each of them would get another answer.
+std::string FetchedTwice(const std::string &lines, const std::vector<std::string> &words = {}) {
+  const auto answer = [&](const std::string &body) {
+    return AnswerWith("HTTP/1.0 200 OK\r\nContent-Length: 5\r\n" + lines + "\r\n" + body);
+  };
+  ScriptedServer server({answer("first"), answer("other")});
+  const ScratchFolder root;
+  const ScratchFolder folder;
+  std::vector<std::string> second{root.path(), UrlOf(server), folder.path("body")};
+  EXPECT_EQ(RunExample("cached_fetch", second).exit_code, 0);
+  second.insert(second.end(), words.begin(), words.end());
+  if (!words.empty()) second.push_back(std::to_string(server.port()));
+  EXPECT_EQ(RunExample("cached_fetch", second).exit_code, 0);
+  return folder.read("body");
+}
+
+TEST(CachedFetchExample, ServesWhatIsFreshByItsHeader) {
+  EXPECT_EQ(FetchedTwice("Cache-Control: private, max-age=60\r\n"), "first");
+  EXPECT_EQ(FetchedTwice("Cache-Control: max-age=60\r\nAge: 30\r\n"), "first");
+  EXPECT_EQ(FetchedTwice("Expires: Sat, 01 Jan 2095 00:00:00 GMT\r\n"), "first");
+}
+
+TEST(CachedFetchExample, AsksAgainWhereNothingSaysThatItIsFresh) {
+  for (const std::string lines :
+       {"", "Cache-Control: max-age=0\r\n", "Cache-Control: max-age=x\r\n",
+        "Cache-Control: max-age=-5\r\n", "Cache-Control: max-age=60, no-store\r\n",
+        "Cache-Control: max-age=60\r\nPragma: no-cache\r\n",
+        "Cache-Control: max-age=60\r\nVary: Accept\r\n", "Cache-Control: max-age=60\r\nAge: 60\r\n",
+        "Cache-Control: max-age=60\r\nDate: Sun, 06 Nov 1994 08:49:37 GMT\r\n",
+        "Expires: Sun, 06 Nov 1994 08:49:37 GMT\r\n", "Expires: 0\r\n",
+        "Date: Sun, 06 Nov 1994 08:49:37 GMT\r\nExpires: Mon, 07 Nov 1994 08:49:37 GMT\r\n",
+        "Cache-Control: max-age=0\r\nExpires: Sat, 01 Jan 2095 00:00:00 GMT\r\n"}) {
+    EXPECT_EQ(FetchedTwice(lines), "other") << lines;
+  }
+}
+
+TEST(CachedFetchExample, AsksAgainThroughAnotherGateway) {
+  EXPECT_EQ(FetchedTwice("Cache-Control: max-age=60\r\n", {"127.0.0.1"}), "other");
+}
+
+// The answer "old" is kept until that Unix time, and a server says "new".
+std::string FetchedWithOldUntil(const std::string &until) {
+  ScriptedServer server({AnswerWith("HTTP/1.0 200 OK\r\nContent-Length: 3\r\n\r\nnew")});
+  const ScratchFolder root;
+  const std::string url = UrlOf(server);
+  const std::string agent = "MRV-WIN K415/WAP2.0 Profile/MIDP-2.0 Configuration/CLDC-1.1";
+  EXPECT_EQ(RunProgram({"mkdir", "-p", root.path("wap/ca")}).exit_code, 0);
+  root.write("wap/ca/7", "old");
+  std::string index;
+  for (const std::string &field :
+       {url, "1000 " + until + " :0 " + agent, "7"s, "3"s, "2000000000"s, "0"s, "0"s}) {
+    index += field + '\0';
+  }
+  root.write("wap/ca/ca.txt", index);
+  EXPECT_EQ(RunExample("cached_fetch", {root.path(), url, root.path("body")}).exit_code, 0);
+  return root.read("body");
+}
+
+TEST(CachedFetchExample, ServesNothingPastItsTime) {
+  EXPECT_EQ(FetchedWithOldUntil("5000000000"), "old");
+  EXPECT_EQ(FetchedWithOldUntil("2000"), "new");
 }
 
 TEST(CachedFetchExample, TakesNoCutAnswerForAWholeOne) {

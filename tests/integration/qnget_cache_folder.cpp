@@ -1,9 +1,25 @@
 #include "qnget_cache_folder.h"
 
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 
+#include "cache_label.h"
+#include "identity.h"
+#include "options.h"
+#include "request.h"
+
 namespace qntest {
+namespace {
+
+std::string LabelFor(const std::string &body, const Kept &kept) {
+  const int64_t now = time(nullptr);
+  const qnget::Identity plain({}, qnget::RequestFields({}));
+  return qnget::LabelText({now - kept.age, now + kept.seconds_left, qnget::ChecksumOf(body),
+                           "text/plain", plain.TextFor({})});
+}
+
+}  // namespace
 
 ProcessResult CacheFolder::Fetch(const std::vector<std::string> &arguments) const {
   std::vector<std::string> all{"--root", root_, "--cache"};
@@ -13,15 +29,15 @@ ProcessResult CacheFolder::Fetch(const std::vector<std::string> &arguments) cons
 
 std::string CacheFolder::List() const { return RunQnget({"--root", root_, "--cache-list"}).output; }
 
-void CacheFolder::Save(const std::string &url, const std::string &body, int32_t expires,
-                       int32_t file_no) const {
+void CacheFolder::Save(const std::string &url, const std::string &body, const Kept &kept) const {
   const std::string folder = root_ + "/wap/ca/";
   std::filesystem::create_directories(folder);
-  std::ofstream(folder + std::to_string(file_no), std::ios::binary) << body;
+  std::ofstream(folder + std::to_string(kept.file_no), std::ios::binary) << body;
   std::ofstream index(folder + "ca.txt", std::ios::binary | std::ios::app);
+  const std::string label = kept.label.empty() ? LabelFor(body, kept) : kept.label;
   for (const std::string &field :
-       {url, std::string("text/plain"), std::to_string(file_no), std::to_string(body.size()),
-        std::to_string(expires), std::string("-5"), std::string("200")}) {
+       {url, label, std::to_string(kept.file_no), std::to_string(body.size()),
+        std::to_string(kept.expires), std::string("-5"), std::string("200")}) {
     index << field << '\0';
   }
 }

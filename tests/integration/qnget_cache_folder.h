@@ -14,15 +14,19 @@
 
 namespace qntest {
 
-// A header line that makes an answer fresh, whatever the clock does meanwhile:
-// the seconds of a date are far ahead of those of the clock.
-inline const std::string kFresh = "Expires: Sun, 06 Nov 1994 08:49:37 GMT\r\n";
+// A header line that makes an answer fresh for a week.
+inline const std::string kFresh = "Cache-Control: max-age=604800\r\n";
 
-inline const std::string kEmptyTable = "URL  SIZE  STORED  EXPIRES  STATE\n";
+inline const std::string kEmptyTable = "URL  SIZE  AGE  EXPIRES  STATE\n";
 
-// Times far from any clock's.
-inline constexpr int32_t kFarOff = 2000000000;
-inline constexpr int32_t kLongAgo = -2000000000;
+// What a test lets stand in the index.
+struct Kept {
+  int64_t age = 1000;           // seconds since it came
+  int64_t seconds_left = 3600;  // of its lifetime
+  int32_t file_no = 7;
+  int32_t expires = 2000000000;  // the library's own, far from any clock's
+  std::string label{};           // instead of that for a plain call of qnget
+};
 
 class CacheFolder : public testing::Test {
  protected:
@@ -33,8 +37,7 @@ class CacheFolder : public testing::Test {
   std::string List() const;
 
   // Appends an entry to the index and writes its body, of type text/plain.
-  void Save(const std::string &url, const std::string &body, int32_t expires,
-            int32_t file_no = 7) const;
+  void Save(const std::string &url, const std::string &body, const Kept &kept = {}) const;
 
   const ScratchFolder folder_;
   std::string root_ = folder_.path("root");

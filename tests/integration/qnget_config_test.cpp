@@ -113,15 +113,6 @@ TEST_F(QngetConfig, BringsBackWhatAnInterruptedWriteLeft) {
   EXPECT_EQ(Run({"config", "get", "accept"}).output, "a/b\n");
 }
 
-TEST_F(QngetConfig, FailsWhereItCannotBeWritten) {
-  fs::create_directories(root_ + "/settings.ini/in-the-way");
-
-  const ProcessResult result = Run({"config", "set", "accept", "a/b"});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not write " + root_ + "/settings.ini"));
-}
-
 TEST_F(QngetConfig, FailsWithAFileForARoot) {
   folder_.write("root", "");
 
@@ -221,20 +212,9 @@ TEST_F(QngetConfig, SurvivesAFileOfScatteredBytes) {
   EXPECT_THAT(Request(), testing::StartsWith("GET / HTTP/1.0\r\n"));
 }
 
-TEST_F(QngetConfig, IsMissedAloudWhereItCannotBeRead) {
-  folder_.write("root", "");
-  ScriptedServer server({AnswerWith(Answer("abc"))});
-
-  const ProcessResult result = Run({LocalUrl(server.port())});
-
-  EXPECT_EQ(result.output, "abc");
-  EXPECT_EQ(result.error,
-            Message("no settings: could not open folder " + root_ + ": Not a directory"));
-}
-
 TEST_F(QngetConfig, NeedsAFolderOnlyToSet) {
   ScriptedServer server({AnswerWith(Answer("abc"))});
-  const ProcessOptions homeless{.environment = {"XDG_CACHE_HOME=relative", "HOME="}};
+  const ProcessOptions homeless{.environment = {"XDG_CONFIG_HOME=relative", "HOME="}};
 
   const ProcessResult fetch = RunQnget({LocalUrl(server.port())}, homeless);
   const ProcessResult set = RunQnget({"config", "set", "accept", "a/b"}, homeless);
@@ -243,25 +223,6 @@ TEST_F(QngetConfig, NeedsAFolderOnlyToSet) {
   EXPECT_EQ(fetch.error, "");
   EXPECT_EQ(set.exit_code, 6);
   EXPECT_EQ(set.error, Message("there is no folder of the user; give one by --root"));
-}
-
-TEST_F(QngetConfig, HoldsSeveralOperators) {
-  Set("user-agent", "nobody's");
-  Run({"--operator", "red", "config", "set", "user-agent", "red's"});
-  Run({"config", "set", "user-agent", "blue's", "--operator", "blue-2_x"});
-
-  EXPECT_THAT(Request(), HasSubstr("User-Agent: nobody's\r\n"));
-  EXPECT_THAT(Request({"--operator", "red"}), HasSubstr("User-Agent: red's\r\n"));
-  EXPECT_THAT(Request({"--operator", "blue-2_x"}), HasSubstr("User-Agent: blue's\r\n"));
-  EXPECT_TRUE(fs::exists(root_ + "/operator-red.ini"));
-}
-
-TEST_F(QngetConfig, KnowsNoOperatorWithoutSettings) {
-  const ProcessResult result = Run({"--operator", "green", "http://127.0.0.1:9/"});
-
-  EXPECT_EQ(result.exit_code, 1);
-  EXPECT_EQ(result.error, Message("there are no settings of operator green"));
-  EXPECT_FALSE(fs::exists(root_));
 }
 
 TEST_F(QngetConfig, TakesItsNameForAnOptionsValue) {

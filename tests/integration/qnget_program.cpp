@@ -24,7 +24,8 @@ std::vector<std::string> Command(const char *program, const std::vector<std::str
 class NoUser : public testing::Environment {
  public:
   void SetUp() override {
-    setenv("XDG_CACHE_HOME", "/nonexistent", 1);
+    setenv("XDG_CACHE_HOME", "/proc/nonexistent", 1);
+    setenv("XDG_CONFIG_HOME", "/proc/nonexistent", 1);
     for (const char *variable : {"http_proxy", "no_proxy", "NO_PROXY"}) unsetenv(variable);
   }
 };

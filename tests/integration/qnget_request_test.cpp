@@ -55,12 +55,14 @@ TEST(QngetRequest, CarriesTheHandsetsHeadersByDefault) {
   EXPECT_THAT(request, HasSubstr("\r\nAccept-Language: en\r\n"));
 }
 
-TEST(QngetRequest, CarriesAnEmptyHeaderValueAsGiven) {
-  ScriptedServer server({AnswerWith(Answer("x"))});
+TEST(QngetRequest, CarriesTheLibrarysHeaderWhereAnEmptyOneIsGiven) {
+  ScriptedServer server({AnswerWith(Answer("x")), AnswerWith(Answer("x"))});
 
   RunQnget({"--user-agent", "", LocalUrl(server.port())});
+  RunQnget({"--user-agent=", LocalUrl(server.port())});
 
-  EXPECT_THAT(server.Received(0), HasSubstr("\r\nUser-Agent: \r\n"));
+  EXPECT_THAT(server.Received(0), HasSubstr("\r\nUser-Agent: MRV-WIN"));
+  EXPECT_THAT(server.Received(1), HasSubstr("\r\nUser-Agent: MRV-WIN"));
 }
 
 TEST(QngetRequest, CarriesFurtherHeaderFields) {
