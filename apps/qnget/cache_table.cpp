@@ -5,8 +5,8 @@
 
 #include "cache.h"
 #include "cache_index.h"
-#include "checks.h"
 #include "shown_time.h"
+#include "visible.h"
 
 namespace qnget {
 namespace {
@@ -15,7 +15,7 @@ using Row = std::vector<std::string>;
 
 // An entry whose label cannot be read is never served.
 Row RowOf(const QNCacheEntry &entry, int64_t now) {
-  const std::string url = Printable(entry.url == nullptr ? "" : entry.url);
+  const std::string url = Visible(entry.url == nullptr ? "" : entry.url);
   const std::string size = std::to_string(entry.size);
   const std::optional<CacheLabel> label = LabelOf(entry);
   if (!label) return {url, size, "-", "-", "stale"};

@@ -4,11 +4,11 @@
 #include <string>
 
 #include "cache_directives.h"
-#include "checks.h"
 #include "failure.h"
 #include "info.h"
 #include "request.h"
 #include "shown_time.h"
+#include "visible.h"
 
 namespace qnget {
 namespace {
@@ -24,7 +24,7 @@ std::string FreshUntil(int64_t until) { return "fresh until " + ShownDate(until)
 void PrintHit(const std::string &url, const CachedAnswer &answer) {
   AnswerInfo info;
   info.status = std::to_string(answer.status);
-  if (!answer.type.empty()) info.type = Printable(answer.type);
+  if (!answer.type.empty()) info.type = Visible(answer.type);
   info.length = std::to_string(answer.body.size());
   info.url = url;
   PrintInfo(info);
@@ -34,7 +34,7 @@ void PrintHit(const std::string &url, const CachedAnswer &answer) {
 
 std::string TextOf(const Freshness &freshness) {
   if (freshness.MayBeKept()) return "stored, " + FreshUntil(freshness.until);
-  return "not stored: " + Printable(freshness.why_not);
+  return "not stored: " + Visible(freshness.why_not);
 }
 
 Identity IdentityOf(const Options &options) {

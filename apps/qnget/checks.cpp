@@ -3,8 +3,6 @@
 #include "checks.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <string_view>
 
 namespace qnget {
 namespace {
@@ -13,8 +11,6 @@ namespace {
 constexpr size_t kLongestPiece = 2000;
 constexpr double kShortestTimeout = 0.001;
 constexpr double kLongestTimeout = 1e6;
-
-bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }
 
 }  // namespace
 
@@ -33,11 +29,6 @@ std::string CheckTimeout(const std::string &text) {
   const bool number = CLI::detail::lexical_cast(text, seconds);
   const bool in_range = seconds >= kShortestTimeout && seconds <= kLongestTimeout;
   return number && in_range ? "" : "not from 0.001 to 1000000 seconds: " + text;
-}
-
-std::string Printable(std::string text) {
-  std::replace_if(text.begin(), text.end(), IsControl, '?');
-  return text;
 }
 
 }  // namespace qnget

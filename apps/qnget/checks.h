@@ -1,5 +1,5 @@
-// What values qnget takes, from the command line and from its settings. Each check says why a text
-// is refused, or gives an empty string.
+// What values qnget takes, from the command line and from its settings. Each check
+// says why a text is refused, or gives an empty string.
 #ifndef QNGET_CHECKS_H
 #define QNGET_CHECKS_H
 
@@ -10,9 +10,6 @@ namespace qnget {
 std::string CheckHeaderValue(const std::string &value);
 std::string CheckContentType(const std::string &value);
 std::string CheckTimeout(const std::string &text);
-
-/** The text with a '?' for each control character, fit for a terminal. */
-std::string Printable(std::string text);
 
 }  // namespace qnget
 

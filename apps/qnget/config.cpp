@@ -1,9 +1,9 @@
 #include "config.h"
 
 #include "cache.h"
-#include "checks.h"
 #include "failure.h"
 #include "settings.h"
+#include "visible.h"
 
 namespace qnget {
 namespace {
@@ -31,7 +31,7 @@ std::string GetSetting(const Options &options) {
 std::string ListSettings(const Options &options) {
   std::string text;
   for (const auto &[key, value] : OpenSettings(options, IfMissing::kLeave).All()) {
-    text += Printable(key) + ": " + Printable(value) + "\n";
+    text += Visible(key) + ": " + Visible(value) + "\n";
   }
   return text;
 }

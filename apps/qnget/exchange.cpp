@@ -38,6 +38,22 @@ QNHttpCtx *OpenContext(const Options &options, const Request &request, std::stri
   return fnQNStack_Http_Open_Get(url.c_str());
 }
 
+bool MayHaveBody(const Request &request) {
+  return request.method == "POST" || request.method == "PUT";
+}
+
+// The fields of a body that the library does not write: it has none for an empty
+// one, though servers want to be told (RFC 9110, section 8.6), and a PUT gets its
+// body later.
+std::vector<HeaderField> FieldsOfBody(const Request &request, const char *type, size_t length) {
+  std::vector<HeaderField> fields;
+  const bool by_library = request.method == "POST" && length > 0;
+  if (!MayHaveBody(request) || by_library) return fields;
+  if (request.with_body && type != nullptr) fields.push_back({"Content-Type", type});
+  fields.push_back({"Content-Length", std::to_string(length)});
+  return fields;
+}
+
 // The library's lines end with CR LF alone.
 std::string WithFullLineEnds(const std::string &text) {
   std::string full;
@@ -62,9 +78,8 @@ Exchange::Exchange(const Options &options, const Request &request, std::vector<H
       chunk_(kChunk) {
   if (ctx_ == nullptr) throw Failure(kNotConnected, kNoMemory);
   if (request.method == "PUT") unfed_ = body_;
-  if (!unfed_.empty() && ctx_->contentType != nullptr) {
-    fields.push_back({"Content-Type", ctx_->contentType});
-    fields.push_back({"Content-Length", std::to_string(unfed_.size())});
+  for (HeaderField &field : FieldsOfBody(request, ctx_->contentType, body_.size())) {
+    fields.push_back(std::move(field));
   }
   WriteHeaderTable(fields);
 }

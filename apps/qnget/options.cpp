@@ -18,6 +18,7 @@
 #include "signals.h"
 #include "text.h"
 #include "url.h"
+#include "visible.h"
 
 namespace qnget {
 namespace {
@@ -185,12 +186,13 @@ void AddPatienceOptions(CLI::App &app, Options &options, Raw &raw) {
   app.option_defaults()->group("Time and retries");
   AddSettable(app, raw, "--timeout", "timeout",
               "Give up after SECONDS for everything, retries included (default: never)", "SECONDS");
-  app.add_option("--retry", options.retries,
-                 "Try GET and HEAD up to N times more where no status came, after pauses that "
-                 "double up to 30 seconds; POST and PUT only where nobody was connected, as a "
-                 "message that may have arrived would be billed twice. A 503 or 429 with "
-                 "Retry-After is waited for after GET and HEAD, within --timeout or else an hour "
-                 "(default: 0)")
+  app.add_option(
+         "--retry", options.retries,
+         "Try GET and HEAD up to N times more where no status came, after pauses that "
+         "double up to 30 seconds; POST and PUT only where nobody was connected, as a "
+         "message that may have arrived would be billed twice. A server that refuses by 503 "
+         "or 429 and says Retry-After is waited for, whatever the method, within --timeout "
+         "or else an hour (default: 0)")
       ->check(Between(0, kMostRetries, "from 0 to 20 times"))
       ->type_name("N");
   app.add_flag("--retry-all", options.retry_all,
@@ -273,7 +275,7 @@ void ReadSettings(const CLI::App &app, const Options &options, Raw &raw) {
       continue;
     }
     const std::string problem = ProblemOfSetting(kind, found->second);
-    if (!problem.empty()) throw Failure(kUsage, "setting " + key + ": " + Printable(problem));
+    if (!problem.empty()) throw Failure(kUsage, "setting " + key + ": " + Visible(problem));
     raw.settable[key] = found->second;
   }
 }
@@ -344,8 +346,8 @@ void CheckTransfer(const CLI::App &app, const Options &options) {
   if (options.cache && (options.raw || options.method != "GET")) {
     throw Failure(kUsage, "--cache goes with GET alone, and not with --raw");
   }
-  const std::string problem =
-      ProblemOfFields(RequestFields(options), options.data && options.method == "PUT");
+  const bool more_to_come = options.method == "POST" || options.method == "PUT" || options.refresh;
+  const std::string problem = ProblemOfFields(RequestFields(options), more_to_come);
   if (!problem.empty()) throw Failure(kUsage, "-H: " + problem);
   if (options.charset && options.raw) {
     throw Failure(kUsage, "--charset decodes a body, not a --raw answer");

@@ -4,8 +4,8 @@
 
 #include <cstdlib>
 
-#include "checks.h"
 #include "failure.h"
+#include "visible.h"
 
 namespace qnget {
 namespace {
@@ -21,7 +21,7 @@ void TakeProxyFromEnvironment(Options &options) {
   const std::string text = Variable("http_proxy");
   const std::string problem = CheckProxy(text);
   if (!problem.empty()) {
-    throw Failure(kUsage, "http_proxy: " + Printable(problem) + " (--no-proxy goes without)");
+    throw Failure(kUsage, "http_proxy: " + Visible(problem) + " (--no-proxy goes without)");
   }
   options.proxy = ReadProxy(text);
   const std::string list = Variable("no_proxy");

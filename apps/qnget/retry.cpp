@@ -26,7 +26,7 @@ std::optional<double> Retries::PauseAfter(const Failure &failure) const {
 }
 
 std::optional<double> Retries::PauseAfter(const AnswerHead &head) const {
-  if (done_ == options_.retries || !MayRepeatWhatArrived()) return {};
+  if (done_ == options_.retries) return {};
   if (head.status != kServiceUnavailable && head.status != kTooManyRequests) return {};
   const std::optional<double> wait = AnnouncedWait(head, std::time(nullptr));
   if (!wait) return {};

@@ -95,9 +95,11 @@ std::optional<Outcome> Transfer::RunHop(Output &output, Progress &progress) {
   return outcome;
 }
 
-// What tells who the user is goes to the first server alone.
+// What tells who the user is goes to the first server alone. A refresh asks past
+// the caches on the way too.
 std::vector<HeaderField> Transfer::FieldsOfHop() const {
   std::vector<HeaderField> fields = fields_;
+  if (options_.refresh) fields.push_back({"Cache-Control", "no-cache"});
   if (!HaveSameServer(request_.url, first_)) DropPrivateFields(fields);
   return fields;
 }

@@ -322,7 +322,7 @@ TEST_F(QngetCache, IsListedWithoutBeingMade) {
 TEST_F(QngetCache, ListsNoControlCharacters) {
   Save("http://h/\x1b[2J", "");
 
-  EXPECT_THAT(List(), HasSubstr("\nhttp://h/?[2J "));
+  EXPECT_THAT(List(), HasSubstr("\nhttp://h/\\x1b[2J "));
 }
 
 TEST_F(QngetCache, IsEmptied) {

@@ -172,8 +172,30 @@ TEST(QngetRequest, PostsNothingWhenThereIsNoData) {
 
   const std::string request = RequestOf(server, {"-X", "POST", LocalUrl(server.port())});
 
-  EXPECT_EQ(request,
-            "POST / HTTP/1.0\r\nHost: " + Loopback(server.port()) + "\r\n" + kPlainLines + "\r\n");
+  EXPECT_EQ(request, "POST / HTTP/1.0\r\nHost: " + Loopback(server.port()) + "\r\n" + kPlainLines +
+                         "Content-Length: 0\r\n\r\n");
+}
+
+TEST(QngetRequest, TellsTheTypeOfAnEmptyBody) {
+  ScriptedServer server({AnswerWith(Answer("x"))});
+
+  const std::string request =
+      RequestOf(server, {"--data", "/dev/null", "--content-type", "a/b", LocalUrl(server.port())});
+
+  EXPECT_EQ(request, "POST / HTTP/1.0\r\nHost: " + Loopback(server.port()) + "\r\n" + kPlainLines +
+                         "Content-Type: a/b\r\nContent-Length: 0\r\n\r\n");
+}
+
+TEST(QngetRequest, AsksTheCachesOnTheWayToStandAside) {
+  const ScratchFolder folder;
+  ScriptedServer server({AnswerWith(Answer("x")), AnswerWith(Answer("x"))});
+  const std::string url = LocalUrl(server.port());
+
+  RunQnget({"--root", folder.path("root"), "--cache", url});
+  RunQnget({"--root", folder.path("root"), "--refresh", url});
+
+  EXPECT_THAT(server.Received(0), testing::Not(HasSubstr("Cache-Control")));
+  EXPECT_THAT(server.Received(1), HasSubstr("\r\nCache-Control: no-cache\r\n\r\n"));
 }
 
 TEST(QngetRequest, PutsAFile) {
