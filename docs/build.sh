@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 version=$("$qnget" --version | cut -d' ' -f2)
 
 # Pages carry the date of the last change, not of their making.
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || date +%s)}
+SOURCE_DATE_EPOCH=$(cmake/source_date.sh)
 export SOURCE_DATE_EPOCH
 day=$(date -u -d "@$SOURCE_DATE_EPOCH" +%F)
 

@@ -1,15 +1,12 @@
 #!/usr/bin/env bash
 # Lays out what Debian wants in each package besides the installed files, one
 # folder per package: who holds the rights, what changed, and its manual page.
-# usage: texts.sh OUTPUT MAN-PAGES VERSION PACKAGE[:PAGE]...
+# usage: texts.sh OUTPUT MAN-PAGES VERSION CONTACT PACKAGE[:PAGE]...
 set -euo pipefail
 mkdir -p "$1"
-output=$(realpath "$1") man=$(realpath "$2") version=$3
-shift 3
+output=$(realpath "$1") man=$(realpath "$2") version=$3 contact=$4
+shift 4
 cd "$(dirname "$0")/../.."
-
-# The day of the last change, not of the making.
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || date +%s)}
 
 compress() { # FILE
   gzip -9n >"$1"
@@ -19,8 +16,7 @@ compress() { # FILE
 changelog() {
   printf 'qnstack (%s) unstable; urgency=medium\n\n' "$version"
   printf '  * Version %s; changelog.gz says what is in it.\n\n' "${version%-*}"
-  printf ' -- qnstack maintainers <maintainers@example.org>  %s\n' \
-    "$(date -uR -d "@$SOURCE_DATE_EPOCH")"
+  printf ' -- %s  %s\n' "$contact" "$(date -uR -d "@$(cmake/source_date.sh)")"
 }
 
 for entry in "$@"; do
