@@ -256,6 +256,8 @@ class Story {
 }  // namespace demo
 
 int main() {
+  // Each line is seen when it is said, also through a pipe.
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   try {
     demo::Story(DEMO_QNGET).Tell();
     return 0;

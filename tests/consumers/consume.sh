@@ -24,7 +24,7 @@ build_with_make() { # FOLDER
 build_with_cmake() { # FOLDER [ARGUMENT...]
   local folder=$scratch/$1
   shift
-  { cmake -S "$project" -B "$folder" "$@" && cmake --build "$folder" --parallel "$(nproc)"; } \
+  { cmake -G Ninja -S "$project" -B "$folder" "$@" && cmake --build "$folder" --parallel "$(nproc)"; } \
     >"$scratch/log" || {
     cat "$scratch/log"
     return 1
