@@ -19,7 +19,7 @@ headers() {
     sed 's/#\([A-Za-z]\)/\1/g'
 }
 
-# The first one is the message in ten lines.
+# The first one is the first program.
 sample() {
   awk '/^```c$/ { inside = 1 } inside { print } inside && /^```$/ { exit }' README.md
 }

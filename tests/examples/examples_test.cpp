@@ -207,11 +207,46 @@ TEST_F(ReadmeExample, FetchesThroughAGateway) {
   EXPECT_THAT(gateway.Received(0), StartsWith("GET http://mmsc.example/m HTTP/1.0\r\n"));
 }
 
+TEST_F(ReadmeExample, TakesNoLengthFromARedirect) {
+  ScriptedServer server({AnswerWith("HTTP/1.0 200 OK\r\n\r\nmessage")});
+  ScriptedServer first({AnswerWith(
+      "HTTP/1.0 302 Found\r\nContent-Length: 4\r\nLocation: " + UrlOf(server) + "\r\n\r\nmove")});
+
+  EXPECT_EQ(Run({UrlOf(first)}).exit_code, 0);
+  EXPECT_EQ(folder_.read("message.mms"), "message");
+}
+
 TEST_F(ReadmeExample, FailsWithoutAServerAndWithoutAUrl) {
   const RefusingPort nobody;
 
   EXPECT_EQ(Run({"http://127.0.0.1:" + std::to_string(nobody.port())}).exit_code, 1);
   EXPECT_EQ(Run({}).exit_code, kUsage);
+}
+
+// What the README's program must not take for a message: the answer, if any.
+struct NoMessage {
+  const char *name;
+  std::string answer;
+};
+
+class ReadmeExampleKeepsOldMessage : public ReadmeExample,
+                                     public testing::WithParamInterface<NoMessage> {};
+
+INSTANTIATE_TEST_SUITE_P(
+    , ReadmeExampleKeepsOldMessage,
+    testing::Values(NoMessage{"Refusal", "HTTP/1.0 404 Not Found\r\nContent-Length: 4\r\n\r\ngone"},
+                    NoMessage{"CutBody", "HTTP/1.0 200 OK\r\nContent-Length: 7\r\n\r\nmess"},
+                    NoMessage{"UnreadableLength",
+                              "HTTP/1.0 200 OK\r\nContent-Length: x\r\n\r\nmess"},
+                    NoMessage{"NoStatus", "message"}, NoMessage{"NoAnswer", ""}),
+    [](const auto &tested) { return std::string(tested.param.name); });
+
+TEST_P(ReadmeExampleKeepsOldMessage, AndFails) {
+  folder_.write("message.mms", "old");
+  ScriptedServer server({AnswerWith(GetParam().answer)});
+
+  EXPECT_EQ(Run({UrlOf(server)}).exit_code, 1);
+  EXPECT_EQ(folder_.read("message.mms"), "old");
 }
 
 TEST(PostExample, SendsTheTextAndTellsTheStatus) {
