@@ -73,7 +73,8 @@ Tap::~Tap() {
 }
 
 std::vector<Exchange> Tap::Take() {
-  const std::lock_guard lock(mutex_);
+  std::unique_lock lock(mutex_);
+  ended_.wait(lock, [this] { return !under_way_; });
   return std::exchange(exchanges_, {});
 }
 
@@ -81,8 +82,17 @@ void Tap::Serve() {
   pollfd waits[] = {{stop_.get(), POLLIN, 0}, {listener_.get(), POLLIN, 0}};
   while (poll(waits, 2, -1) >= 0 && !IsReady(waits[0])) {
     const Descriptor client(accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC));
-    if (client.get() >= 0) Relay(client.get());
+    if (client.get() < 0) continue;
+    SetUnderWay(true);
+    Relay(client.get());
+    SetUnderWay(false);
   }
+}
+
+void Tap::SetUnderWay(bool under_way) {
+  const std::lock_guard lock(mutex_);
+  under_way_ = under_way;
+  ended_.notify_all();
 }
 
 // Passes bytes on until the server's end has come, so until the answer is

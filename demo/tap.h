@@ -3,6 +3,7 @@
 #ifndef DEMO_TAP_H
 #define DEMO_TAP_H
 
+#include <condition_variable>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -40,13 +41,14 @@ class Tap {
 
   int port() const { return port_; }
 
-  // The exchanges that have ended since the last call. A connection's bytes
-  // are here before its client sees the end.
+  // The exchanges since the last call. A client may have its answer before the
+  // connection ends; this waits for the end.
   std::vector<Exchange> Take();
 
  private:
   void Serve();
   void Relay(int client);
+  void SetUnderWay(bool under_way);
   bool Pass(int from, int to, std::string &record) const;
 
   int target_;
@@ -54,6 +56,8 @@ class Tap {
   Descriptor listener_;
   Descriptor stop_;
   std::mutex mutex_;
+  std::condition_variable ended_;
+  bool under_way_ = false;
   std::vector<Exchange> exchanges_;
   std::thread thread_;
 };
