@@ -156,6 +156,8 @@ QN_API QNListNode *fnQNList_AddFront(QNList *list, void *data);
 /**
  * Inserts an element immediately before a node.
  *
+ * The list's `head` moves to the new node if it was @p node.
+ *
  * @param list the list.
  * @param node a node of that list.
  * @param data the element; stays the caller's.
@@ -165,6 +167,8 @@ QN_API QNListNode *fnQNList_AddBefore(QNList *list, QNListNode *node, void *data
 
 /**
  * Inserts an element immediately after a node.
+ *
+ * The list's `tail` moves to the new node if it was @p node.
  *
  * @param list the list.
  * @param node a node of that list.
@@ -203,12 +207,15 @@ QN_API void *fnQNList_RemoveTail(QNList *list);
 /**
  * Releases and removes the element at an index; the release comes first.
  *
+ * An index above `count` is refused at once; any other is walked to from the
+ * head.
+ *
  * @param list the list, or NULL.
  * @param index 0-based position.
  * @param release called with the address of a copy of the element's pointer;
  *        required.
- * @return 1 if an element was removed; 0 for an index outside the list, a
- *         negative one included.
+ * @return 1 if an element was removed; 0 if there is none at @p index, as for
+ *         every negative one.
  */
 QN_API int32_t fnQNList_Delete_ByNum(QNList *list, int32_t index, QNListRelease release);
 
@@ -291,9 +298,8 @@ QN_API void fnQNList_Reverse(QNList *list);
  * Sorts a list in ascending order by moving elements between its nodes.
  *
  * Not stable: equal elements may change places. Takes up to
- * count × (count − 1) / 2 comparisons. Each call allocates count + 1 bytes of
- * bookkeeping and keeps them for the life of the process; that is known and
- * stays, so do not sort in a loop.
+ * count × (count − 1) / 2 comparisons, and count + 1 bytes of memory while it
+ * runs.
  *
  * @param list the list, or NULL.
  * @param cmp above 0 when its first argument belongs after its second; NULL
@@ -307,8 +313,10 @@ QN_API QNList *fnQNList_Sort(QNList *list, QNListCompare cmp);
  * Frees the first element and its node only.
  *
  * It does not free the list: use fnQNList_Clear() for that. Afterwards `head`
- * is NULL while `tail` and `count` keep their old, now stale, values, and the
- * other nodes are out of reach.
+ * is NULL while `tail` and `count` keep their old values, and the other nodes
+ * are out of reach. Call fnQNList_Init() before the list is used again:
+ * fnQNList_AddTail() would link a new node to the old `tail`, which is freed
+ * memory if the list had one node.
  *
  * @param list the list, or NULL, which does nothing; the element must come
  *        from the heap.

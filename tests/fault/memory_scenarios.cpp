@@ -109,7 +109,7 @@ class Sort : public Scenario {
 std::vector<ScenarioKind> MemoryScenarios() {
   return {
       {.name = "charsets", .make = std::make_unique<Charsets>, .kept_blocks = 1},
-      {.name = "sort", .make = std::make_unique<Sort>, .kept_blocks = 1},
+      {.name = "sort", .make = std::make_unique<Sort>},
   };
 }
 

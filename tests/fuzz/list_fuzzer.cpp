@@ -46,7 +46,7 @@ void TrySorting(FuzzedDataProvider *input) {
     std::sort(letters.begin(), letters.end());
     EXPECT_EQ(sorted, letters);
   }
-  EXPECT_EQ(kept.Release(), std::vector<size_t>{letters.size() + 1});
+  EXPECT_EQ(kept.Release(), std::vector<size_t>{});
 }
 
 }  // namespace

@@ -98,6 +98,32 @@ TEST_F(QnListFree, LeavesAListThatHasNothingToRemove) {
   EXPECT_EQ(list_.count, 3);
 }
 
+TEST_F(QnListFree, LeavesATailToWhichTheNextElementIsAppended) {
+  fnQNList_Free(&list_);
+
+  QNListNode *added = fnQNList_AddTail(&list_, fnQN_MEMSTRCOPY("four"));
+
+  EXPECT_EQ(list_.head, added);
+  EXPECT_EQ(list_.tail, added);
+  EXPECT_EQ(added->prev, nodes_[2]);
+  EXPECT_EQ(nodes_[2]->next, added);
+  EXPECT_EQ(list_.count, 4);
+  nodes_.push_back(added);
+}
+
+TEST_F(QnListFree, LeavesAListThatStartsAnewAtItsFront) {
+  fnQNList_Free(&list_);
+
+  QNListNode *added = fnQNList_AddFront(&list_, fnQN_MEMSTRCOPY("four"));
+
+  EXPECT_EQ(list_.head, added);
+  EXPECT_EQ(list_.tail, added);
+  EXPECT_EQ(added->prev, nullptr);
+  EXPECT_EQ(added->next, nullptr);
+  EXPECT_EQ(list_.count, 4);
+  nodes_.push_back(added);
+}
+
 TEST_F(QnListFree, DoesNothingASecondTime) {
   fnQNList_Free(&list_);
   FailingHeap heap(FailingHeap::kCountOnly);

@@ -119,6 +119,17 @@ TEST(QnListRemove, LeavesAnEmptyListAndTheForeignNode) {
   EXPECT_EQ(other.Letters(), "XYZ");
 }
 
+TEST(QnListRemove, LeavesWhatTheHeadsPreviousNodeIs) {
+  LetterList list("AB");
+  QNListNode stale = {};
+  list.List()->head->prev = &stale;
+
+  fnQNList_Remove(list.List(), list.List()->head);
+
+  EXPECT_EQ(list.Letters(), "B");
+  EXPECT_EQ(stale.next, nullptr);
+}
+
 TEST(QnListRemoveFront, HandsBackTheFirstElement) {
   LetterList list("ABC");
 
@@ -206,6 +217,22 @@ TEST(QnListDeleteByNum, DoesNothingForAnIndexOutsideTheList) {
     EXPECT_EQ(list.Letters(), "ABC") << index;
   }
   EXPECT_EQ(fnQNList_Delete_ByNum(empty.List(), 0, RecordRelease), 0);
+}
+
+// A count that is too small does not hide the element that stands at it.
+TEST(QnListDeleteByNum, RefusesAnIndexAboveTheCountAloneAndWalksToAnyOther) {
+  LetterList list("ABCD");
+  list.List()->count = 2;
+  ObserveReleases(list.List());
+
+  EXPECT_EQ(fnQNList_Delete_ByNum(list.List(), 3, RecordRelease), 0);
+  EXPECT_EQ(ReleasedLetters(), "");
+  EXPECT_EQ(fnQNList_Delete_ByNum(list.List(), 2, RecordRelease), 1);
+  EXPECT_EQ(ReleasedLetters(), "C");
+
+  EXPECT_EQ(list.List()->count, 1);
+  list.List()->count = 3;
+  EXPECT_EQ(list.Letters(), "ABD");
 }
 
 TEST(QnListDeleteByNum, DoesNothingForANullList) {

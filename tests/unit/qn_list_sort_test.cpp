@@ -299,7 +299,7 @@ TEST(QnListSort, SortsNothingWhereAnArgumentIsNull) {
   EXPECT_EQ(list.Keys(), (std::vector<int>{2, 1}));
 }
 
-TEST(QnListSort, KeepsOneByteForEachElementAndOneMore) {
+TEST(QnListSort, GivesItsOneByteForEachElementAndOneMoreBack) {
   ItemList list({5, 1, 4, 2, 3});
   FailingHeap heap(FailingHeap::kCountOnly);
 
@@ -307,7 +307,7 @@ TEST(QnListSort, KeepsOneByteForEachElementAndOneMore) {
 
   EXPECT_EQ(heap.Allocations(), 1);
   EXPECT_EQ(heap.BytesAsked(), 6U);
-  EXPECT_EQ(heap.Frees(), 0);
+  EXPECT_EQ(heap.Frees(), 1);
 }
 
 TEST(QnListSort, SortsNothingWhenTheHeapRefuses) {

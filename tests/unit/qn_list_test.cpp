@@ -1,6 +1,7 @@
 // Guards how a list is made, filled, walked and searched.
 #include "qnstack/qn_list.h"
 #include "qnstack/qn_fs_comm_tools.h"
+#include "qnstack/qn_share_mem.h"
 
 #include <gtest/gtest.h>
 
@@ -182,6 +183,38 @@ TEST(QnListAddAfter, InsertsAtEveryPlace) {
     EXPECT_EQ(list.Letters(), each.result);
     EXPECT_EQ(node, list.Node('X'));
   }
+}
+
+// A node without neighbours that is in no list is linked to all the same; the
+// list's ends are not concerned.
+TEST(QnListAddBefore, MovesTheHeadOnlyIfItWasThatNode) {
+  LetterList list("AB");
+  QNListNode foreign = {LetterElement('F'), nullptr, nullptr};
+
+  QNListNode *added = fnQNList_AddBefore(list.List(), &foreign, LetterElement('X'));
+
+  EXPECT_EQ(foreign.prev, added);
+  EXPECT_EQ(added->next, &foreign);
+  EXPECT_EQ(list.List()->head, list.Node('A'));
+  EXPECT_EQ(list.List()->tail, list.Node('B'));
+  EXPECT_EQ(list.List()->count, 3);
+  list.List()->count = 2;
+  fnQN_Free(&added);
+}
+
+TEST(QnListAddAfter, MovesTheTailOnlyIfItWasThatNode) {
+  LetterList list("AB");
+  QNListNode foreign = {LetterElement('F'), nullptr, nullptr};
+
+  QNListNode *added = fnQNList_AddAfter(list.List(), &foreign, LetterElement('X'));
+
+  EXPECT_EQ(foreign.next, added);
+  EXPECT_EQ(added->prev, &foreign);
+  EXPECT_EQ(list.List()->head, list.Node('A'));
+  EXPECT_EQ(list.List()->tail, list.Node('B'));
+  EXPECT_EQ(list.List()->count, 3);
+  list.List()->count = 2;
+  fnQN_Free(&added);
 }
 
 TEST(QnListAdd, KeepsTheOtherNodesAndReserved) {

@@ -3,7 +3,7 @@
 #include "qnstack/qn_fs_file_record.h"
 
 #include "qn_fs_filebuffer_internal.h"
-#include "qn_list_link.h"
+#include "qn_list_internal.h"
 #include "qn_owned.h"
 #include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_fs_file.h"

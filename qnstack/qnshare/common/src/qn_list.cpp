@@ -1,58 +1,72 @@
-// The doubly linked list behind every collection of the library. It owns its
-// nodes and never its elements; it keeps no state of its own.
+// The doubly linked list behind every collection of the library: request
+// headers, cookies, cache entries, settings, records and timers. Applications
+// keep lists of their own with it.
 #include "qnstack/qn_list.h"
 
-#include "qn_list_link.h"
+#include <utility>
+
+#include "qn_list_internal.h"
 #include "qn_owned.h"
 
 namespace {
 
-// Links a node between two neighbours, either of which may be null at an
-// end of the list.
-void Link(QNList *list, QNListNode *node, QNListNode *before, QNListNode *after) {
-  node->prev = before;
-  node->next = after;
-  (before != nullptr ? before->next : list->head) = node;
-  (after != nullptr ? after->prev : list->tail) = node;
-  ++list->count;
-}
-
-QNListNode *InsertBetween(QNList *list, QNListNode *before, QNListNode *after, void *data) {
-  auto *node = static_cast<QNListNode *>(qn::AllocateUncleared(sizeof(QNListNode)));
-  if (node == nullptr) return nullptr;
-  node->data = data;
-  Link(list, node, before, after);
+// A new node that holds `data`; null if there is no list, no data or no memory.
+QNListNode *MakeNode(const QNList *list, void *data) {
+  if (list == nullptr || data == nullptr) return nullptr;
+  QNListNode *node = qn::NewNode();
+  if (node != nullptr) node->data = data;
   return node;
 }
 
-// Without a head the list is empty and a tail that is left over is stale.
-QNListNode *Last(const QNList *list) { return list->head != nullptr ? list->tail : nullptr; }
-
-// Takes a node out whose place in this list is certain.
-void Unlink(QNList *list, QNListNode *node) {
-  (node->prev != nullptr ? node->prev->next : list->head) = node->next;
-  (node->next != nullptr ? node->next->prev : list->tail) = node->prev;
-  --list->count;
-  qn::Release(node);
+// Links a node between two neighbours, either of which may be null. Moving the
+// list's head or tail is left to the caller.
+void Link(QNList *list, QNListNode *prev, QNListNode *node, QNListNode *next) {
+  node->prev = prev;
+  node->next = next;
+  if (prev != nullptr) prev->next = node;
+  if (next != nullptr) next->prev = node;
+  ++list->count;
 }
 
-// A node of another list must leave both lists alone, so `prev` is believed
-// only once the walk has met the node.
-bool Contains(const QNList *list, const QNListNode *node) {
-  if (list->head == nullptr) return false;
-  if (node == list->head || node == list->tail) return true;
-  const QNListNode *walk = list->head;
-  while (walk != nullptr && walk != node) walk = walk->next;
-  return walk != nullptr;
+// The node before `node`, which is not the head; null if the list does not hold
+// `node`. The walk notices a node of another list, whose `prev` would mislead.
+// The tail is certainly in the list, so it needs no walk.
+QNListNode *NodeBefore(const QNList *list, const QNListNode *node) {
+  if (node == list->tail) return node->prev;
+  QNListNode *before = list->head;
+  while (before != nullptr && before->next != node) before = before->next;
+  return before;
+}
+
+// The node that stands `steps` behind the head; null if the list ends before.
+QNListNode *NodeAt(const QNList *list, int32_t steps) {
+  QNListNode *node = list->head;
+  for (; node != nullptr && steps > 0; --steps) node = node->next;
+  return node;
+}
+
+// Removes a node and returns its element.
+void *TakeOut(QNList *list, QNListNode *node) {
+  void *data = node->data;
+  fnQNList_Remove(list, node);
+  return data;
 }
 
 }  // namespace
 
 QNListNode *qn::NewNode() { return NewRecord<QNListNode>(); }
 
-void qn::LinkFront(QNList *list, QNListNode *node) { Link(list, node, nullptr, list->head); }
+void qn::LinkFront(QNList *list, QNListNode *node) {
+  Link(list, nullptr, node, list->head);
+  if (list->head == nullptr) list->tail = node;
+  list->head = node;
+}
 
-void qn::LinkTail(QNList *list, QNListNode *node) { Link(list, node, Last(list), nullptr); }
+void qn::LinkTail(QNList *list, QNListNode *node) {
+  Link(list, list->tail, node, nullptr);
+  if (list->head == nullptr) list->head = node;
+  list->tail = node;
+}
 
 void fnQNList_Init(QNList *list) {
   if (list != nullptr) *list = QNList{};
@@ -83,47 +97,63 @@ QNListNode *fnQNList_PrevIter(const QNListNode *iter) {
 }
 
 QNListNode *fnQNList_AddTail(QNList *list, void *data) {
-  if (list == nullptr || data == nullptr) return nullptr;
-  return InsertBetween(list, Last(list), nullptr, data);
+  QNListNode *added = MakeNode(list, data);
+  if (added != nullptr) qn::LinkTail(list, added);
+  return added;
 }
 
 QNListNode *fnQNList_AddFront(QNList *list, void *data) {
-  if (list == nullptr || data == nullptr) return nullptr;
-  return InsertBetween(list, nullptr, list->head, data);
+  QNListNode *added = MakeNode(list, data);
+  if (added != nullptr) qn::LinkFront(list, added);
+  return added;
 }
 
 QNListNode *fnQNList_AddBefore(QNList *list, QNListNode *node, void *data) {
-  if (list == nullptr || node == nullptr || data == nullptr) return nullptr;
-  return InsertBetween(list, node->prev, node, data);
+  if (node == nullptr) return nullptr;
+  QNListNode *added = MakeNode(list, data);
+  if (added == nullptr) return nullptr;
+  Link(list, node->prev, added, node);
+  if (node == list->head) list->head = added;
+  return added;
 }
 
 QNListNode *fnQNList_AddAfter(QNList *list, QNListNode *node, void *data) {
-  if (list == nullptr || node == nullptr || data == nullptr) return nullptr;
-  return InsertBetween(list, node, node->next, data);
+  if (node == nullptr) return nullptr;
+  QNListNode *added = MakeNode(list, data);
+  if (added == nullptr) return nullptr;
+  Link(list, node, added, node->next);
+  if (node == list->tail) list->tail = added;
+  return added;
 }
 
 void fnQNList_Remove(QNList *list, QNListNode *node) {
-  if (list == nullptr || node == nullptr || !Contains(list, node)) return;
-  Unlink(list, node);
+  if (fnQNList_IsEmpty(list) != 0 || node == nullptr) return;
+  QNListNode *before = nullptr;
+  if (node == list->head) {
+    list->head = node->next;
+  } else {
+    before = NodeBefore(list, node);
+    if (before == nullptr) return;
+    before->next = node->next;
+  }
+  if (node->next != nullptr) node->next->prev = before;
+  if (node == list->tail) list->tail = before;
+  --list->count;
+  fnQN_Free(&node);
 }
 
 void *fnQNList_RemoveFront(QNList *list) {
-  if (fnQNList_IsEmpty(list) != 0) return nullptr;
-  void *data = list->head->data;
-  Unlink(list, list->head);
-  return data;
+  return fnQNList_IsEmpty(list) != 0 ? nullptr : TakeOut(list, list->head);
 }
 
 void *fnQNList_RemoveTail(QNList *list) {
-  if (fnQNList_IsEmpty(list) != 0) return nullptr;
-  void *data = list->tail->data;
-  Unlink(list, list->tail);
-  return data;
+  return fnQNList_IsEmpty(list) != 0 ? nullptr : TakeOut(list, list->tail);
 }
 
 int32_t fnQNList_Delete_ByNum(QNList *list, int32_t index, QNListRelease release) {
-  if (list == nullptr || index < 0 || index >= list->count) return 0;
-  QNListNode *node = fnQNList_Find_ByNum(list, index);
+  // The walk finds out that no element stands at an index equal to the count.
+  if (list == nullptr || index < 0 || index > list->count) return 0;
+  QNListNode *node = NodeAt(list, index);
   if (node == nullptr) return 0;
   void *data = node->data;
   release(&data);
@@ -161,23 +191,18 @@ QNListNode *fnQNList_CompareFind(const QNList *list, const void *key, QNListComp
 
 QNListNode *fnQNList_Find_ByNum(const QNList *list, int32_t index) {
   if (list == nullptr || list->count < 1 || index >= list->count) return nullptr;
-  QNListNode *node = list->head;
-  for (; node != nullptr && index > 0; --index) node = node->next;
-  return node;
+  return NodeAt(list, index);
 }
 
 void fnQNList_Swap(QNListNode *a, QNListNode *b) {
-  if (a == nullptr || b == nullptr || a == b) return;
-  void *data = a->data;
-  a->data = b->data;
-  b->data = data;
+  if (a != nullptr && b != nullptr) std::swap(a->data, b->data);
 }
 
 void fnQNList_Move(QNList *list, QNListNode *node, QNListNode *before) {
   if (list == nullptr || node == nullptr || list->count <= 1) return;
   if (before == node || before == node->next) return;
 
-  // As a ring no end needs a case of its own while the node changes place.
+  // While the list is a ring, the first and the last node move as all others do.
   list->head->prev = list->tail;
   list->tail->next = list->head;
 
@@ -200,15 +225,10 @@ void fnQNList_Move(QNList *list, QNListNode *node, QNListNode *before) {
 }
 
 void fnQNList_Reverse(QNList *list) {
-  QNListNode *old_head = list->head;
-  for (QNListNode *node = old_head; node != nullptr;) {
-    QNListNode *next = node->next;
-    node->next = node->prev;
-    node->prev = next;
-    node = next;
+  for (QNListNode *node = list->head; node != nullptr; node = node->prev) {
+    std::swap(node->prev, node->next);
   }
-  list->head = list->tail;
-  list->tail = old_head;
+  std::swap(list->head, list->tail);
 }
 
 void fnQNList_Free(QNList *list) {

@@ -1,7 +1,7 @@
-// Sorting of the list: an exchange sort that moves elements and keeps nodes.
-// Which elements are compared, and in which order, is what callers with a
-// comparator of their own have seen since the beginning, so the steps stay.
-#include <utility>
+// Sorting a list: an exchange sort that moves elements and keeps nodes. Callers'
+// comparators have seen which elements are compared and in which order, so the
+// steps stay as they are.
+#include <cstddef>
 
 #include "qn_owned.h"
 #include "qnstack/qn_list.h"
@@ -11,83 +11,50 @@ namespace {
 // A node and its position, counted from 1.
 struct Place {
   QNListNode *node;
-  int32_t position;
+  std::size_t position;
 
   Place Next() const { return {node->next, position + 1}; }
 };
 
-// Which positions hold their final element.
-class Settled {
- public:
-  explicit Settled(uint8_t *marks) : marks_(marks) {}
-  bool At(const Place &place) const { return marks_[place.position] != 0; }
-  void Mark(const Place &place) { marks_[place.position] = 1; }
-  // A settled second element leaves nothing that could stand before the first.
-  void SettleFirstAfterSecond() {
-    if (marks_[2] != 0) marks_[1] = 1;
-  }
-
- private:
-  uint8_t *marks_;
-};
-
-int32_t CountNodes(const QNList *list) {
-  int32_t nodes = 0;
-  for (const QNListNode *node = fnQNList_BeginIter(list); node != nullptr; node = node->next) {
-    ++nodes;
-  }
+std::size_t CountNodes(const QNList *list) {
+  std::size_t nodes = 0;
+  for (const QNListNode *node = list->head; node != nullptr; node = node->next) ++nodes;
   return nodes;
 }
 
-void Exchange(QNListNode *a, QNListNode *b) { std::swap(a->data, b->data); }
-
-// Carries the element at `pivot` behind all smaller ones up to the next
-// settled position; it is settled where it ends.
-void CarryToPlace(Place pivot, QNListCompare cmp, Settled &settled) {
+// Carries the element at `pivot` behind all smaller ones up to the next settled
+// position, and marks the place where it ends as settled.
+void CarryToPlace(Place pivot, QNListCompare cmp, bool *settled) {
   Place other = pivot.Next();
-  if (other.node == nullptr || settled.At(other)) return;
-  for (; other.node != nullptr && !settled.At(other); other = other.Next()) {
+  if (settled[other.position]) return;
+  for (; other.node != nullptr && !settled[other.position]; other = other.Next()) {
     if (cmp(pivot.node->data, other.node->data) <= 0) continue;
-    // The pivot moves one place on, and the smaller element takes its place.
-    Exchange(pivot.node, pivot.node->next);
-    if (pivot.node->next != other.node) Exchange(pivot.node, other.node);
+    // The pivot moves on by one place, and the smaller element takes its place.
+    fnQNList_Swap(pivot.node, pivot.node->next);
+    if (pivot.node->next != other.node) fnQNList_Swap(pivot.node, other.node);
     pivot = pivot.Next();
   }
-  settled.Mark(pivot);
-}
-
-// The place where the next pass starts, from `base` on.
-Place NextBase(Place base, int32_t nodes, Settled &settled) {
-  while (settled.At(base)) {
-    if (base.node->next == nullptr) return base;
-    base = base.Next();
-  }
-  if (base.position >= nodes) {
-    settled.Mark(base);
-    return base;
-  }
-  if (!settled.At(base.Next())) return base;
-  settled.Mark(base);
-  return base.Next();
+  settled[pivot.position] = true;
 }
 
 }  // namespace
 
 QNList *fnQNList_Sort(QNList *list, QNListCompare cmp) {
-  const int32_t nodes = CountNodes(list);
-  // One byte per position from 0 on, kept for good as its callers know.
-  const std::size_t bytes = list == nullptr ? 0 : static_cast<std::size_t>(nodes) + 1;
-  auto *marks = static_cast<uint8_t *>(qn::AllocateZeroed(bytes));
-  if (list == nullptr || cmp == nullptr || marks == nullptr) return nullptr;
+  if (list == nullptr || cmp == nullptr) return nullptr;
+  // Whether a position holds its final element.
+  const qn::Owned<bool> marks(static_cast<bool *>(qn::AllocateZeroed(CountNodes(list) + 1)));
+  bool *settled = marks.get();
+  if (settled == nullptr) return nullptr;
 
-  if (nodes < 2) return list;
-
-  Settled settled(marks);
   Place base = {list->head, 1};
-  for (Place pivot = base; pivot.node->next != nullptr; pivot = base) {
-    CarryToPlace(pivot, cmp, settled);
-    settled.SettleFirstAfterSecond();
-    base = NextBase(base, nodes, settled);
+  while (base.node != nullptr && base.node->next != nullptr) {
+    CarryToPlace(base, cmp, settled);
+    // With the second element settled, nothing is left to stand before the first.
+    if (settled[2]) settled[1] = true;
+    while (settled[base.position] && base.node->next != nullptr) base = base.Next();
+    // An element alone before a settled one is in its place. The settled one is
+    // compared with those behind it once more: this is the order callers know.
+    if (base.node->next != nullptr && settled[base.position + 1]) base = base.Next();
   }
   return list;
 }
