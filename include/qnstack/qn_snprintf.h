@@ -3,7 +3,7 @@
  * @brief Formatted text into a bounded area.
  *
  * The conversions are those of the Apache Portable Runtime's `apr_vformatter`,
- * which does the work wherever there is more than text, "%s", "%d" and "%u".
+ * which does the work.
  */
 #ifndef QNSTACK_QN_SNPRINTF_H
 #define QNSTACK_QN_SNPRINTF_H

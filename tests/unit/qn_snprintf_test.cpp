@@ -124,7 +124,7 @@ TEST(QnSnprintf, CutsConversionsOfAllKindsAtAnyPlace) {
   }
 }
 
-TEST(QnSnprintf, ConvertsOnBehindTextThatThePortableFormatterTook) {
+TEST(QnSnprintf, ConvertsOnBehindANumberWithAPoint) {
   char area[64];
   const int32_t result = fnQNRTL_snprintf(area, sizeof area, "%d %5.1f %s %d", 1, 2.5, "three", 4);
 
