@@ -43,7 +43,7 @@ QN_API char *fnQNRTL_itoa(int32_t value, char *buf, int32_t radix);
  *
  * @param value the number.
  * @param buf destination; 14 bytes do for radix 10, 38 for any.
- * @param radix as for fnQNRTL_itoa().
+ * @param radix as for fnQNRTL_itoa(); below 2 the text is empty, without a point.
  * @return @p buf.
  */
 QN_API char *fnQNRTL_ftoa(double value, char *buf, int32_t radix);

@@ -3,6 +3,7 @@
 // in every radix.
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -147,6 +148,14 @@ TEST(QnFtoa, ScalesTheFractionByTenInEveryRadix) {
   EXPECT_EQ(Ftoa(31.75, 16), "1f.c");    // .75 12, below 0
   EXPECT_EQ(Ftoa(0.25, 8), "0.248g");    // .25 2, .5 4, 1 8, 2 16
   EXPECT_EQ(Ftoa(0.75, 36), "0.r");      // .75 27, below 0
+}
+
+TEST(QnFtoa, WritesAnEmptyStringBelowRadixTwo) {
+  for (const int32_t radix : {1, 0, -1, -10, INT_MIN}) {
+    for (const double value : {0.0, 0.5, -0.5, 3.0, -2.5, 1e300}) {
+      EXPECT_EQ(Ftoa(value, radix), "") << value << " / " << radix;
+    }
+  }
 }
 
 TEST(QnFtoa, ReturnsTheBufferAndMostlyNeedsThirteenBytesInRadixTen) {

@@ -10,14 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "qn_itoa_internal.h"
-
 namespace {
-
-std::string Xtoa(uint32_t value, uint32_t radix, int negative) {
-  char buf[64];
-  return qn::xtoa(value, buf, radix, negative);
-}
 
 std::string Itoa(int32_t value, int32_t radix) {
   char buf[64];
@@ -113,47 +106,10 @@ TEST(QnItoa, WritesAnEmptyStringBelowRadixTwo) {
   }
 }
 
-TEST(QnXtoa, WritesDigitsOfEveryRadix) {
-  for (uint32_t radix = 2; radix <= 36; ++radix) {
-    for (const int32_t number : TellingValues()) {
-      const auto value = static_cast<uint32_t>(number);
-      EXPECT_EQ(Xtoa(value, radix, 0), Expected(value, static_cast<int>(radix)))
-          << value << " / " << radix;
-    }
-  }
-}
-
-TEST(QnXtoa, WritesTheNegationBehindASign) {
-  struct {
-    uint32_t value;
-    uint32_t radix;
-    int negative;
-    const char *text;
-  } const cases[] = {{0xFFFFFF01, 16, 1, "-ff"},         {0xFFFFFFFF, 10, 1, "-1"},
-                     {0x80000000, 10, 1, "-2147483648"}, {5, 10, 1, "-4294967291"},
-                     {0xFFFFFFFE, 2, -7, "-10"},         {0, 10, 1, "-0"},
-                     {0xFFFFFFFF, 10, 0, "4294967295"}};
-  for (const auto &each : cases) {
-    EXPECT_EQ(Xtoa(each.value, each.radix, each.negative), each.text)
-        << each.value << " / " << each.radix;
-  }
-}
-
-TEST(QnXtoa, RunsOnPastTheLettersAboveRadixThirtySix) {
-  EXPECT_EQ(Xtoa(36, 40, 0), "{");
-  EXPECT_EQ(Xtoa(39, 40, 0), "~");
-  EXPECT_EQ(Xtoa(40 + 35, 40, 0), "1z");
-}
-
-TEST(QnXtoa, WritesAnEmptyStringBelowRadixTwo) {
-  EXPECT_EQ(Xtoa(5, 0, 0), "");
-  EXPECT_EQ(Xtoa(5, 1, 1), "");
-}
-
-TEST(QnXtoa, ReturnsTheBuffer) {
-  char buf[40];
-
-  EXPECT_EQ(qn::xtoa(7, buf, 10, 0), buf);
+TEST(QnItoa, RunsOnPastTheLettersAboveRadixThirtySix) {
+  EXPECT_EQ(Itoa(36, 40), "{");
+  EXPECT_EQ(Itoa(39, 40), "~");
+  EXPECT_EQ(Itoa(40 + 35, 40), "1z");
 }
 
 }  // namespace

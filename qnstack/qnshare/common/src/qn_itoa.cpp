@@ -1,12 +1,11 @@
-// Numbers to text in any radix. Owns nothing.
+// Numbers to text in any radix: the names of the cache's files, and whatever
+// applications write.
 #include "qnstack/qn_itoa.h"
 
 #include <algorithm>
-#include <cfloat>
 #include <cmath>
 #include <limits>
 
-#include "qn_itoa_internal.h"
 #include "qnstack/qn_share_string.h"
 
 namespace {
@@ -26,13 +25,6 @@ int32_t TruncateToInt32(double value) {
   return value > -2147483649.0 ? static_cast<int32_t>(value) : Limits::min();
 }
 
-// As a double holds it: a register of some platforms (FLT_EVAL_METHOD) holds more.
-double Rounded(double value) {
-  if constexpr (FLT_EVAL_METHOD == 0) return value;
-  volatile double stored = value;
-  return stored;
-}
-
 // The part after the point. It is taken positive for negative numbers, but one
 // between -1 and 0 keeps its sign and so gets no digits.
 double FractionOf(double value, int32_t integer_part) {
@@ -43,32 +35,30 @@ double FractionOf(double value, int32_t integer_part) {
 
 }  // namespace
 
-char *qn::xtoa(uint32_t value, char *buf, uint32_t radix, int negative) {
+char *fnQNRTL_itoa(int32_t value, char *buf, int32_t radix) {
   char *out = buf;
   if (radix >= 2) {
-    if (negative != 0) {
+    auto rest = static_cast<uint32_t>(value);
+    if (radix == 10 && value < 0) {
       *out++ = '-';
-      value = 0U - value;
+      rest = 0U - rest;
     }
     char *const digits = out;
+    const auto divisor = static_cast<uint32_t>(radix);
     do {
-      *out++ = DigitText(value % radix);
-      value /= radix;
-    } while (value != 0);
+      *out++ = DigitText(rest % divisor);
+      rest /= divisor;
+    } while (rest != 0);
     std::reverse(digits, out);
   }
   *out = '\0';
   return buf;
 }
 
-char *fnQNRTL_itoa(int32_t value, char *buf, int32_t radix) {
-  const auto usable_radix = static_cast<uint32_t>(std::max(radix, 0));
-  return qn::xtoa(static_cast<uint32_t>(value), buf, usable_radix, radix == 10 && value < 0);
-}
-
 char *fnQNRTL_ftoa(double value, char *buf, int32_t radix) {
   const int32_t integer_part = TruncateToInt32(value);
   fnQNRTL_itoa(integer_part, buf, radix);
+  if (radix < 2) return buf;
   const std::size_t length = fnQN_STRLEN(buf);
   char *out = buf + length;
   *out++ = '.';
@@ -79,7 +69,9 @@ char *fnQNRTL_ftoa(double value, char *buf, int32_t radix) {
   } else if (length < kMostTextBeforePoint) {
     std::size_t room = std::min(kMostFractionDigits, kMostTextBeforePoint - length);
     for (; room > 0 && fraction > 0.0; --room) {
-      const int32_t digit = TruncateToInt32(Rounded(fraction * radix));
+      // A register of some platforms holds more than a double; memory does not.
+      const volatile double scaled = fraction * radix;
+      const int32_t digit = TruncateToInt32(scaled);
       *out++ = DigitText(static_cast<uint32_t>(digit));
       // One rounding only: the digits depend on the exact remainder.
       fraction = std::fma(fraction, 10.0, -static_cast<double>(digit));

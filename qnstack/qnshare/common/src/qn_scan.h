@@ -1,5 +1,5 @@
-// Reading numbers and words out of received text the way a formatted scan
-// reads them, without its bounds and its undefined corners.
+// Reading numbers and words out of received text as sscanf() reads "%d" and
+// "%s", but never beyond the text's end and with a result for every number.
 #ifndef QNSTACK_QN_SCAN_H
 #define QNSTACK_QN_SCAN_H
 
