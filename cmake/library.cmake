@@ -20,7 +20,6 @@ add_library(qnstack_core OBJECT
   qnstack/common/src/qn_stack_tools.cpp
   qnstack/common/src/qn_stack_trace.cpp
   qnstack/common/src/qn_stack_wap.cpp
-  qnstack/common/src/qn_text_search.cpp
   qnstack/qnfs/Mac_porting/src/qn_fs_clock.cpp
   qnstack/qnfs/Mac_porting/src/qn_fs_comm_tools.cpp
   qnstack/qnfs/Mac_porting/src/qn_fs_date.cpp

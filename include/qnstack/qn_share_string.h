@@ -213,12 +213,12 @@ QN_API int32_t fnQN_STRLOWER(char *s);
 /**
  * Finds a string in another, ignoring the case of ASCII letters.
  *
- * Works on two temporary copies; stristr() finds the same without memory.
+ * At worst it compares as many bytes as the product of both lengths.
  *
  * @param haystack terminated string, or NULL.
  * @param needle terminated string, or NULL; an empty one is found at once.
- * @return the first match inside @p haystack itself; NULL when there is none,
- *         an argument is NULL, or the heap refuses a copy.
+ * @return the first match inside @p haystack; NULL when there is none or an
+ *         argument is NULL.
  */
 QN_API char *fnQN_STRISTR(const char *haystack, const char *needle);
 

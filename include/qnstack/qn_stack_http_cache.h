@@ -165,8 +165,8 @@ QN_API void fnQNStack_Cache_setMode(int32_t mode);
 QN_API int32_t fnQNStack_Cache_getState(void);
 
 /**
- * Finds a string in another, ignoring the case of ASCII letters, in linear
- * time and without memory.
+ * Finds a string in another, ignoring the case of ASCII letters, as
+ * fnQN_STRISTR() does.
  *
  * @param haystack terminated string, or NULL.
  * @param needle terminated string, or NULL; an empty one is found at once.

@@ -117,21 +117,13 @@ TEST(QnStrIStr, AgreesWithThePlainSearchOnAllShortWords) {
   }
 }
 
-TEST(QnStrIStr, GivesBackBothCopies) {
-  FailingHeap heap(FailingHeap::kCountOnly);
+TEST(QnStrIStr, AsksTheHeapForNothing) {
+  const char *text = "text";
+  FailingHeap heap(1);
 
-  fnQN_STRISTR("text", "ex");
+  EXPECT_EQ(fnQN_STRISTR(text, "EX"), text + 1);
 
-  EXPECT_EQ(heap.Allocations(), 2);
-  EXPECT_EQ(heap.BytesAsked(), sizeof "text" + sizeof "ex");
-  EXPECT_EQ(heap.Frees(), 2);
-}
-
-TEST(QnStrIStr, GivesNullWhenTheHeapRefusesEitherCopy) {
-  for (const int refused : {1, 2}) {
-    FailingHeap heap(refused);
-    EXPECT_EQ(fnQN_STRISTR("text", "text"), nullptr) << refused;
-  }
+  EXPECT_EQ(heap.Allocations(), 0);
 }
 
 }  // namespace

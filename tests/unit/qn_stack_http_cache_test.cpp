@@ -11,13 +11,11 @@
 #include <vector>
 
 #include "support/failing_heap.h"
-#include "support/watchdog.h"
 #include "support/words.h"
 
 namespace {
 
 using qntest::FailingHeap;
-using qntest::Watchdog;
 using qntest::WordsOver;
 
 // ASCII letters to lower case, by a table of its own.
@@ -127,32 +125,6 @@ TEST(QnStristr, AgreesWithAPlainSearchOnRepetitiveTexts) {
     ASSERT_EQ(Found(haystack, needle), Folded(haystack).find(Folded(needle)))
         << '"' << haystack << "\" and \"" << needle << '"';
   }
-}
-
-// Text and needle of a megabyte and half of it on which a search that starts
-// over after each mismatch compares some 10^11 bytes. A linear one ends within
-// milliseconds; the watchdog ends the other kind.
-TEST(QnStristr, EndsSoonOnTheWorstTexts) {
-  constexpr size_t kLength = 1 << 20;
-  constexpr size_t kHalf = kLength / 2;
-  const std::string as(kLength, 'a');
-  const std::string half(kHalf, 'A');
-  std::string pairs;
-  for (size_t i = 0; i < kHalf; ++i) pairs += "aB";
-  const std::string half_of_pairs = pairs.substr(0, kHalf);
-  const std::string almost = as.substr(0, kHalf / 2 - 1) + 'b';
-  const Watchdog watchdog;
-
-  EXPECT_EQ(Found(almost + almost + almost + almost, half.substr(0, almost.size())),
-            std::string::npos);
-  EXPECT_EQ(Found(as, half + "b"), std::string::npos);
-  EXPECT_EQ(Found(as, "b" + half), std::string::npos);
-  EXPECT_EQ(Found(as, half + "b" + half), std::string::npos);
-  EXPECT_EQ(Found(as, half.substr(1) + "bA"), std::string::npos);
-  EXPECT_EQ(Found(as + "B", half + "b"), kHalf);
-  EXPECT_EQ(Found(pairs, half_of_pairs + "b"), std::string::npos);
-  EXPECT_EQ(Found(pairs + "bb", half_of_pairs + "bb"), kLength - kHalf);
-  EXPECT_EQ(Found(pairs + "a!", half_of_pairs + "A!"), kLength - kHalf);
 }
 
 TEST(QnStristr, AsksTheHeapForNothing) {

@@ -1,7 +1,6 @@
 // Text helpers of the HTTP cache: header search and month names. Owns nothing.
 #include <iterator>
 
-#include "qn_text_search.h"
 #include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_http_cache.h"
 
@@ -12,11 +11,7 @@ constexpr const char *kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
 
 }  // namespace
 
-char *stristr(const char *haystack, const char *needle) {
-  if (haystack == nullptr || needle == nullptr) return nullptr;
-  const std::size_t offset = qn::FindIgnoringCase(haystack, needle);
-  return offset == qn::kNotFound ? nullptr : const_cast<char *>(haystack) + offset;
-}
+char *stristr(const char *haystack, const char *needle) { return fnQN_STRISTR(haystack, needle); }
 
 int32_t fnQNStack_getMonth(const char *name) {
   for (std::size_t i = 0; i < std::size(kMonths); ++i) {

@@ -1,5 +1,5 @@
-// Allocation and raw memory on the system heap. Owns nothing; every other
-// module allocates, frees and copies through here.
+// Memory on the system heap, and the C library's memory functions. All memory
+// of the library comes from here and goes back here.
 #include "qnstack/qn_share_mem.h"
 
 #include <cstdlib>
@@ -8,24 +8,16 @@
 #include "qn_owned.h"
 
 void *fnQN_Malloc_Local(uint32_t size, const char * /*file*/, int32_t /*line*/) {
-  // A size of 0 gives a block too, on every heap: NULL means refused alone.
+  // A size of 0 gives a block too, so that NULL always means that the heap refused.
   return std::calloc(size == 0 ? 1 : size, 1);
 }
 
-void *qn::AllocateUncleared(uint64_t size) {
-  return size > UINT32_MAX ? nullptr : std::malloc(static_cast<std::size_t>(size));
-}
-
-void qn::Release(void *block) { std::free(block); }
-
 void fnQN_Free(void *address) {
   if (address == nullptr) return;
-  // The variable may be a pointer of any type, so it is read and written as
-  // bytes.
-  void *block = nullptr;
-  std::memcpy(&block, address, sizeof block);
+  void *block = qn::PointerAt<void>(address);
   if (block == nullptr) return;
   std::free(block);
+  // The variable may be a pointer of any type, so it is written as bytes.
   block = nullptr;
   std::memcpy(address, &block, sizeof block);
 }
@@ -46,7 +38,8 @@ int fnQN_MEMCMP(const void *a, const void *b, size_t n) { return std::memcmp(a, 
 
 void *fnQN_MEMSTR(const void *buf, const char *needle, int32_t len) {
   if (buf == nullptr || needle == nullptr || len <= 0) return nullptr;
-  // Searching one byte less leaves the byte that must follow the match.
+  // A match that ends at the very last byte does not count: callers have relied
+  // on that.
   return memmem(buf, static_cast<size_t>(len) - 1, needle, std::strlen(needle));
 }
 

@@ -1,31 +1,20 @@
-// Portable string primitives: NULL-tolerant wrappers over the C library and
-// the library's own comparisons. Owns nothing; every module calls it.
+// Portable string primitives, which every module calls: the C library's string
+// functions made tolerant of NULL, and some with rules of their own.
 #include "qnstack/qn_share_string.h"
 
 #include <cstdlib>
 #include <cstring>
-#include <string_view>
 
 #include "qn_ascii.h"
 #include "qn_owned.h"
+#include "qnstack/qn_stricmp.h"
 
 namespace {
 
-// The narrow folding of fnQN_STRNICMP: 'B' to 'Y' alone, bytes signed.
+// How fnQN_STRNICMP() folds case: 'B' to 'Y' alone, and bytes are signed.
 constexpr signed char FoldInner(char byte) {
   const auto value = static_cast<signed char>(byte);
   return value >= 'B' && value <= 'Y' ? static_cast<signed char>(value + ('a' - 'A')) : value;
-}
-
-// The length is known beforehand, so that many bytes are taken at a time.
-void Lower(char *text, size_t length) {
-  for (size_t i = 0; i < length; ++i) text[i] = static_cast<char>(qn::FoldByte(text[i]));
-}
-
-char *LowerCopy(std::string_view text) {
-  char *copy = qn::CopyText(text);
-  if (copy != nullptr) Lower(copy, text.size());
-  return copy;
 }
 
 }  // namespace
@@ -84,27 +73,20 @@ int32_t fnQN_STRNCMP(const char *a, const char *b, uint32_t /*n*/) {
 }
 
 char *fnQN_STRNCAT(char *dst, const char *src, uint32_t n) {
-  const qn::Owned<char> scratch(static_cast<char *>(qn::AllocateUncleared(uint64_t{n} + 1)));
+  const qn::Owned<char> scratch(static_cast<char *>(qn::AllocateZeroed(uint64_t{n} + 1)));
   if (scratch == nullptr) return nullptr;
-  if (dst == nullptr || src == nullptr) return dst;
-  const size_t length = strnlen(src, n);
-  std::memcpy(scratch.get(), src, length);
-  char *end = dst + std::strlen(dst);
-  std::memcpy(end, scratch.get(), length);
-  end[length] = '\0';
-  return dst;
+  return fnQN_STRCAT(dst, src == nullptr ? nullptr : fnQN_STRNCPY(scratch.get(), src, n));
 }
 
 int32_t fnQN_STRICMP(const char *a, const char *b) {
   if (a == nullptr || b == nullptr) return -1;
-  return qn::EqualsIgnoringCase(a, b) ? 0 : -1;
+  return fnQNRTL_stricmp(a, b) == 0 ? 0 : -1;
 }
 
 int32_t fnQN_STRNICMP(const char *a, const char *b, uint32_t n) {
   if (a == nullptr || b == nullptr) return -1;
   if (strnlen(a, n) < n) return -1;
   if (strnlen(b, n) < n) return 1;
-  if (std::memcmp(a, b, n) == 0) return 0;
   for (uint32_t i = 0; i < n; ++i) {
     const signed char left = FoldInner(a[i]);
     const signed char right = FoldInner(b[i]);
@@ -119,16 +101,21 @@ int32_t fnQN_STRBEGINS(const char *s, const char *prefix) {
 }
 
 int32_t fnQN_STRLOWER(char *s) {
-  if (s != nullptr) Lower(s, std::strlen(s));
+  for (; s != nullptr && *s != '\0'; ++s) *s = static_cast<char>(qn::FoldByte(*s));
   return 0;
 }
 
 char *fnQN_STRISTR(const char *haystack, const char *needle) {
   if (haystack == nullptr || needle == nullptr) return nullptr;
-  const qn::Owned<char> lower_haystack(LowerCopy(haystack));
-  const qn::Owned<char> lower_needle(LowerCopy(needle));
-  if (lower_haystack == nullptr || lower_needle == nullptr) return nullptr;
-  const char *match = std::strstr(lower_haystack.get(), lower_needle.get());
-  if (match == nullptr) return nullptr;
-  return const_cast<char *>(haystack) + (match - lower_haystack.get());
+  if (*needle == '\0') return const_cast<char *>(haystack);
+  const auto length = static_cast<uint32_t>(std::strlen(needle));
+  const char lower = static_cast<char>(qn::FoldByte(*needle));
+  const bool is_letter = lower >= 'a' && lower <= 'z';
+  const char upper = static_cast<char>(is_letter ? lower - ('a' - 'A') : lower);
+  const char first[] = {lower, upper, '\0'};
+  const char *place = std::strpbrk(haystack, first);
+  while (place != nullptr && fnQNRTL_strnicmp(place, needle, length) != 0) {
+    place = std::strpbrk(place + 1, first);
+  }
+  return const_cast<char *>(place);
 }

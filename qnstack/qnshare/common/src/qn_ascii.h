@@ -24,9 +24,6 @@ constexpr bool BeginsWithFolded(std::string_view text, std::string_view folded) 
   return true;
 }
 
-// Whether two texts are equal but for the case of ASCII letters; neither null.
-bool EqualsIgnoringCase(const char *a, const char *b);
-
 // As fnQN_STRCMP(); most texts that differ do so at once, which needs no call
 // to be seen.
 inline int CompareText(const char *a, const char *b) {
