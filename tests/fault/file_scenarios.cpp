@@ -199,7 +199,6 @@ Texts LoadIndex() {
 
 // A list that is saved says so at its begin and its end.
 constexpr int kLogPlaces = 2;
-constexpr int kReadArea = 1;
 
 constexpr char kUrl[] = "http://mmsc.test/body";
 
@@ -273,7 +272,7 @@ std::vector<ScenarioKind> FileScenarios() {
       Load("INI load", PlantSettings, LoadSettings, kSettings),
       Load("cache index load", PlantIndex, LoadIndex, kIndex),
       Load("cached hit with its body", PlantBody, LoadBody, kBody, kLogPlaces),
-      Load("stored answer", PlantAnswer, LoadAnswer, kBody, kReadArea),
+      Load("stored answer", PlantAnswer, LoadAnswer, kBody),
   };
   for (const StoreScenario &scenario : StoreScenarios()) {
     ScenarioKind kind = KnownOf(scenario.name);

@@ -321,10 +321,10 @@ std::vector<ScenarioKind> NetworkScenarios() {
   return {
       {.name = "GET with redirect and cookie",
        .make = std::make_unique<Get>,
-       .exceptions = {{kShortRequest, 31}}},
+       .exceptions = {{kShortRequest, 12}}},
       {.name = "POST through a proxy",
        .make = std::make_unique<Post>,
-       .exceptions = {{kShortRequest, 28}}},
+       .exceptions = {{kShortRequest, 11}}},
       {.name = "tunnel", .make = std::make_unique<Tunnel>, .exceptions = {{kShortRequest, 2}}},
       {.name = "tunnel by the waiting step",
        .make = std::make_unique<WaitingTunnel>,

@@ -85,7 +85,7 @@ class JarAndModel {
 
   void ExpectSame() const {
     auto expected = model_.begin();
-    const QNListNode *node = fnQNList_BeginIter(qn::http_Cookie_list);
+    const QNListNode *node = fnQNList_BeginIter(qn::http_cookie_list);
     for (; node != nullptr; node = node->next, ++expected) {
       ASSERT_NE(expected, model_.end());
       const auto *cookie = static_cast<const qn::HttpCookie *>(node->data);

@@ -12,7 +12,7 @@
 #include <string>
 
 #include "fuzz/exact_bytes.h"
-#include "qn_stack_http_internal.h"
+#include "qn_stack_http_open_internal.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_http_cookie.h"
 #include "qnstack/qn_stack_http_head.h"
@@ -118,9 +118,9 @@ void WriteHeaders(FuzzedDataProvider *input) {
 
 // Starts the context anew at the place where it is, as a redirect does.
 void ExpectSplitsAgain(QNHttpCtx *ctx, const Target &target) {
-  qn::FreeText(ctx->hostname);
-  qn::FreeText(ctx->path);
-  EXPECT_EQ(qn::fnQNStack_Http_ParseURL(ctx, ctx->url), 0);
+  fnQN_Free(&ctx->hostname);
+  fnQN_Free(&ctx->path);
+  EXPECT_EQ(qn::ParseUrl(ctx, ctx->url), 0);
   EXPECT_EQ(ctx->hostname, target.host);
   EXPECT_EQ(ctx->path, target.path);
   EXPECT_EQ(ctx->port, target.port);

@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include <algorithm>
 #include <ostream>
-#include <span>
 
-#include "qn_stack_membuffer_internal.h"
+#include "qnstack/qn_share_mem.h"
 
 namespace qntest {
 namespace {
@@ -36,6 +36,32 @@ std::string Buffer::Read(int32_t count) {
   return bytes;
 }
 
+void Buffer::MoveRecord() {
+  auto *copy =
+      static_cast<QNMemBuffer *>(fnQN_Malloc_Local(sizeof(QNMemBuffer), __FILE__, __LINE__));
+  *copy = *buffer_;
+  *buffer_ = {};
+  fnQN_Free(&buffer_);
+  buffer_ = copy;
+}
+
+void Buffer::ReplaceStorage() {
+  const uint32_t size = buffer_->capacity + kSpareBytes;
+  auto *storage = static_cast<char *>(fnQN_Malloc_Local(size, __FILE__, __LINE__));
+  std::copy_n(buffer_->data, buffer_->length, storage);
+  fnQN_Free(&buffer_->data);
+  buffer_->data = storage;
+}
+
+std::string Buffer::TakeStorage() {
+  const std::string content = Unread();
+  fnQN_Free(&buffer_->data);
+  buffer_->length = 0;
+  buffer_->cursor = 0;
+  buffer_->total = 0;
+  return content;
+}
+
 std::string Buffer::Unread() const {
   return {buffer_->data + buffer_->cursor, buffer_->data + buffer_->length};
 }
@@ -43,11 +69,12 @@ std::string Buffer::Unread() const {
 BufferFields Buffer::Fields() const {
   EXPECT_LE(buffer_->cursor, buffer_->length);
   EXPECT_LE(buffer_->length, buffer_->capacity);
-  EXPECT_EQ(buffer_->data[buffer_->length], '\0');
-  const std::span<const char> block = qn::Block(buffer_);
-  EXPECT_GE(malloc_usable_size(const_cast<char *>(block.data())), block.size());
-  EXPECT_GE(buffer_->data, block.data());
-  EXPECT_LE(buffer_->data + buffer_->capacity + kSpareBytes, block.data() + block.size());
+  if (buffer_->data != nullptr) {
+    EXPECT_EQ(buffer_->data[buffer_->length], '\0');
+    EXPECT_GE(malloc_usable_size(buffer_->data), size_t{buffer_->capacity} + kSpareBytes);
+  } else {
+    EXPECT_EQ(buffer_->length, 0U);
+  }
   return {.held = {buffer_->data, buffer_->length},
           .capacity = buffer_->capacity,
           .cursor = buffer_->cursor,

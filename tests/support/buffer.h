@@ -42,9 +42,16 @@ class Buffer {
 
   std::string Unread() const;
 
+  // What an owner of the record may do to it by hand: go on with a copy of it,
+  // put the content into a block of the least size, and take the storage away,
+  // which gives what was unread.
+  void MoveRecord();
+  void ReplaceStorage();
+  std::string TakeStorage();
+
   // The fields as they are. Fails the test where what always holds does not:
-  // a cursor within the length, a zero byte behind the content, and spare
-  // room behind the capacity.
+  // a cursor within the length, and in the storage, if there is any, a zero
+  // byte behind the content and the spare bytes behind the capacity.
   BufferFields Fields() const;
 
  private:

@@ -10,7 +10,6 @@
 #include <string>
 #include <utility>
 
-#include "qn_stack_membuffer_internal.h"
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_stack_membuffer.h"
 #include "support/buffer.h"
@@ -74,8 +73,9 @@ class BufferWalk {
       case 1:
         return Write();
       case 2:
+        return WriteOwnPiece();
       case 3:
-        return Below(100) == 0 ? qn::ExpectAnswer(buffer_.get()) : WriteInPlace();
+        return Below(4) == 0 ? TakeStorage() : ChangeRecord();
       case 4:
       case 5:
         return Read();
@@ -119,19 +119,28 @@ class BufferWalk {
     model_.Write(bytes);
   }
 
-  // As the transfer engine does: fewer bytes may come than were asked for.
-  void WriteInPlace() {
-    const uint32_t room = 40;
-    const BufferFields before = buffer_.Fields();
-    char *area = qn::WriteArea(buffer_.get(), room);
-    EXPECT_EQ(buffer_.Fields(), before);
-    if (area == nullptr) return Write();
-    const std::string bytes = Bytes() + 'x';
-    std::copy(bytes.begin(), bytes.end(), area);
-    const char *unread = buffer_->data + buffer_->cursor;
-    qn::Written(buffer_.get(), area, static_cast<uint32_t>(bytes.size()));
-    EXPECT_TRUE(buffer_->data == unread || buffer_->length == bytes.size());
-    model_.Write(bytes);
+  // A piece of what is held, read or unread.
+  void WriteOwnPiece() {
+    const std::string held = buffer_.Fields().held;
+    const uint32_t from = Below(static_cast<uint32_t>(held.size()) + 1);
+    const std::string piece = held.substr(from, Below(40));
+    fnQN_MemBuffer_Write(buffer_.get(), buffer_->data + from, static_cast<int32_t>(piece.size()));
+    model_.Write(piece);
+  }
+
+  // What the owner of the record may do without the buffer noticing.
+  void ChangeRecord() {
+    if (Below(2) == 0) {
+      buffer_.MoveRecord();
+    } else if (buffer_->data != nullptr) {
+      buffer_.ReplaceStorage();
+    }
+  }
+
+  void TakeStorage() {
+    const std::string &held = model_.Fields().held;
+    EXPECT_EQ(buffer_.TakeStorage(), held.substr(model_.Fields().cursor));
+    model_.Clear();
   }
 
   void Read() {

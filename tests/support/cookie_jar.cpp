@@ -14,7 +14,7 @@ std::ostream &operator<<(std::ostream &out, const StoredCookie &cookie) {
 
 std::vector<StoredCookie> CookiesInJar() {
   std::vector<StoredCookie> cookies;
-  const QNListNode *node = fnQNList_BeginIter(qn::http_Cookie_list);
+  const QNListNode *node = fnQNList_BeginIter(qn::http_cookie_list);
   for (; node != nullptr; node = fnQNList_NextIter(node)) {
     const auto *cookie = static_cast<const qn::HttpCookie *>(fnQNList_GetData(node));
     cookies.push_back({TextOf(cookie->name), TextOf(cookie->value), TextOf(cookie->domain),

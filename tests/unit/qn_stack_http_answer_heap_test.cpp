@@ -57,6 +57,13 @@ void RefuseEachInTurn(const std::function<int(int, FailingHeap::Reach)> &attempt
   }
 }
 
+// Blocks that a call took from the heap and did not give back.
+int BlocksKeptBy(const std::function<void()> &call) {
+  FailingHeap heap(FailingHeap::kCountOnly);
+  call();
+  return heap.Allocations() - heap.Frees();
+}
+
 class QnStackHttpAnswerHeap : public testing::Test {
  protected:
   void SetUp() override { fnQNStack_Http_Cookie_FreeAll(); }
@@ -77,17 +84,16 @@ void ExpectSoundCookies() {
   EXPECT_THAT(CookiesInJar(), Each(StoredCookie{"sid", "42", AnswerContext::kHost, "/m"}));
 }
 
-// Reads until nothing is left and expects the end of the answer as it was fed.
-void ExpectRestIsEndOf(AnswerContext &ctx, const std::string &answer) {
+// Reads until nothing is left and expects the body alone.
+void ExpectBody(AnswerContext &ctx, const std::string &body) {
   std::string rest;
   for (Delivery delivery = ctx.Read(); delivery.result > 0; delivery = ctx.Read()) {
     rest += delivery.bytes;
   }
-  EXPECT_TRUE(answer.ends_with(rest)) << rest;
-  EXPECT_TRUE(rest.ends_with("abc")) << rest;
+  EXPECT_EQ(rest, body);
 }
 
-TEST_F(QnStackHttpAnswerHeap, ParsingACompleteAnswerSurvives) {
+TEST_F(QnStackHttpAnswerHeap, ParsingACompleteAnswerGoesOnLater) {
   RefuseEachInTurn([](int number, FailingHeap::Reach reach) {
     fnQNStack_Http_Cookie_FreeAll();
     AnswerContext ctx;
@@ -99,11 +105,11 @@ TEST_F(QnStackHttpAnswerHeap, ParsingACompleteAnswerSurvives) {
       result = fnQNStack_Http_ParseAnswer(ctx.get());
       refusals = heap.Refusals();
     }
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(ctx->headParsed, 1);
+    EXPECT_THAT(result, AnyOf(0, -2));
+    EXPECT_EQ(ctx->headParsed, result == 0 ? 1 : 0);
     ExpectSoundAnswerFields(ctx);
     ExpectSoundCookies();
-    ExpectRestIsEndOf(ctx, kAnswer);
+    ExpectBody(ctx, "abc");
     return refusals;
   });
 }
@@ -131,16 +137,10 @@ TEST_F(QnStackHttpAnswerHeap, ParsingWhileReceivingGoesOnLater) {
   });
 }
 
-TEST_F(QnStackHttpAnswerHeap, LinesWhoseTextIsNotKeptNeedNone) {
+TEST_F(QnStackHttpAnswerHeap, LinesWhoseTextIsNotKeptAreGivenBack) {
   AnswerContext ctx;
   ctx.Feed("HTTP/1.0 200 OK\r\nContent-Length: 3\r\nContent-Encoding: gzip\r\nX-Other: y\r\n\r\n");
-  int allocations = 0;
-  {
-    FailingHeap heap(FailingHeap::kCountOnly);
-    fnQNStack_Http_ParseAnswer(ctx.get());
-    allocations = heap.Allocations();
-  }
-  EXPECT_EQ(allocations, 0);
+  EXPECT_EQ(BlocksKeptBy([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); }), 0);
   EXPECT_EQ(ctx->retValue, 200);
   EXPECT_EQ(ctx->retCtxLen, 3);
   EXPECT_EQ(ctx->retEncoding, -1);
@@ -181,40 +181,36 @@ TEST_F(QnStackHttpAnswerHeap, RedirectSurvivesAndCanBeDrivenOn) {
   });
 }
 
-TEST_F(QnStackHttpAnswerHeap, EveryReadOfAnAnswerMaySufferRefusals) {
+TEST_F(QnStackHttpAnswerHeap, RefusedReadsDeliverNoHeader) {
   RefuseEachInTurn([](int number, FailingHeap::Reach reach) {
     fnQNStack_Http_Cookie_FreeAll();
     AnswerContext ctx;
     ctx.Feed(kAnswer);
-    char room[8];
+    char room[8] = "???????";
+    int32_t result = 0;
     int refusals = 0;
-    size_t delivered = 0;
     {
       FailingHeap heap(number, reach);
-      int32_t result = 0;
-      while ((result = fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room)) > 0) {
-        delivered += static_cast<size_t>(result);
-      }
-      EXPECT_EQ(result, 0);
+      result = fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room);
       refusals = heap.Refusals();
     }
-    EXPECT_GE(delivered, 3U);
-    EXPECT_LE(delivered, sizeof kAnswer - 1);
+    EXPECT_THAT(result, AnyOf(-1, 3));
+    EXPECT_STREQ(room, result == 3 ? "abc????" : "???????");
+    ExpectBody(ctx, result == 3 ? "" : "abc");
     return refusals;
   });
-}
-
-// Blocks that a call took from the heap and did not give back.
-int BlocksKeptBy(const std::function<void()> &call) {
-  FailingHeap heap(FailingHeap::kCountOnly);
-  call();
-  return heap.Allocations() - heap.Frees();
 }
 
 TEST_F(QnStackHttpAnswerHeap, LocationFreesTheUrlItReplaces) {
   AnswerContext ctx;
   ctx.Feed("Location: http://a.test/\r\nContent-Location: http://b.test/\r\n\r\n");
   EXPECT_EQ(BlocksKeptBy([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); }), 0);
+}
+
+TEST_F(QnStackHttpAnswerHeap, MediaTypesFreeTheOneTheyReplace) {
+  AnswerContext ctx;
+  ctx.Feed("Content-Type: a/a\r\nContent-Type: b/b\r\nContentType: c/c\r\n\r\n");
+  EXPECT_EQ(BlocksKeptBy([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); }), 1);
 }
 
 TEST_F(QnStackHttpAnswerHeap, RedirectFreesEveryTextItReplaces) {

@@ -371,13 +371,14 @@ TEST(QnStackHttpAnswerRead, NoDestinationIsRefusedAndTakesNothing) {
   EXPECT_EQ(ctx.Unread(), "abc");
 }
 
-TEST(QnStackHttpAnswerRead, RefusedReadWhileReceivingLosesNothing) {
+TEST(QnStackHttpAnswerRead, RefusedReadWhileReceivingAsksToCallAgainAndLosesNothing) {
   AnswerContext ctx(QN_HTTP_RECEIVING);
   ctx.Feed(kHeader + LongBody());
   char untouched = 'u';
 
-  EXPECT_LT(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, -1), 0);
-  EXPECT_LT(fnQNStack_Http_ReadRecvContext(ctx.get(), nullptr, 3), 0);
+  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, -1), -2);
+  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, INT32_MIN), -2);
+  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), nullptr, 3), -2);
 
   EXPECT_EQ(untouched, 'u');
   EXPECT_EQ(ctx->state, QN_HTTP_RECEIVING);

@@ -63,16 +63,21 @@ TEST_F(QnStackHttpCookieLine, IsLeftOutWholeWhenTheHeapRefusesIt) {
   EXPECT_EQ(buffer.Fields().held, "GET / HTTP/1.0\r\n");
 }
 
-TEST_F(QnStackHttpCookieLine, NeedsNoMemoryWhereTheBufferHasRoom) {
+TEST_F(QnStackHttpCookieLine, IsWholeOrMissingWhereTheBufferHasRoom) {
   fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
-  const Buffer buffer(64);
+  for (int refused = 1; refused <= 3; ++refused) {
+    SCOPED_TRACE(refused);
+    const Buffer buffer(64);
+    int refusals = 0;
+    {
+      const FailingHeap heap(refused);
+      fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
+      refusals = heap.Refusals();
+    }
 
-  {
-    const FailingHeap heap(1);
-    fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
+    EXPECT_EQ(buffer.Fields().held,
+              refusals > 0 ? "" : "Cookie: sid=abc\r\nCookie2: \"1\"\r\n");
   }
-
-  EXPECT_EQ(buffer.Fields().held, "Cookie: sid=abc\r\nCookie2: \"1\"\r\n");
 }
 
 TEST_F(QnStackHttpCookieLine, GoesToTheCookiesOwnHostAlone) {

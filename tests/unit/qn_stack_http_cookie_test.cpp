@@ -24,12 +24,12 @@ using testing::IsEmpty;
 
 const qn::HttpCookie &NewestCookie() {
   return *static_cast<const qn::HttpCookie *>(
-      fnQNList_GetData(fnQNList_BeginIter(qn::http_Cookie_list)));
+      fnQNList_GetData(fnQNList_BeginIter(qn::http_cookie_list)));
 }
 
 const qn::HttpCookie &OldestCookie() {
   return *static_cast<const qn::HttpCookie *>(
-      fnQNList_GetData(fnQNList_EndIter(qn::http_Cookie_list)));
+      fnQNList_GetData(fnQNList_EndIter(qn::http_cookie_list)));
 }
 
 // Sets cookies n0, n1, ... with values v0, v1, ... for one host.
@@ -48,7 +48,7 @@ class QnStackHttpCookie : public testing::Test {
 };
 
 TEST_F(QnStackHttpCookie, HasNoJarBeforeTheFirstCookie) {
-  EXPECT_EQ(qn::http_Cookie_list, nullptr);
+  EXPECT_EQ(qn::http_cookie_list, nullptr);
 }
 
 TEST_F(QnStackHttpCookie, SetKeepsAllFourTexts) {
@@ -138,7 +138,7 @@ TEST_F(QnStackHttpCookie, SetTwiceByOneHostKeepsBoth) {
 TEST_F(QnStackHttpCookie, SetKeepsNullTexts) {
   fnQNStack_Http_Cookie_Set(nullptr, nullptr, nullptr, nullptr);
 
-  ASSERT_EQ(fnQNList_GetCount(qn::http_Cookie_list), 1);
+  ASSERT_EQ(fnQNList_GetCount(qn::http_cookie_list), 1);
   EXPECT_EQ(NewestCookie().name, nullptr);
   EXPECT_EQ(NewestCookie().value, nullptr);
   EXPECT_EQ(NewestCookie().domain, nullptr);
@@ -150,7 +150,7 @@ TEST_F(QnStackHttpCookie, SetReplacesByANullValue) {
 
   fnQNStack_Http_Cookie_Set("a", nullptr, "i", "/q");
 
-  ASSERT_EQ(fnQNList_GetCount(qn::http_Cookie_list), 1);
+  ASSERT_EQ(fnQNList_GetCount(qn::http_cookie_list), 1);
   EXPECT_EQ(NewestCookie().value, nullptr);
 }
 
@@ -225,7 +225,7 @@ TEST_F(QnStackHttpCookie, FreeAllGivesEverythingBack) {
     frees = heap.Frees();
   }
 
-  EXPECT_EQ(qn::http_Cookie_list, nullptr);
+  EXPECT_EQ(qn::http_cookie_list, nullptr);
   EXPECT_EQ(frees, 3 * 6 + 1);  // node, record and four texts of each; the list record
 }
 
@@ -235,7 +235,7 @@ TEST_F(QnStackHttpCookie, FreeAllTwiceIsHarmless) {
 
   fnQNStack_Http_Cookie_FreeAll();
 
-  EXPECT_EQ(qn::http_Cookie_list, nullptr);
+  EXPECT_EQ(qn::http_cookie_list, nullptr);
   fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
   EXPECT_THAT(CookiesInJar(), ElementsAre(StoredCookie{"a", "1", "h", "/"}));
 }
@@ -252,7 +252,7 @@ TEST_F(QnStackHttpCookie, CompareMatchesEqualNamesOfAnotherDomainAndPath) {
                                        same_path ? a : b};
         const bool match = same_name && !same_domain && !same_path;
 
-        EXPECT_EQ(qn::fnQNStack_Http_Cookie_Compare(&key, &stored), match ? 0 : 1);
+        EXPECT_EQ(qn::CompareCookies(&key, &stored), match ? 0 : 1);
       }
     }
   }
@@ -272,7 +272,7 @@ TEST_F(QnStackHttpCookie, CompareTakesANullTextForDifferent) {
       {{a, a, a, a}, {a, a, nullptr, nullptr}, 0},
   };
   for (const Case &c : kCases) {
-    EXPECT_EQ(qn::fnQNStack_Http_Cookie_Compare(&c.key, &c.stored), c.expected)
+    EXPECT_EQ(qn::CompareCookies(&c.key, &c.stored), c.expected)
         << "case " << &c - kCases;
   }
 }
@@ -286,7 +286,7 @@ TEST_F(QnStackHttpCookie, FreeNodeFreesWhatIsThereAndClearsThePointer) {
   int frees = 0;
   {
     FailingHeap heap(FailingHeap::kCountOnly);
-    qn::fnQNStack_Http_Cookie_FreeNode(&cookie);
+    qn::FreeCookie(&cookie);
     frees = heap.Frees();
   }
 
@@ -298,8 +298,8 @@ TEST_F(QnStackHttpCookie, FreeNodeIgnoresNulls) {
   qn::HttpCookie *cookie = nullptr;
   FailingHeap heap(FailingHeap::kCountOnly);
 
-  qn::fnQNStack_Http_Cookie_FreeNode(nullptr);
-  qn::fnQNStack_Http_Cookie_FreeNode(&cookie);
+  qn::FreeCookie(nullptr);
+  qn::FreeCookie(&cookie);
 
   EXPECT_EQ(heap.Frees(), 0);
 }

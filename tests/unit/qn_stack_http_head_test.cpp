@@ -238,11 +238,11 @@ TEST_F(QnStackHttpHead, CompareOrdersByNameAlone) {
   const qn::HttpHeadEntry p = {pear, apple};
   const qn::HttpHeadEntry nameless = {nullptr, apple};
 
-  EXPECT_LT(qn::fnQNStack_Http_Head_Compare(&a, &p), 0);
-  EXPECT_GT(qn::fnQNStack_Http_Head_Compare(&p, &a), 0);
-  EXPECT_EQ(qn::fnQNStack_Http_Head_Compare(&a, &a), 0);
-  EXPECT_EQ(qn::fnQNStack_Http_Head_Compare(&nameless, &nameless), -1);
-  EXPECT_EQ(qn::fnQNStack_Http_Head_Compare(&a, &nameless), -1);
+  EXPECT_LT(qn::CompareHeadNames(&a, &p), 0);
+  EXPECT_GT(qn::CompareHeadNames(&p, &a), 0);
+  EXPECT_EQ(qn::CompareHeadNames(&a, &a), 0);
+  EXPECT_EQ(qn::CompareHeadNames(&nameless, &nameless), -1);
+  EXPECT_EQ(qn::CompareHeadNames(&a, &nameless), -1);
 }
 
 TEST_F(QnStackHttpHead, FreeNodeFreesTheEntryAndClearsThePointer) {
@@ -254,7 +254,7 @@ TEST_F(QnStackHttpHead, FreeNodeFreesTheEntryAndClearsThePointer) {
   int frees = 0;
   {
     FailingHeap heap(FailingHeap::kCountOnly);
-    qn::fnQNStack_Http_Head_FreeNode(&entry);
+    qn::FreeHeadEntry(&entry);
     frees = heap.Frees();
   }
 
@@ -265,7 +265,7 @@ TEST_F(QnStackHttpHead, FreeNodeFreesTheEntryAndClearsThePointer) {
 TEST_F(QnStackHttpHead, FreeNodeOfANullEntryDoesNothing) {
   qn::HttpHeadEntry *entry = nullptr;
   FailingHeap heap(FailingHeap::kCountOnly);
-  qn::fnQNStack_Http_Head_FreeNode(&entry);
+  qn::FreeHeadEntry(&entry);
   EXPECT_EQ(heap.Frees(), 0);
 }
 

@@ -95,6 +95,35 @@ TEST_P(QnStackHttpLoad, RefusedAreaIsMinusOneWithoutReading) {
   EXPECT_EQ(Filled(), "");
 }
 
+TEST_P(QnStackHttpLoad, RefusedGrowthIsMinusOneAndLeavesTheBuffer) {
+  FilePort().files().Write("/saved", "0123456789");
+  QNMemBuffer *buffer = FilledBuffer();
+  qntest::Append(buffer, std::string(buffer->capacity, 'x'));
+  char taken[3];
+  fnQN_MemBuffer_Read(buffer, taken, 3);
+  const QNMemBuffer before = *buffer;
+  int32_t result = 0;
+  {
+    const qntest::FailingHeap heap(2);  // the first is the area for the file
+    result = Load("/saved");
+  }
+  EXPECT_EQ(result, -1);
+  EXPECT_EQ(buffer->data, before.data);
+  EXPECT_EQ(buffer->capacity, before.capacity);
+  EXPECT_EQ(buffer->length, before.length);
+  EXPECT_EQ(buffer->cursor, before.cursor);
+  EXPECT_EQ(buffer->total, before.total);
+}
+
+TEST_P(QnStackHttpLoad, GivesItsAreaBack) {
+  FilePort().files().Write("/saved", "x");
+  for (const char *name : {"/saved", "/missing"}) {
+    const qntest::FailingHeap heap(qntest::FailingHeap::kCountOnly);
+    Load(name);
+    EXPECT_EQ(heap.Allocations(), heap.Frees()) << name;
+  }
+}
+
 TEST_P(QnStackHttpLoad, NullContextIsMinusOne) {
   FilePort().files().Write("/saved", "x");
   EXPECT_EQ(GetParam().load(nullptr, "/saved"), -1);

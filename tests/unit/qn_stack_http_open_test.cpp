@@ -6,7 +6,7 @@
 #include <ostream>
 #include <string>
 
-#include "qn_stack_http_internal.h"
+#include "qn_stack_http_open_internal.h"
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_stack_http.h"
 #include "support/failing_heap.h"
@@ -127,7 +127,7 @@ TEST(QnStackHttpParseUrl, TakesLongUrlsWhole) {
 
 TEST(QnStackHttpParseUrl, NullIsMinusOneAndChangesNothing) {
   const Context ctx(fnQNStack_Http_Open_Get("http://h:81/x"));
-  EXPECT_EQ(qn::fnQNStack_Http_ParseURL(ctx.get(), nullptr), -1);
+  EXPECT_EQ(qn::ParseUrl(ctx.get(), nullptr), -1);
   EXPECT_STREQ(ctx->url, "http://h:81/x");
   EXPECT_STREQ(ctx->hostname, "h");
   EXPECT_EQ(ctx->port, 81);
@@ -139,7 +139,7 @@ TEST(QnStackHttpParseUrl, LeavesTheHostAndPathBeforeIt) {
   const Context ctx(fnQNStack_Http_Open_Get("http://old:81/old"));
   char *host = ctx->hostname;
   char *path = ctx->path;
-  EXPECT_EQ(qn::fnQNStack_Http_ParseURL(ctx.get(), "http://new/new"), 0);
+  EXPECT_EQ(qn::ParseUrl(ctx.get(), "http://new/new"), 0);
   EXPECT_STREQ(host, "old");
   EXPECT_STREQ(path, "/old");
   EXPECT_STREQ(ctx->hostname, "new");
@@ -152,9 +152,9 @@ TEST(QnStackHttpParseUrl, LeavesTheHostAndPathBeforeIt) {
 
 TEST(QnStackHttpParseUrl, TakesTheUrlOfTheContextItself) {
   const Context ctx(fnQNStack_Http_Open_Get("http://h:81/x"));
-  qn::FreeText(ctx->hostname);
-  qn::FreeText(ctx->path);
-  EXPECT_EQ(qn::fnQNStack_Http_ParseURL(ctx.get(), ctx->url), 0);
+  fnQN_Free(&ctx->hostname);
+  fnQN_Free(&ctx->path);
+  EXPECT_EQ(qn::ParseUrl(ctx.get(), ctx->url), 0);
   EXPECT_STREQ(ctx->url, "http://h:81/x");
   EXPECT_STREQ(ctx->hostname, "h");
   EXPECT_STREQ(ctx->path, "/x");

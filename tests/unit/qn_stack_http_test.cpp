@@ -32,7 +32,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // As they were when the program was loaded.
-const int32_t port_at_load = qn::http_proxyPort;
+const int32_t port_at_load = qn::http_proxy_port;
 const int32_t started_at_load = qn::http_net_inited;
 const bool proxy_at_load = qn::http_proxy != nullptr;
 const bool context_at_load = gCtx != nullptr;
@@ -87,7 +87,7 @@ TEST(QnStackHttpCloseStack, StopsTheSocketLayerAndEmptiesHeadersAndCookies) {
   EXPECT_EQ(qn::http_net_inited, 0);
   EXPECT_EQ(qn::socket_init, 0);
   EXPECT_EQ(qn::http_head_list, nullptr);
-  EXPECT_EQ(qn::http_Cookie_list, nullptr);
+  EXPECT_EQ(qn::http_cookie_list, nullptr);
 }
 
 TEST(QnStackHttpCloseStack, IsHarmlessWithoutAStart) {
@@ -100,7 +100,7 @@ TEST(QnStackHttpCloseStack, LeavesTheProxyAlone) {
   fnQNStack_Http_SetProxy("gw", 8080);
   fnQNStack_Http_CloseStack();
   EXPECT_STREQ(qn::http_proxy, "gw");
-  EXPECT_EQ(qn::http_proxyPort, 8080);
+  EXPECT_EQ(qn::http_proxy_port, 8080);
 }
 
 TEST(QnStackHttpCloseStack, LeavesContextsAlone) {
@@ -126,7 +126,7 @@ TEST(QnStackHttpSetProxy, KeepsItsOwnCopy) {
   host = "overwritten";
   EXPECT_EQ(fnQNStack_Have_Proxy(), 1);
   EXPECT_STREQ(qn::http_proxy, "gateway.test");
-  EXPECT_EQ(qn::http_proxyPort, 80);
+  EXPECT_EQ(qn::http_proxy_port, 80);
 }
 
 TEST(QnStackHttpSetProxy, ReplacesTheProxyBefore) {
@@ -134,7 +134,7 @@ TEST(QnStackHttpSetProxy, ReplacesTheProxyBefore) {
   fnQNStack_Http_SetProxy("first", 80);
   fnQNStack_Http_SetProxy("second", 8080);
   EXPECT_STREQ(qn::http_proxy, "second");
-  EXPECT_EQ(qn::http_proxyPort, 8080);
+  EXPECT_EQ(qn::http_proxy_port, 8080);
 }
 
 TEST(QnStackHttpSetProxy, HeapThatRefusesTheNewOneLeavesTheOldOne) {
@@ -145,7 +145,7 @@ TEST(QnStackHttpSetProxy, HeapThatRefusesTheNewOneLeavesTheOldOne) {
     fnQNStack_Http_SetProxy("second", 8080);
   }
   EXPECT_STREQ(qn::http_proxy, "first");
-  EXPECT_EQ(qn::http_proxyPort, 80);
+  EXPECT_EQ(qn::http_proxy_port, 80);
 }
 
 TEST(QnStackHttpSetProxy, NullHostSwitchesItOffAndStillStoresThePort) {
@@ -154,7 +154,7 @@ TEST(QnStackHttpSetProxy, NullHostSwitchesItOffAndStillStoresThePort) {
   fnQNStack_Http_SetProxy(nullptr, 9000);
   EXPECT_EQ(fnQNStack_Have_Proxy(), 0);
   EXPECT_EQ(qn::http_proxy, nullptr);
-  EXPECT_EQ(qn::http_proxyPort, 9000);
+  EXPECT_EQ(qn::http_proxy_port, 9000);
 }
 
 TEST(QnStackHttpSetProxy, EmptyHostIsAProxy) {
@@ -171,7 +171,7 @@ TEST(QnStackHttpSetProxy, TakesTheStoredHostItself) {
 }
 
 TEST(QnStackHttpNewCtx, IsZeroButForTheSocketAndTheBuffers) {
-  const Context ctx(qn::fnQNStack_Http_NewCtx());
+  const Context ctx(qn::NewContext());
   ASSERT_NE(ctx, nullptr);
   for (const char *text :
        {ctx->url, ctx->hostname, ctx->path, ctx->method, ctx->contentType, ctx->retCtxType}) {
@@ -198,7 +198,7 @@ TEST(QnStackHttpNewCtx, IsNullWheneverTheHeapRefuses) {
     QNHttpCtx *ctx = nullptr;
     {
       const FailingHeap heap(refused);
-      ctx = qn::fnQNStack_Http_NewCtx();
+      ctx = qn::NewContext();
     }
     EXPECT_EQ(ctx, nullptr) << "allocation " << refused;
     fnQNStack_Http_FreeCtx(ctx);

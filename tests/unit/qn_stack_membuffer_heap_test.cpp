@@ -41,7 +41,7 @@ TEST(QnMemBufferHeap, NewAsksForTheRecordAndTenSpareBytes) {
     asked = heap.BytesAsked();
   }
 
-  EXPECT_GE(asked, sizeof(QNMemBuffer) + 20);
+  EXPECT_EQ(asked, sizeof(QNMemBuffer) + 20);
   fnQN_MemBuffer_Free(buffer);
 }
 
@@ -74,7 +74,7 @@ TEST(QnMemBufferHeap, WriteAppendsNothingWithoutItsGrowth) {
   EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "abcd", .capacity = 4, .total = 4}));
 }
 
-TEST(QnMemBufferHeap, WriteKeepsTheUnreadBytesWithoutItsGrowth) {
+TEST(QnMemBufferHeap, WriteLeavesEveryFieldWithoutItsGrowth) {
   Buffer buffer(4);
   buffer.Write("abcd");
   buffer.Read(2);
@@ -83,9 +83,40 @@ TEST(QnMemBufferHeap, WriteKeepsTheUnreadBytesWithoutItsGrowth) {
     buffer.Write("efgh");
   }
 
-  EXPECT_EQ(buffer.Unread(), "cd");
-  EXPECT_EQ(buffer->capacity, 4U);
-  EXPECT_EQ(buffer->total, 4U);
+  EXPECT_EQ(buffer.Fields(),
+            (BufferFields{.held = "abcd", .capacity = 4, .cursor = 2, .total = 4}));
+}
+
+TEST(QnMemBufferHeap, GrowthNearTheGreatestCapacityAsksForNoMoreThanThereIs) {
+  Buffer buffer(0);
+  const uint32_t huge = UINT32_MAX - 100;
+  buffer->capacity = huge;
+  buffer->length = huge;
+  {
+    FailingHeap heap(1);
+    fnQN_MemBuffer_Write(buffer.get(), "x", 1);
+    EXPECT_EQ(heap.BytesAsked(), size_t{UINT32_MAX});
+  }
+
+  EXPECT_EQ(buffer->capacity, huge);
+  EXPECT_EQ(buffer->length, huge);
+  buffer->capacity = 0;
+  buffer->length = 0;
+}
+
+TEST(QnMemBufferHeap, WriteItemOfOwnTextsAppendsNothingWithoutACopy) {
+  for (const int refused : {1, 2}) {
+    SCOPED_TRACE(refused);
+    Buffer buffer(64);
+    buffer.Write("abcd");
+    {
+      FailingHeap heap(refused);
+      fnQN_MemBuffer_WriteItem(buffer.get(), buffer->data, buffer->data + 2);
+      EXPECT_EQ(heap.Refusals(), 1);
+    }
+
+    EXPECT_EQ(buffer.Fields().held, "abcd");
+  }
 }
 
 TEST(QnMemBufferHeap, WriteWorksAgainAfterARefusal) {

@@ -120,6 +120,28 @@ TEST(QnMemBufferReadBySubstr, GivesAnEmptyItemForAnEmptyDelimiterOfAnEmptyBuffer
   EXPECT_EQ(TakeItem(buffer, ""), "");
 }
 
+// An owner of the record may take bytes off its end without a terminator.
+TEST(QnMemBufferReadBySubstr, DoesNotTakeAMatchThatEndsBeyondTheLength) {
+  for (const uint32_t length : {0U, 1U, 2U}) {
+    SCOPED_TRACE(length);
+    Buffer buffer(64);
+    buffer.Write("a\r\nb");
+    buffer->length = length;
+
+    EXPECT_EQ(TakeItem(buffer, "\r\n"), std::nullopt);
+
+    EXPECT_EQ(buffer->cursor, 0U);
+  }
+}
+
+TEST(QnMemBufferReadBySubstr, TakesAMatchThatEndsAtTheLength) {
+  Buffer buffer(64);
+  buffer.Write("a\r\nb");
+  buffer->length = 3;
+
+  EXPECT_EQ(TakeItem(buffer, "\r\n"), "a");
+}
+
 TEST(QnMemBufferReadBySubstr, RefusesNulls) {
   Buffer buffer(64);
   buffer.Write("a;b");
@@ -253,6 +275,30 @@ TEST(QnMemBufferWriteItem, CutsNothing) {
   fnQN_MemBuffer_WriteItem(buffer.get(), name.c_str(), value.c_str());
 
   EXPECT_EQ(buffer.Fields().held, name + value + "\r\n");
+}
+
+// The first of the three writes moves what the texts point into.
+TEST(QnMemBufferWriteItem, TakesTheBuffersOwnTexts) {
+  for (const uint32_t capacity : {0U, 8U, 64U}) {
+    SCOPED_TRACE(capacity);
+    Buffer buffer(capacity);
+    buffer.Write("abcdef");
+    buffer.Read(2);
+
+    fnQN_MemBuffer_WriteItem(buffer.get(), buffer->data + 1, buffer->data + 4);
+
+    EXPECT_EQ(buffer.Fields().held, "cdefbcdefef\r\n");
+  }
+}
+
+TEST(QnMemBufferWriteItem, TakesOneTextOfItsOwn) {
+  Buffer buffer(4);
+  buffer.Write("abcd");
+  buffer.Read(3);
+
+  fnQN_MemBuffer_WriteItem(buffer.get(), "Name: ", buffer->data);
+
+  EXPECT_EQ(buffer.Fields().held, "dName: abcd\r\n");
 }
 
 TEST(QnMemBufferWriteItem, WritesALineEndForEmptyTexts) {

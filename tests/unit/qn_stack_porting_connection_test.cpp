@@ -139,13 +139,13 @@ TEST_F(QnStackConnect, NeverConnectsDescriptorZero) {
   for (const PlatformCall &call : network_.CallsOf("connect")) EXPECT_NE(call.fd, 0);
 }
 
-TEST_F(QnStackSendData, SendsInOneCallWithoutFlags) {
+TEST_F(QnStackSendData, SendsInOneCallThatRaisesNoSignal) {
   EXPECT_EQ(fnQN_Stack_SendData(kSlot, "hello", 5), 5);
   ASSERT_THAT(network_.Names(), ElementsAre("send"));
   const PlatformCall &call = network_.Calls()[0];
   EXPECT_EQ(call.fd, kDescriptor);
   EXPECT_EQ(call.asked, 5u);
-  EXPECT_EQ(call.flags, 0);
+  EXPECT_EQ(call.flags, MSG_NOSIGNAL);
   EXPECT_EQ(call.text, "hello");
 }
 

@@ -96,7 +96,7 @@ TEST_F(QnStackWap, SetsTheProxy) {
 
   EXPECT_EQ(fnQNStack_Have_Proxy(), 1);
   EXPECT_STREQ(qn::http_proxy, "gateway");
-  EXPECT_EQ(qn::http_proxyPort, 8080);
+  EXPECT_EQ(qn::http_proxy_port, 8080);
 }
 
 TEST_F(QnStackWap, SwitchedOffLeavesTheHttpStackStarted) {

@@ -111,11 +111,21 @@ TEST_F(FaceAnswer, IsCutWhereTheHeapRefusesRoomForIt) {
   network_.AddPeer({Deliver("HTTP/1.0 200 OK\r\n\r\n"), Deliver(std::string(2048, 'x')),
                     Deliver(std::string(2048, 'y')), Give(0)});
   ASSERT_EQ(fnQNStack_Http_Run(context_.get()), -2) << "the request is out";
-  const FailingHeap heap(1, FailingHeap::Reach::kRest);
+  const FailingHeap heap(1);
 
   EXPECT_EQ(qnstack::ReadBody(context_, body_), Result::kCut);
 
-  EXPECT_LT(body_.size(), 4096U);
+  EXPECT_EQ(body_, "");
+}
+
+TEST_F(FaceAnswer, FailsWhereTheHeapRefusesALineOfItsHeader) {
+  network_.AddPeer({Deliver("HTTP/1.0 200 OK\r\n\r\nbody"), Give(0)});
+  ASSERT_EQ(fnQNStack_Http_Run(context_.get()), -2) << "the request is out";
+  const FailingHeap heap(1);
+
+  EXPECT_EQ(qnstack::ReadBody(context_, body_), Result::kFailed);
+
+  EXPECT_EQ(body_, "");
 }
 
 TEST_F(FaceAnswer, HasNoBodyWhereItsRequestIsAHead) {

@@ -1,6 +1,6 @@
 // The socket layer on BSD sockets: the only place where the library touches
-// the network. Owns the table of socket slots; the transfer engine is its
-// caller.
+// the network. The transfer engine calls it. It keeps the table of socket
+// slots.
 #include "qnstack/qn_stack_porting.h"
 
 #include <arpa/inet.h>
@@ -12,9 +12,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
-#include <ctime>
 
 #include "qn_stack_porting_internal.h"
 
@@ -32,7 +30,7 @@ constexpr int32_t kConnecting = -2;
 
 bool IsSlot(int32_t slot) { return slot >= kFirstSlot && slot <= kLastSlot; }
 
-// In a slot, descriptor 0 means free, so a socket that got it is moved.
+// A socket that got descriptor 0, which means a free slot, moves to another.
 int MoveOffZero(int fd) {
   if (fd != 0) return fd;
   const int moved = fcntl(fd, F_DUPFD, 1);
@@ -44,43 +42,6 @@ void CloseDescriptor(int fd) {
   if (fd > 0) close(fd);
 }
 
-// Keeps SIGPIPE from reaching the application while it is in scope. A signal
-// that was pending before stays pending, and the thread's mask is restored.
-class SigpipeGuard {
- public:
-  SigpipeGuard() {
-    sigemptyset(&sigpipe_);
-    sigaddset(&sigpipe_, SIGPIPE);
-    pthread_sigmask(SIG_BLOCK, &sigpipe_, &old_mask_);
-    was_blocked_ = sigismember(&old_mask_, SIGPIPE) == 1;
-    was_pending_ = was_blocked_ && IsPending();
-  }
-  ~SigpipeGuard() {
-    if (!was_blocked_) pthread_sigmask(SIG_SETMASK, &old_mask_, nullptr);
-  }
-  SigpipeGuard(const SigpipeGuard &) = delete;
-  SigpipeGuard &operator=(const SigpipeGuard &) = delete;
-
-  // Takes back the signal that a failed send has raised; errno is kept.
-  void Consume() const {
-    const int error = errno;
-    const timespec no_wait = {};
-    if (!was_pending_ && IsPending()) sigtimedwait(&sigpipe_, nullptr, &no_wait);
-    errno = error;
-  }
-
- private:
-  static bool IsPending() {
-    sigset_t pending;
-    return sigpending(&pending) == 0 && sigismember(&pending, SIGPIPE) == 1;
-  }
-
-  sigset_t sigpipe_;
-  sigset_t old_mask_;
-  bool was_blocked_;
-  bool was_pending_;
-};
-
 // The first address that the resolver knows for a name; false for none.
 bool LookUp(const char *name, in_addr *address) {
   const hostent *host = gethostbyname(name);
@@ -91,8 +52,8 @@ bool LookUp(const char *name, in_addr *address) {
   return true;
 }
 
-// What stands before every transfer on a slot: 0, or the result that refuses
-// it.
+// Checks a slot before a send or receive. Returns 0, or the result to give the
+// caller.
 int32_t RefuseTransfer(int32_t slot, const void *bytes, int32_t count) {
   if (!IsSlot(slot)) return -1;
   if (bytes == nullptr) return kNullBytes;
@@ -106,7 +67,7 @@ QNSocketSlot socket_list[QN_SOCKET_SLOTS];
 int32_t qn::socket_init = 0;
 
 void qn::HurryLastChunk(int32_t slot) {
-  // A free slot has no socket: descriptor 0 is somebody else's.
+  // In a free slot the descriptor is 0, which belongs to the application.
   if (!IsSlot(slot) || socket_list[slot].connState != kConnected) return;
   const int on = 1;
   setsockopt(socket_list[slot].fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -123,7 +84,7 @@ int32_t fnQN_Stack_GetHostByName(int32_t slot, const char *name, int32_t port) {
   if (!IsSlot(slot) || name == nullptr) return -1;
   QNSocketSlot &entry = socket_list[slot];
   entry.port = static_cast<uint16_t>(port);
-  // What is an address already needs no resolver, nor its look at files.
+  // A dotted address needs no resolver, which would read configuration files.
   in_addr address = {};
   if (inet_pton(AF_INET, name, &address) != 1 && !LookUp(name, &address)) return -1;
   entry.addr = address.s_addr;
@@ -158,7 +119,7 @@ int32_t fnQN_Stack_Connect(int32_t slot) {
   peer.sin_family = AF_INET;
   peer.sin_port = htons(entry.port);
   peer.sin_addr.s_addr = entry.addr;
-  // A free slot has no socket: descriptor 0 is somebody else's.
+  // In a free slot the descriptor is 0, which belongs to the application.
   const int fd = entry.fd == 0 ? -1 : entry.fd;
   const bool connected = connect(fd, reinterpret_cast<const sockaddr *>(&peer), sizeof peer) == 0;
   entry.connState = connected ? kConnected : kConnectFailed;
@@ -168,9 +129,9 @@ int32_t fnQN_Stack_Connect(int32_t slot) {
 int32_t fnQN_Stack_SendData(int32_t slot, const void *bytes, int32_t count) {
   const int32_t refusal = RefuseTransfer(slot, bytes, count);
   if (refusal != 0) return refusal;
-  const SigpipeGuard guard;
-  const ssize_t sent = send(socket_list[slot].fd, bytes, static_cast<size_t>(count), 0);
-  if (sent < 0 && errno == EPIPE) guard.Consume();
+  // The flag keeps SIGPIPE, which a closed peer would raise, away from the
+  // application. Where sockets do not know it, SO_NOSIGPIPE does the same.
+  const ssize_t sent = send(socket_list[slot].fd, bytes, static_cast<size_t>(count), MSG_NOSIGNAL);
   return sent < 0 ? -1 : static_cast<int32_t>(sent);
 }
 

@@ -1,6 +1,6 @@
 // The entry of the HTTP client: starting and stopping the stack, the one proxy
-// setting that all requests share, and the life of a request context. Owns the
-// proxy setting and the pointer to the context worked on last.
+// setting that all requests share, and the life of a request context. It keeps
+// the proxy setting and the pointer to the context worked on last.
 #include "qnstack/qn_stack_http.h"
 
 #include "qn_owned.h"
@@ -22,14 +22,12 @@ constexpr int32_t kNoSocket = -1;
 QNHttpCtx *gCtx = nullptr;
 
 char *qn::http_proxy = nullptr;
-int32_t qn::http_proxyPort = kNoProxyPort;
+int32_t qn::http_proxy_port = kNoProxyPort;
 int32_t qn::http_net_inited = 0;
-
-void qn::FreeText(char *&text) { fnQN_Free(&text); }
 
 bool qn::IsConnect(const QNHttpCtx &ctx) { return fnQN_STRCMP(ctx.method, "CONNECT") == 0; }
 
-QNHttpCtx *qn::fnQNStack_Http_NewCtx() {
+QNHttpCtx *qn::NewContext() {
   auto *ctx = NewRecord<QNHttpCtx>();
   if (ctx == nullptr) return nullptr;
   ctx->socket = kNoSocket;
@@ -62,9 +60,9 @@ void fnQNStack_Http_SetProxy(const char *host, int32_t port) {
   // Without memory for the new one the old one stays: no proxy at all would
   // send the next request past the gateway.
   if (copy == nullptr && host != nullptr) return;
-  qn::FreeText(qn::http_proxy);
+  fnQN_Free(&qn::http_proxy);
   qn::http_proxy = copy;
-  qn::http_proxyPort = port;
+  qn::http_proxy_port = port;
 }
 
 int32_t fnQNStack_Have_Proxy(void) { return qn::http_proxy != nullptr ? 1 : 0; }

@@ -1,17 +1,17 @@
-// Answers: the header is parsed line by line as it comes in, cookies go to the
-// jar, redirects start the context anew, and body bytes are handed out. Owns
-// nothing.
-#include <algorithm>
+// Responses: the header is parsed line by line as it comes in, cookies go to
+// the jar, redirects start the context anew, and body bytes are handed out to
+// the application.
 #include <cstdint>
-#include <optional>
+#include <cstring>
 #include <string_view>
 
-#include "qn_ascii.h"
 #include "qn_owned.h"
 #include "qn_scan.h"
 #include "qn_stack_http_internal.h"
+#include "qn_stack_http_open_internal.h"
 #include "qn_stack_membuffer_internal.h"
 #include "qn_stack_trace.h"
+#include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_http_cookie.h"
 #include "qnstack/qn_stack_porting.h"
@@ -24,95 +24,90 @@ constexpr int32_t kUnreadableStatus = 0;
 constexpr int32_t kUnreadableLength = -1;
 constexpr int32_t kEncodingGzip = -1;
 constexpr int32_t kEncodingOther = 1;
-constexpr std::string_view kBlanks = " \t";
-constexpr std::string_view kValueEnd = " ;\t";
+constexpr char kCookieValueEnd[] = " ;\t";
 
-std::string_view AfterColon(std::string_view line) {
-  line.remove_prefix(std::min(line.find(':') + 1, line.size()));
-  return line;
-}
+// The text behind the colon of a line that begins with a name and its colon.
+const char *AfterColon(const char *line) { return std::strchr(line, ':') + 1; }
 
-// A header's value is the second word of its line. A name without a blank
-// behind its colon is one word with its value, so what follows counts, if
-// anything does.
+// The value of a header field: the second word of its line. Without a blank
+// behind its colon the name and the first word of the value are one word, so
+// the value is then what follows that, or empty.
 std::string_view SecondWord(std::string_view line) {
   qn::ScanWord(&line);
   return qn::ScanWord(&line);
 }
 
-void TakeStatus(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace) {
-  const std::string_view version = qn::ScanWord(&line);
-  ctx->retValue = qn::ScanNumber(line).value_or(kUnreadableStatus);
-  trace.Line(" Ctx->retValue ", ctx->retValue);
-  trace.Line(version);
+// Replaces a text of the context by the value of a header field.
+void StoreValue(char *&field, const char *line) {
+  fnQN_Free(&field);
+  field = qn::CopyText(SecondWord(line));
 }
 
-void TakeLength(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace) {
+void TakeStatus(QNHttpCtx *ctx, const char *line) {
+  std::string_view rest(line);
+  const std::string_view version = qn::ScanWord(&rest);
+  ctx->retValue = qn::ScanNumber(rest).value_or(kUnreadableStatus);
+  qn::Trace(" Ctx->retValue %d", ctx->retValue);
+  qn::Trace("%.*s", static_cast<int>(version.size()), version.data());
+}
+
+void TakeLength(QNHttpCtx *ctx, const char *line) {
   ctx->retCtxLen = qn::ScanNumber(AfterColon(line)).value_or(kUnreadableLength);
-  trace.Line("Ctx->retCtxLen ", ctx->retCtxLen);
+  qn::Trace("Ctx->retCtxLen %d", ctx->retCtxLen);
 }
 
-void TakeType(QNHttpCtx *ctx, std::string_view line, qn::Trace & /*trace*/) {
-  // An earlier value stays with whoever kept it.
-  ctx->retCtxType = qn::CopyText(SecondWord(line));
-}
+void TakeType(QNHttpCtx *ctx, const char *line) { StoreValue(ctx->retCtxType, line); }
 
-void TakeLocation(QNHttpCtx *ctx, std::string_view line, qn::Trace & /*trace*/) {
-  qn::FreeText(ctx->url);
-  ctx->url = qn::CopyText(SecondWord(line));
-}
+void TakeLocation(QNHttpCtx *ctx, const char *line) { StoreValue(ctx->url, line); }
 
-void TakeEncoding(QNHttpCtx *ctx, std::string_view line, qn::Trace & /*trace*/) {
+void TakeEncoding(QNHttpCtx *ctx, const char *line) {
   ctx->retEncoding = SecondWord(line) == "gzip" ? kEncodingGzip : kEncodingOther;
 }
 
-// The value of the "Path=" attribute, which is looked for with its case.
-std::string_view CookiePath(std::string_view attributes) {
-  constexpr std::string_view kPath = "Path=";
-  const std::size_t found = attributes.find(kPath);
-  if (found == std::string_view::npos) return "/";
-  attributes.remove_prefix(found + kPath.size());
-  return qn::UpTo(attributes, kValueEnd);
+// A copy of the value of the "Path=" attribute, whose name is looked for with
+// its case; "/" if there is none.
+char *CopyCookiePath(const char *attributes) {
+  constexpr char kPath[] = "Path=";
+  const char *path = std::strstr(attributes, kPath);
+  if (path == nullptr) return fnQNStack_StrDup("/");
+  uint32_t position = std::strlen(kPath);
+  return fnQNStack_StrArraySplit(path, kCookieValueEnd, &position);
 }
 
-void TakeCookie(QNHttpCtx *ctx, std::string_view line, qn::Trace & /*trace*/) {
-  std::string_view rest = AfterColon(line);
-  rest.remove_prefix(std::min(rest.find_first_not_of(kBlanks), rest.size()));
-  const std::string_view name = qn::UpTo(rest, "=");
-  if (name.size() == rest.size()) return;  // without '=' there is no cookie
-  rest.remove_prefix(name.size() + 1);
-  const std::string_view value = qn::UpTo(rest, kValueEnd);
-  rest.remove_prefix(value.size());
-
-  const qn::Owned<char> owned_name(qn::CopyText(name));
-  const qn::Owned<char> owned_value(qn::CopyText(value));
-  const qn::Owned<char> owned_path(qn::CopyText(CookiePath(rest)));
-  if (owned_name == nullptr || owned_value == nullptr || owned_path == nullptr) return;
-  fnQNStack_Http_Cookie_Set(owned_name.get(), owned_value.get(), ctx->hostname, owned_path.get());
+void TakeCookie(QNHttpCtx *ctx, const char *line) {
+  const char *cookie = fnQNStack_StrArraySkip(AfterColon(line), " \t");
+  uint32_t position = 0;
+  const qn::Owned<char> name(fnQNStack_StrArraySplit(cookie, "=", &position));
+  if (cookie[position] != '=') return;  // without '=' there is no cookie
+  ++position;
+  const qn::Owned<char> value(fnQNStack_StrArraySplit(cookie, kCookieValueEnd, &position));
+  const qn::Owned<char> path(CopyCookiePath(cookie + position));
+  if (name == nullptr || value == nullptr || path == nullptr) return;
+  fnQNStack_Http_Cookie_Set(name.get(), value.get(), ctx->hostname, path.get());
 }
 
-// What a header line that begins with a name, in any case, is taken for; the
-// first that matches counts.
+// What is done with a line that begins with a name, in upper or lower case;
+// the first name that matches counts.
 struct LineKind {
-  std::string_view folded_name;
-  void (*take)(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace);
+  const char *name;
+  void (*take)(QNHttpCtx *ctx, const char *line);
 };
 constexpr LineKind kLineKinds[] = {
-    {"http/", TakeStatus},
-    {"content-length:", TakeLength},
-    {"content-type:", TakeType},
-    {"contenttype:", TakeType},
-    {"location:", TakeLocation},
-    {"content-location:", TakeLocation},
-    {"content-encoding:", TakeEncoding},
-    {"set-cookie:", TakeCookie},
-    {"set-cookie2:", TakeCookie},
+    {"HTTP/", TakeStatus},
+    {"Content-Length:", TakeLength},
+    {"Content-Type:", TakeType},
+    {"ContentType:", TakeType},
+    {"Location:", TakeLocation},
+    {"Content-Location:", TakeLocation},
+    {"Content-Encoding:", TakeEncoding},
+    {"Set-Cookie:", TakeCookie},
+    {"Set-Cookie2:", TakeCookie},
 };
 
-void TakeHeaderLine(QNHttpCtx *ctx, std::string_view line, qn::Trace &trace) {
+void TakeHeaderLine(QNHttpCtx *ctx, const char *line) {
   for (const LineKind &kind : kLineKinds) {
-    if (qn::BeginsWithFolded(line, kind.folded_name)) {
-      kind.take(ctx, line, trace);
+    if (fnQNStack_StrCMPI(line, kind.name) == 0) {
+      kind.take(ctx, line);
       return;
     }
   }
@@ -122,6 +117,11 @@ bool HasEnded(const QNHttpCtx &ctx) {
   return ctx.state < QN_HTTP_NEW || ctx.state > QN_HTTP_RECEIVING;
 }
 
+// Whether a whole line is unread. The heap may have refused a copy of it.
+bool HoldsLine(const QNMemBuffer &buffer) {
+  return fnQN_STRSTR(buffer.data + buffer.cursor, qn::kLineEnd) != nullptr;
+}
+
 bool IsRedirect(const QNHttpCtx &ctx) { return ctx.retValue >= 300 && ctx.retValue <= 399; }
 
 // Starts the context anew as a GET of its `url`, which holds the location.
@@ -129,13 +129,13 @@ int32_t Redirect(QNHttpCtx *ctx) {
   if (++ctx->redirectCount > kMostRedirects) return -1;
   for (char **text :
        {&ctx->hostname, &ctx->path, &ctx->method, &ctx->contentType, &ctx->retCtxType}) {
-    qn::FreeText(*text);
+    fnQN_Free(text);
   }
   fnQN_MemBufer_ClearContent(ctx->recvBuf);
   fnQN_MemBufer_ClearContent(ctx->sendBuf);
   ctx->headParsed = 0;
   ctx->retEncoding = 0;
-  if (qn::fnQNStack_Http_ParseURL(ctx, ctx->url) != 0) return -1;
+  if (qn::ParseUrl(ctx, ctx->url) != 0) return -1;
   ctx->method = fnQNStack_StrDup("GET");
   ctx->contentLen = 0;
   if (ctx->socket > 0) {
@@ -150,19 +150,18 @@ int32_t Redirect(QNHttpCtx *ctx) {
 
 int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx) {
   if (ctx == nullptr) return -1;
-  qn::Trace trace;
   while (ctx->headParsed == 0) {
-    const std::optional<std::string_view> line = qn::TakeLine(ctx->recvBuf);
-    if (!line.has_value()) {
-      if (!HasEnded(*ctx)) return -2;
+    const qn::Owned<char> line(fnQN_MemBuffer_ReadBySubstr(ctx->recvBuf, qn::kLineEnd));
+    if (line == nullptr) {
+      if (!HasEnded(*ctx) || HoldsLine(*ctx->recvBuf)) return -2;
       ctx->headParsed = 1;
       return 0;
     }
-    trace.Line("ParseAnswer ", *line);
-    if (line->empty()) {
+    qn::Trace("ParseAnswer %s", line.get());
+    if (*line == '\0') {
       ctx->headParsed = 1;
     } else {
-      TakeHeaderLine(ctx, *line, trace);
+      TakeHeaderLine(ctx, line.get());
     }
   }
   return 0;
@@ -174,10 +173,9 @@ int32_t fnQNStack_Http_ReadRecvContext(QNHttpCtx *ctx, void *destination, int32_
   if (ctx->state < 0) return -1;
   if (ctx->state < QN_HTTP_RECEIVING) return -2;
   if (ctx->headParsed == 0) {
-    // Only an answer that is still coming in has an incomplete header.
-    if (fnQNStack_Http_ParseAnswer(ctx) == -2) return -2;
+    if (fnQNStack_Http_ParseAnswer(ctx) == -2) return ctx->state == QN_HTTP_COMPLETE ? -1 : -2;
     if (IsRedirect(*ctx)) return Redirect(ctx);
   }
   const int32_t taken = fnQN_MemBuffer_Read(ctx->recvBuf, destination, capacity);
-  return taken == 0 && ctx->state == QN_HTTP_RECEIVING ? -2 : taken;
+  return taken <= 0 && ctx->state == QN_HTTP_RECEIVING ? -2 : taken;
 }

@@ -16,13 +16,13 @@ struct HttpCookie {
 
 // The jar, newest cookie first; null until the first one is set and after it
 // was freed.
-extern QNList *http_Cookie_list;
+extern QNList *http_cookie_list;
 
 // 0 when the names are equal and both domain and path differ, else 1.
-int fnQNStack_Http_Cookie_Compare(const void *key, const void *stored);
+int CompareCookies(const void *key, const void *stored);
 
 // Frees the cookie that the pointer variable at `address` holds and clears it.
-void fnQNStack_Http_Cookie_FreeNode(void *address);
+void FreeCookie(void *address);
 
 }  // namespace qn
 

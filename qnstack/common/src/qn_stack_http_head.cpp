@@ -1,10 +1,8 @@
-// The table of request headers by which the stack looks like a handset. Owns
-// the one table of the process; the stack fills it, the request composer reads
-// it by name.
+// The table of request headers by which the client looks like a handset. The
+// stack fills it when it starts, applications change it, and the composer of
+// requests reads it by name. It keeps the one table of the process.
 #include "qnstack/qn_stack_http_head.h"
 
-#include "qn_ascii.h"
-#include "qn_list_find.h"
 #include "qn_owned.h"
 #include "qn_stack_http_head_internal.h"
 #include "qnstack/qn_list.h"
@@ -16,8 +14,9 @@ constexpr qn::HttpHeadEntry Default(const char *name, const char *value) {
   return {const_cast<char *>(name), const_cast<char *>(value)};
 }
 
-// In the order in which they are written. The profile stands on a host of
-// nobody: applications name their own handset's document.
+// In the order in which they are written. Requests carry only the entries that
+// kSentHeaders in qn_stack_http_request.cpp names. The host of the profile's
+// URL belongs to nobody: an application names its own handset's document.
 constexpr qn::HttpHeadEntry kDefaults[] = {
     Default("Accept", "*/*,application/vnd.wap.mms-message,text/html"),
     Default("Cache-Control", "No-cache"),
@@ -29,9 +28,8 @@ constexpr qn::HttpHeadEntry kDefaults[] = {
 
 qn::HttpHeadEntry *Find(const char *name) {
   const qn::HttpHeadEntry key = {const_cast<char *>(name), nullptr};
-  return qn::FindElement<qn::HttpHeadEntry>(
-      qn::http_head_list, &key,
-      [](const void *a, const void *b) { return qn::fnQNStack_Http_Head_Compare(a, b); });
+  return static_cast<qn::HttpHeadEntry *>(
+      fnQNList_GetData(fnQNList_CompareFind(qn::http_head_list, &key, qn::CompareHeadNames)));
 }
 
 void Append(const char *name, const char *value) {
@@ -41,7 +39,7 @@ void Append(const char *name, const char *value) {
   entry->value = fnQN_MEMSTRCOPY(value);
   if (entry->name == nullptr || entry->value == nullptr ||
       fnQNList_AddTail(qn::http_head_list, entry) == nullptr) {
-    qn::fnQNStack_Http_Head_FreeNode(&entry);
+    qn::FreeHeadEntry(&entry);
   }
 }
 
@@ -49,12 +47,12 @@ void Append(const char *name, const char *value) {
 
 QNList *qn::http_head_list = nullptr;
 
-int qn::fnQNStack_Http_Head_Compare(const void *key, const void *stored) {
-  return CompareText(static_cast<const HttpHeadEntry *>(key)->name,
+int qn::CompareHeadNames(const void *key, const void *stored) {
+  return fnQN_STRCMP(static_cast<const HttpHeadEntry *>(key)->name,
                      static_cast<const HttpHeadEntry *>(stored)->name);
 }
 
-void qn::fnQNStack_Http_Head_FreeNode(void *address) {
+void qn::FreeHeadEntry(void *address) {
   auto *entry = PointerAt<HttpHeadEntry>(address);
   if (entry == nullptr) return;
   fnQN_Free(&entry->name);
@@ -89,6 +87,6 @@ void fnQNStack_Http_Head_SetDefault(void) {
 
 void fnQNStack_Http_Head_FreeAll(void) {
   if (qn::http_head_list == nullptr) return;
-  fnQNList_Clear(qn::http_head_list, qn::fnQNStack_Http_Head_FreeNode);
+  fnQNList_Clear(qn::http_head_list, qn::FreeHeadEntry);
   fnQN_Free(&qn::http_head_list);
 }

@@ -15,11 +15,11 @@ struct HttpHeadEntry {
 // The table; null until the first write and after it was freed.
 extern QNList *http_head_list;
 
-// Compares the names of two entries, minding case.
-int fnQNStack_Http_Head_Compare(const void *key, const void *stored);
+// Compares the names of two entries, with their case.
+int CompareHeadNames(const void *key, const void *stored);
 
 // Frees the entry that the pointer variable at `address` holds and clears it.
-void fnQNStack_Http_Head_FreeNode(void *address);
+void FreeHeadEntry(void *address);
 
 }  // namespace qn
 

@@ -1,30 +1,29 @@
 // Opening requests: a URL is split into host, port and path, and a fresh
-// context is made of it. A prepared request or a stored answer can be taken
-// from a file instead. Owns nothing.
+// context is made of it. A prepared request or a stored response can be taken
+// from a file instead. Applications and the redirect of a response call it.
 #include <algorithm>
 #include <cstring>
-#include <string_view>
 
 #include "qn_owned.h"
 #include "qn_scan.h"
 #include "qn_stack_http_internal.h"
+#include "qn_stack_http_open_internal.h"
 #include "qnstack/qn_fs_file.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_tools.h"
 
 namespace {
 
-constexpr int32_t kDefaultPort = 80;
 constexpr int32_t kMostLoadedBytes = 4000;
 constexpr char kFormType[] = "application/x-www-form-urlencoded";
-constexpr std::string_view kSchemeEnd = "://";
+constexpr char kSchemeEnd[] = "://";
 
 // A new context for `url`; null for a null URL or when the heap refuses.
 QNHttpCtx *Open(const char *method, const char *url) {
   if (url == nullptr) return nullptr;
-  QNHttpCtx *ctx = qn::fnQNStack_Http_NewCtx();
+  QNHttpCtx *ctx = qn::NewContext();
   if (ctx == nullptr) return nullptr;
-  qn::fnQNStack_Http_ParseURL(ctx, url);
+  qn::ParseUrl(ctx, url);
   ctx->method = fnQNStack_StrDup(method);
   return ctx;
 }
@@ -39,42 +38,37 @@ QNHttpCtx *OpenWithBody(const char *method, const char *url, const void *body, i
   return ctx;
 }
 
-// Appends the start of a file to a buffer. The area it is read into is kept
-// for good, as it always was.
-int32_t AppendFileKeepingArea(QNMemBuffer *buffer, const char *name) {
-  void *area = qn::AllocateZeroed(kMostLoadedBytes);
+// Appends the start of a file to a buffer.
+int32_t AppendFile(QNMemBuffer *buffer, const char *name) {
+  const qn::Owned<char> area(static_cast<char *>(qn::AllocateZeroed(kMostLoadedBytes)));
   int32_t count = 0;
-  if (area != nullptr) fnQNFS_ReadFromFile(name, kMostLoadedBytes, area, &count);
+  if (area != nullptr) fnQNFS_ReadFromFile(name, kMostLoadedBytes, area.get(), &count);
   if (count < 1) return -1;
-  fnQN_MemBuffer_Write(buffer, area, std::min(count, kMostLoadedBytes));
-  return 0;
+  const uint32_t before = buffer->total;
+  fnQN_MemBuffer_Write(buffer, area.get(), std::min(count, kMostLoadedBytes));
+  return buffer->total == before ? -1 : 0;
 }
 
 }  // namespace
 
-int32_t qn::fnQNStack_Http_ParseURL(QNHttpCtx *ctx, const char *url) {
+int32_t qn::ParseUrl(QNHttpCtx *ctx, const char *url) {
   if (url == nullptr) return -1;
-  const std::string_view text(url);
-  const std::size_t scheme_end = text.find(kSchemeEnd);
-  std::string_view rest = text;
-  if (scheme_end != std::string_view::npos) rest.remove_prefix(scheme_end + kSchemeEnd.size());
+  const char *scheme_end = std::strstr(url, kSchemeEnd);
+  const char *host = scheme_end == nullptr ? url : scheme_end + std::strlen(kSchemeEnd);
+  const std::size_t host_length = std::strcspn(host, ":/?");
+  ctx->hostname = CopyText({host, host_length});
 
-  const std::string_view host = UpTo(rest, ":/?");
-  rest.remove_prefix(host.size());
-  ctx->hostname = CopyText(host);
-
+  const char *rest = host + host_length;
   ctx->port = kDefaultPort;
-  if (rest.starts_with(':')) {
-    rest.remove_prefix(1);
-    const std::string_view port = UpTo(rest, "/");
-    rest.remove_prefix(port.size());
-    ctx->port = ScanNumber(port).value_or(kDefaultPort);
+  if (*rest == ':') {
+    ctx->port = ScanNumber(rest + 1).value_or(kDefaultPort);
+    rest += std::strcspn(rest, "/");
   }
-  ctx->path = CopyText(rest.empty() ? "/" : rest);
+  ctx->path = fnQNStack_StrDup(*rest == '\0' ? "/" : rest);
 
   // The new URL may be the old one itself, so it is copied before that is freed.
-  char *copy = CopyText(text);
-  FreeText(ctx->url);
+  char *copy = fnQNStack_StrDup(url);
+  fnQN_Free(&ctx->url);
   ctx->url = copy;
   return 0;
 }
@@ -94,7 +88,7 @@ QNHttpCtx *fnQNStack_Http_Open_Put(const char *url, const void *body, int32_t le
 }
 
 QNHttpCtx *fnQNStack_Http_Open_Connect(const char *host, int32_t port) {
-  QNHttpCtx *ctx = qn::fnQNStack_Http_NewCtx();
+  QNHttpCtx *ctx = qn::NewContext();
   if (ctx == nullptr) return nullptr;
   ctx->method = fnQNStack_StrDup("CONNECT");
   ctx->hostname = fnQNStack_StrDup(host);
@@ -103,9 +97,9 @@ QNHttpCtx *fnQNStack_Http_Open_Connect(const char *host, int32_t port) {
 }
 
 int32_t fnQNStack_Http_LoadHeadFromFile(QNHttpCtx *ctx, const char *name) {
-  return ctx == nullptr ? -1 : AppendFileKeepingArea(ctx->sendBuf, name);
+  return ctx == nullptr ? -1 : AppendFile(ctx->sendBuf, name);
 }
 
 int32_t fnQNStack_Http_LoadReponseFromFile(QNHttpCtx *ctx, const char *name) {
-  return ctx == nullptr ? -1 : AppendFileKeepingArea(ctx->recvBuf, name);
+  return ctx == nullptr ? -1 : AppendFile(ctx->recvBuf, name);
 }

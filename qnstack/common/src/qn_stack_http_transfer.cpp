@@ -1,7 +1,6 @@
 // The transfer engine: it moves one context forward through resolving,
-// connecting, composing, sending and receiving, as far as each call gets.
-// Owns the area, shared by all contexts, for chunks whose answer has no room
-// for them yet.
+// connecting, composing, sending and receiving, as far as each call gets. It
+// keeps one area, shared by all contexts, in which every chunk is received.
 #include <algorithm>
 #include <cstdint>
 
@@ -20,11 +19,11 @@ constexpr int32_t kMostTries = 3000;          // calls without progress before g
 constexpr int32_t kGoOn = 1;                  // of a step: the next one follows in the same call
 constexpr int32_t kWouldBlock = -2;           // of the socket layer, as is the next
 constexpr int32_t kNullDestination = -3;
-constexpr int32_t kNoMemory = -4;  // bytes came that the answer has no room for
+constexpr int32_t kNoMemory = -4;  // bytes came that the buffer has no room for
 
 char buffer[kChunk];
 
-// In a tunnel without an end to it the count wraps.
+// In a tunnel that waits for ever the count passes 2147483647, where it wraps.
 void CountTry(QNHttpCtx *ctx) {
   ctx->tryCount = static_cast<int32_t>(static_cast<uint32_t>(ctx->tryCount) + 1);
 }
@@ -41,30 +40,30 @@ int32_t FailAndCount(QNHttpCtx *ctx, int32_t state) {
 }
 
 // Takes a slot unless the context has one; false when all are taken.
-bool EnsureSocket(QNHttpCtx *ctx, qn::Trace &trace) {
+bool EnsureSocket(QNHttpCtx *ctx) {
   if (ctx->socket > 0) return true;
   ctx->socket = fnQN_Stack_CreateSocket();
-  trace.Line("create socket ", ctx->socket);
+  qn::Trace("create socket %d", ctx->socket);
   if (ctx->socket <= 0) return false;
   fnQN_Stack_SetNoBlock();
   return true;
 }
 
-int32_t Resolve(QNHttpCtx *ctx, qn::Trace &trace) {
-  if (!EnsureSocket(ctx, trace)) return FailAndCount(ctx, QN_HTTP_RESOLVE_FAILED);
+int32_t Resolve(QNHttpCtx *ctx) {
+  if (!EnsureSocket(ctx)) return FailAndCount(ctx, QN_HTTP_RESOLVE_FAILED);
   const bool proxy = qn::http_proxy != nullptr;
   const int32_t result = fnQN_Stack_GetHostByName(
-      ctx->socket, proxy ? qn::http_proxy : ctx->hostname, proxy ? qn::http_proxyPort : ctx->port);
-  trace.Line("host:", ctx->hostname, ",", ctx->port);
+      ctx->socket, proxy ? qn::http_proxy : ctx->hostname, proxy ? qn::http_proxy_port : ctx->port);
+  qn::Trace("host:%s,%d", qn::Traced(ctx->hostname), ctx->port);
   if (result == -1) return FailAndCount(ctx, QN_HTTP_RESOLVE_FAILED);
   ctx->tryCount = 0;
   return Advance(ctx);
 }
 
-int32_t Connect(QNHttpCtx *ctx, qn::Trace &trace) {
-  if (!EnsureSocket(ctx, trace)) return FailAndCount(ctx, QN_HTTP_CONNECT_FAILED);
+int32_t Connect(QNHttpCtx *ctx) {
+  if (!EnsureSocket(ctx)) return FailAndCount(ctx, QN_HTTP_CONNECT_FAILED);
   const int32_t result = fnQN_Stack_Connect(ctx->socket);
-  trace.Line("connet socket:", ctx->socket, " result:", result);
+  qn::Trace("connet socket:%d result:%d", ctx->socket, result);
   if (result == 0) {
     fnQN_Stack_CloseSocket(ctx->socket);
     ctx->socket = 0;
@@ -79,16 +78,16 @@ int32_t Connect(QNHttpCtx *ctx, qn::Trace &trace) {
   return Advance(ctx);
 }
 
-int32_t Compose(QNHttpCtx *ctx, qn::Trace &trace) {
+int32_t Compose(QNHttpCtx *ctx) {
   if (qn::IsConnect(*ctx)) {
-    qn::ComposeTunnel(ctx, trace);
+    fnQNStack_Http_PrepareQuest_Connect(ctx);
   } else {
-    qn::ComposeRequest(ctx, trace);
+    fnQNStack_Http_PrepareQuest(ctx);
   }
   return Advance(ctx);
 }
 
-int32_t Send(QNHttpCtx *ctx, qn::Trace & /*trace*/) {
+int32_t Send(QNHttpCtx *ctx) {
   const int32_t result = fnQNStack_Http_SendQuest(ctx);
   if (result >= 0) return Advance(ctx);
   if (result == -1) ctx->state = QN_HTTP_SEND_FAILED;
@@ -116,51 +115,38 @@ int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
   return 0;
 }
 
-// Appends what was received beside the answer; false if the heap refuses.
-bool AppendReceived(QNMemBuffer *answer, int32_t count) {
-  const uint32_t before = answer->total;
-  qn::ExpectAnswer(answer);
-  fnQN_MemBuffer_Write(answer, buffer, count);
-  return answer->total != before;
-}
-
-// Receives one chunk, straight into the answer where that has room for it.
+// Receives one chunk and appends it to the response. A chunk that the heap has
+// no room for ends the response as a failed receive does: what followed the
+// missing chunk would not be what the peer sent.
 int32_t ReceiveChunk(QNHttpCtx *ctx) {
-  char *area = qn::WriteArea(ctx->recvBuf, kChunk);
-  const int32_t received =
-      fnQN_Stack_RecvData(ctx->socket, area != nullptr ? area : buffer, kChunk);
+  const int32_t received = fnQN_Stack_RecvData(ctx->socket, buffer, kChunk);
   if (received <= 0) return received;
-  if (area != nullptr) {
-    qn::Written(ctx->recvBuf, area, static_cast<uint32_t>(received));
-  } else if (!AppendReceived(ctx->recvBuf, received)) {
-    // That ends the answer like a failure: a later piece behind the lost one
-    // would not be what the peer sent.
-    return kNoMemory;
-  }
+  const uint32_t before = ctx->recvBuf->total;
+  fnQN_MemBuffer_Write(ctx->recvBuf, buffer, received);
+  if (ctx->recvBuf->total == before) return kNoMemory;
   ctx->tryCount = 0;
   return received;
 }
 
-int32_t ReceiveAnswer(QNHttpCtx *ctx, qn::Trace &trace) {
+int32_t ReceiveResponse(QNHttpCtx *ctx) {
   while (qn::Unread(ctx->recvBuf) <= kUnreadHighWater) {
     const int32_t received = ReceiveChunk(ctx);
     if (received <= 0) return EndReceiving(ctx, received);
-    trace.Line("socket ", ctx->socket, " recv len:", received);
+    qn::Trace("socket %d recv len:%d", ctx->socket, received);
   }
   CountTry(ctx);
   return -2;
 }
 
-int32_t Receive(QNHttpCtx *ctx, qn::Trace &trace) {
-  if (!qn::IsConnect(*ctx)) return ReceiveAnswer(ctx, trace);
-  trace.Flush();  // the next step may wait for ever
+int32_t Receive(QNHttpCtx *ctx) {
+  if (!qn::IsConnect(*ctx)) return ReceiveResponse(ctx);
   const int32_t result = fnQNStack_Http_RecvConnectData(ctx);
   CountTry(ctx);
   return result;
 }
 
 // One step per state, in the order of the states from QN_HTTP_NEW on.
-using Step = int32_t (*)(QNHttpCtx *, qn::Trace &);
+using Step = int32_t (*)(QNHttpCtx *ctx);
 constexpr Step kSteps[] = {Resolve, Connect, Compose, Send, Receive};
 
 bool IsUnderWay(const QNHttpCtx &ctx) {
@@ -177,15 +163,14 @@ int32_t fnQNStack_Http_Run(QNHttpCtx *ctx) {
     return -1;
   }
   gCtx = ctx;
-  qn::Trace trace;
   int32_t result = kGoOn;
-  while (result == kGoOn) result = kSteps[ctx->state](ctx, trace);
+  while (result == kGoOn) result = kSteps[ctx->state](ctx);
   return result;
 }
 
 int32_t fnQNStack_Http_Call_Run(QNHttpCtx *ctx) {
   if (ctx == nullptr) return 0;
-  qn::Trace().Line("Socket callback working write or read...... ");
+  qn::Trace("Socket callback working write or read...... ");
   return fnQNStack_Http_Run(ctx);
 }
 
@@ -209,7 +194,7 @@ int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx) {
   QNMemBuffer *request = ctx->sendBuf;
   const uint32_t unsent = qn::Unread(request);
   if (unsent == 0) return 0;
-  // Sent from where it stands: what does not go out simply stays unread.
+  // The cursor moves by what was sent, so the rest of the chunk stays unread.
   const auto chunk = static_cast<int32_t>(std::min(unsent, static_cast<uint32_t>(kChunk)));
   if (unsent <= kChunk && request->cursor > 0) qn::HurryLastChunk(ctx->socket);
   const int32_t sent = fnQN_Stack_SendData(ctx->socket, request->data + request->cursor, chunk);
@@ -226,7 +211,8 @@ int32_t fnQNStack_Http_RecvConnectData(QNHttpCtx *ctx) {
   if (ctx == nullptr) return -1;
   while (qn::Unread(ctx->recvBuf) <= kUnreadHighWater) {
     const int32_t received = ReceiveChunk(ctx);
-    // Lost bytes came all the same: to wait for more might be to wait for ever.
+    // A chunk that was lost for want of memory came all the same, and the next
+    // wait might never end.
     if (received > 0 || received == kNoMemory) return -2;
     CountTry(ctx);
   }

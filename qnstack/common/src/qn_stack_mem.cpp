@@ -1,4 +1,4 @@
-// The reallocation helper of the HTTP stack. Owns nothing.
+// The reallocation helper of the HTTP client; the memory buffer calls it.
 #include "qnstack/qn_stack_mem.h"
 
 #include "qnstack/qn_share_mem.h"

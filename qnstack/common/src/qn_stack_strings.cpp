@@ -1,4 +1,4 @@
-// String copies for the HTTP stack. Owns nothing.
+// String copies for the HTTP client and for applications.
 #include "qnstack/qn_stack_strings.h"
 
 #include "qn_owned.h"

@@ -1,20 +1,21 @@
-// Taking header and URL text apart, for the HTTP client and the cache. Owns
-// nothing.
+// String helpers that take header and URL text apart, for the HTTP client, the
+// cache and applications.
 #include "qnstack/qn_stack_tools.h"
 
 #include <cstring>
 #include <string_view>
 
+#include "qn_ascii.h"
 #include "qn_owned.h"
-#include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_strings.h"
 
 char *fnQNStack_StrDup(const char *string) { return fnQN_StrDup(string); }
 
 char *fnQNStack_StrArraySplit(const char *string, const char *delimiters, uint32_t *position) {
   if (string == nullptr || delimiters == nullptr || position == nullptr) return nullptr;
-  // A position past the end must not be followed, so the way there is looked at.
-  const bool inside = *position == 0 || strnlen(string, *position) == *position;
+  // Nothing behind the terminator may be read, so a position there is noticed
+  // on the way to it.
+  const bool inside = strnlen(string, *position) == *position;
   const char *start = inside ? string + *position : "";
   const std::string_view token(start, std::strcspn(start, delimiters));
   char *copy = qn::CopyText(token);
@@ -31,7 +32,8 @@ int32_t fnQNStack_StrCMPI(const char *string, const char *prefix) {
   if (string == nullptr || prefix == nullptr) return string == prefix ? 0 : 1;
   const std::size_t length = std::strlen(prefix);
   if (strnlen(string, length) < length) return 1;
-  const qn::Owned<char> beginning(qn::CopyText({string, length}));
-  if (beginning == nullptr) return 1;
-  return fnQN_STRICMP(beginning.get(), prefix);
+  for (std::size_t i = 0; i < length; ++i) {
+    if (qn::FoldByte(string[i]) != qn::FoldByte(prefix[i])) return -1;
+  }
+  return 0;
 }

@@ -1,28 +1,19 @@
-// The trace lines of the HTTP client. They go through the C library's standard
-// output, whose buffer and order the application's own output shares.
+// The trace of the HTTP client. It goes through the C library's standard
+// output, so it stays in order with what the application prints there.
 #include "qn_stack_trace.h"
 
 #include <cerrno>
+#include <cstdarg>
 #include <cstdio>
 
-namespace qn {
-
-void Trace::AddBeyondRoom(std::string_view text) {
-  Flush();
-  if (text.size() <= text_.size()) {
-    Add(text);
-  } else {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-  }
-}
-
-void Trace::Flush() {
-  if (size_ == 0) return;
-  // What failed on a socket can still be asked for behind the trace.
+void qn::Trace(const char *format, ...) {
+  // A failed socket call before the trace can still be asked for its error.
   const int error = errno;
-  std::fwrite(text_.data(), 1, size_, stdout);
+  va_list args;
+  va_start(args, format);
+  std::vprintf(format, args);
+  va_end(args);
   errno = error;
-  size_ = 0;
 }
 
-}  // namespace qn
+const char *qn::Traced(const char *text) { return text == nullptr ? "(null)" : text; }

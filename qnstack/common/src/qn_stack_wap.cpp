@@ -1,5 +1,5 @@
 // The WAP stack by version: every function forwards to the HTTP client of the
-// same name while the version is 2 and refuses otherwise. Owns the version.
+// same name while the version is 2 and refuses otherwise. It keeps the version.
 #include "qnstack/qn_stack_wap.h"
 
 #include "qn_stack_wap_internal.h"
