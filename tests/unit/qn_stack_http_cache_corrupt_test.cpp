@@ -134,11 +134,11 @@ TEST_F(QnCacheCorruptIndex, LoadsNothingButZeros) {
 }
 
 TEST_F(QnCacheCorruptIndex, WithoutARecordAnEntryIsEmpty) {
-  void *entry = qn::fnQNStack_Cache_Read_Record(nullptr);
+  void *entry = qn::ReadCacheEntry(nullptr);
   ASSERT_NE(entry, nullptr);
   EXPECT_EQ(static_cast<QNCacheEntry *>(entry)->url, nullptr);
   EXPECT_EQ(static_cast<QNCacheEntry *>(entry)->size, 1);
-  qn::fnQNStack_Cache_FreeNode(&entry);
+  qn::FreeCacheEntry(&entry);
 }
 
 TEST_F(QnCacheCorruptIndex, EndsBeforeTheEntryThatTheHeapRefuses) {
