@@ -53,6 +53,9 @@ bool MetARefusal(const Names &names, const CallFault &fault) {
   return std::any_of(first, end, [](std::string_view name) { return IsIn(kHeap, name); });
 }
 
+// A save leaves one copy of a path with the log, until the next log text.
+void FreePathOfLog() { fnQNFS_printLog_param(nullptr, 0); }
+
 Run RunOnce(const ScenarioKind &kind, CallFault fault) {
   fault.most_failed_receives = kind.most_failed_receives;
   Run run;
@@ -60,10 +63,11 @@ Run RunOnce(const ScenarioKind &kind, CallFault fault) {
   const std::unique_ptr<Scenario> scenario = kind.make();
   scenario->Prepare();
   const int descriptors = OpenDescriptors();
+  FreePathOfLog();
   {
     CallFaults calls(kAllCalls, fault);
     scenario->Act();
-    fnQNFS_printLog_param(nullptr, 0);  // the copy of a path that the log held
+    FreePathOfLog();
     run.names = calls.Names();
     run.failures = calls.Failures();
     run.kept = calls.Heap().live;

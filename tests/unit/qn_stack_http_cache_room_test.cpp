@@ -62,6 +62,17 @@ TEST_F(QnCacheRoom, PurgesWhatExpiresWithin99Seconds) {
   }
 }
 
+TEST_F(QnCacheRoom, KeepsWhatItsHeaderLetsExpireIn2037) {
+  fnQNStack_Cache_InitTime();
+  fnQNStack_Cache_ParseCacheTime("Expires: Thu, 31 Dec 2037 23:55:55 GMT");
+  EXPECT_EQ(Save("u", 1, fnQNStack_Cache_getExpired()), 1);
+
+  EXPECT_EQ(Save("new"), 1);
+
+  EXPECT_THAT(HeldUrls(), ElementsAre("new", "u"));
+  EXPECT_NE(fnQNStack_Cache_FindbyUrl_NoExpired("u"), nullptr);
+}
+
 TEST_F(QnCacheRoom, PurgesFromTheHeadOnWhereverTheyStand) {
   std::vector<CachedAnswer> answers = Answers(6, kFresh);
   for (const size_t stale : {0U, 2U, 3U, 5U}) answers[stale].expires = kNow + 50;

@@ -24,7 +24,7 @@ int32_t qn::http_cache_state = kFirstMode;
 
 void *qn::ReadCacheEntry(QNFSBuffer *record) {
   auto *entry = NewRecord<QNCacheEntry>();
-  if (entry == nullptr || record == nullptr) return entry;
+  if (entry == nullptr) return nullptr;
   const int32_t start = record->pos;
   bool whole = true;
   for (char **text : {&entry->url, &entry->label}) {

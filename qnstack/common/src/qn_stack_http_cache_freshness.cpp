@@ -7,9 +7,9 @@
 #include "qn_fs_http_date.h"
 #include "qn_scan.h"
 #include "qn_stack_http_cache_internal.h"
-#include "qn_text_search.h"
 #include "qn_wrapped_sum.h"
 #include "qnstack/qn_fs_comm_tools.h"
+#include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_tools.h"
 
 namespace {
@@ -75,11 +75,7 @@ int32_t fnQNStack_Cache_getExpired(void) {
   return kDoNotKeep;
 }
 
-char *stristr(const char *haystack, const char *needle) {
-  if (haystack == nullptr || needle == nullptr) return nullptr;
-  const std::size_t offset = qn::FindIgnoringCase(haystack, needle);
-  return offset == qn::kNotFound ? nullptr : const_cast<char *>(haystack) + offset;
-}
+char *stristr(const char *haystack, const char *needle) { return fnQN_STRISTR(haystack, needle); }
 
 int32_t fnQNStack_getMonth(const char *name) {
   return name == nullptr ? -1 : qn::MonthNumber(name);
