@@ -8,7 +8,6 @@ add_library(qnstack_core OBJECT
   qnstack/common/src/qn_stack_http_cache.cpp
   qnstack/common/src/qn_stack_http_cache_freshness.cpp
   qnstack/common/src/qn_stack_http_cache_lookup.cpp
-  qnstack/common/src/qn_stack_http_cache_text.cpp
   qnstack/common/src/qn_stack_http_cookie.cpp
   qnstack/common/src/qn_stack_http_head.cpp
   qnstack/common/src/qn_stack_http_open.cpp
@@ -41,13 +40,13 @@ add_library(qnstack_core OBJECT
 # The file ports: same names, one is linked.
 add_library(qnstack_port_inert OBJECT
   qnstack/qnfs/Mac_porting/src/qn_fs_file.cpp
-  qnstack/qnfs/common/src/qn_fs_file_stream.cpp)
+  qnstack/qnfs/common/src/qn_fs_file_port.cpp)
 add_library(qnstack_port_posix OBJECT
   qnstack/qnfs/Posix_porting/src/qn_fs_beneath.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_descriptor.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_file.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_replacement.cpp
-  qnstack/qnfs/common/src/qn_fs_file_stream.cpp)
+  qnstack/qnfs/common/src/qn_fs_file_port.cpp)
 
 foreach(part qnstack_core qnstack_port_inert qnstack_port_posix)
   target_include_directories(${part} PUBLIC

@@ -18,14 +18,14 @@ namespace {
 constexpr int32_t kStatus = 200;        // of all that is kept
 constexpr size_t kLongestEntry = 9000;  // bytes of URL and label: what an index grows by is bounded
 constexpr int64_t kTwoMonths = 5356800;  // seconds of 62 days
-constexpr int64_t kFarthest = std::numeric_limits<int32_t>::max() - kTwoMonths;
 
 // The library takes "now" from a clock that leaps by up to a month where a month
 // ends, and with the time zone by some hours. Two months on top of the lifetime
-// keep an entry over all of that. A distance beyond 31 bits would count as past.
+// keep an entry over all of that.
 int32_t LibraryExpiry(int64_t lifetime) {
-  const int64_t expiry = fnQNFS_getLocalTime() + std::min(lifetime + kTwoMonths, kFarthest);
-  return static_cast<int32_t>(std::min<int64_t>(expiry, std::numeric_limits<int32_t>::max()));
+  constexpr int64_t kLast = std::numeric_limits<int32_t>::max();
+  const int64_t held = std::min(lifetime, kLast) + kTwoMonths;
+  return static_cast<int32_t>(std::min(fnQNFS_getLocalTime() + held, kLast));
 }
 
 bool IsUsable(const QNCacheEntry &entry, int64_t now) {

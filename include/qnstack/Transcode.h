@@ -36,11 +36,11 @@ enum {
  * Converts big-endian UCS-2 bytes to UTF-8.
  *
  * Of characters from U+0400 to U+07FF the lead byte loses one bit (U+0410
- * gives C0 90). Surrogates are encoded one by one. A missing last byte counts
- * as 0.
+ * gives C0 90). Surrogates are encoded one by one.
  *
  * @param src the bytes; NULL converts nothing.
- * @param len their number.
+ * @param len their number. With an odd one you vouch for one byte more: it is
+ *        read as the second byte of the last unit.
  * @param out room for 3 bytes per started pair and 1 more; terminated. NULL
  *        converts nothing.
  */
@@ -50,7 +50,7 @@ QN_API void BigEndianUCS2toUTF8(const void *src, int32_t len, char *out);
  * Converts little-endian UCS-2 bytes to UTF-8, as BigEndianUCS2toUTF8() does.
  *
  * @param src the bytes; NULL converts nothing.
- * @param len their number.
+ * @param len their number; an odd one as for BigEndianUCS2toUTF8().
  * @param out as for BigEndianUCS2toUTF8().
  */
 QN_API void LitEndianUCS2toUTF8(const void *src, int32_t len, char *out);
@@ -109,20 +109,19 @@ QN_API int32_t UTF16toUCS4(const void *src, int32_t len, uint32_t *out);
 
 /**
  * Decodes a text to UTF-8, by the rules of the converters above: set 1000 as
- * the byte streams of UCS-2, so that U+0400 to U+07FF lose a bit and an odd
- * last byte is a character of its own; set 1015 as UTF16toUCS4() and
- * UCS4toUTF8(), so that the text ends at a surrogate without a partner and
- * values above U+1FFFF take five or six bytes.
+ * the byte streams of UCS-2, so that U+0400 to U+07FF lose a bit; set 1015 as
+ * UTF16toUCS4() and UCS4toUTF8(), so that the text ends at a surrogate without
+ * a partner and values above U+1FFFF take five or six bytes. Nothing behind
+ * @p len bytes is read: where a text in set 1000 ends within a unit, its second
+ * byte counts as 0.
  *
  * @param charset an IANA MIBenum; a set that is not known is taken as it is.
- *        Set 1000 needs a byte-order mark, and a text without one keeps the
- *        memory that was asked for it for the life of the process; that is
- *        known and stays.
+ *        Set 1000 needs a byte-order mark.
  * @param src the text; stays the caller's.
  * @param len in: its length in bytes; out: the length of the result up to its
  *        first zero byte. Untouched when the result is NULL.
- * @return the terminated result, owned by the caller and released with
- *         fnCharSet_CharSetFreeStringBuf(); NULL for a NULL @p src or @p len, a
+ * @return the terminated result, zero-filled behind its end, owned by the caller
+ *         and released with fnCharSet_CharSetFreeStringBuf(); NULL for a NULL @p src or @p len, a
  *         length below 1, set 1000 without a mark, or when the heap refuses.
  */
 QN_API char *fnCharSet_DecodeString2Local(uint32_t charset, const void *src, int32_t *len);

@@ -312,11 +312,11 @@ QN_API intptr_t fnQNFS_CallBackOper(const QNFSCallBack *record, intptr_t a1, int
                                     intptr_t a7);
 
 /**
- * Sets the place that the next log text speaks of. Keeps one copy of the path
- * per call for the life of the process; that is known and stays.
+ * Sets the source path and line of the log text that comes next. A copy of the
+ * path is kept until the next call.
  *
  * @param path source path; what stands before its last backslash is dropped.
- *        NULL clears the place.
+ *        NULL leaves no path.
  * @param line source line.
  */
 QN_API void fnQNFS_printLog_param(const char *path, int32_t line);

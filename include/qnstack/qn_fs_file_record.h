@@ -105,16 +105,6 @@ QN_API int32_t fnQNFS_Append_List_To_File(const char *name, QNList *list, QNFSRe
  */
 QN_API void *fnQNFS_List_Find_Node(QNList *list, intptr_t key, QNListCompare compare);
 
-/**
- * The name of a file's backup: the name with ".bak" behind it.
- *
- * @param name file name.
- * @return the backup's name, owned by the caller and released with
- *         fnQN_Free(); NULL for NULL, a name below 3 characters, or when the
- *         heap refuses.
- */
-QN_API char *fnQNFS_getBak_FileName(const char *name);
-
 /** @} */
 
 QN_END_DECLS

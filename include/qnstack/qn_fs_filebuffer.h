@@ -217,6 +217,16 @@ QN_API int32_t fnQNFS_Append_Buffer_To_File(const char *name, QNFSBuffer *record
  */
 QN_API int32_t fnQNFS_Load_File_To_Buffer(const char *name, QNFSBuffer *record);
 
+/**
+ * The name of a file's backup: the name with ".bak" behind it.
+ *
+ * @param name file name.
+ * @return the backup's name, owned by the caller and released with
+ *         fnQN_Free(); NULL for NULL, a name below 3 characters, or when the
+ *         heap refuses.
+ */
+QN_API char *fnQNFS_getBak_FileName(const char *name);
+
 /** @} */
 
 QN_END_DECLS

@@ -12,9 +12,8 @@
  *
  * Times are the signed seconds of qn_fs_comm_tools.h. "Now" and the dates of
  * headers are not on one basis there, and are compared here as they are: an
- * answer with "Expires:" stays fresh very long (until the next save only, if
- * that lies 2^31 seconds and more ahead of "now"), one with "max-age=" as long
- * as it says. One index for the process; one thread only.
+ * answer with "Expires:" stays fresh very long, one with "max-age=" as long as
+ * it says. One index for the process; one thread only.
  */
 #ifndef QNSTACK_QN_STACK_HTTP_CACHE_H
 #define QNSTACK_QN_STACK_HTTP_CACHE_H
@@ -109,22 +108,21 @@ QN_API int32_t fnQNStack_Cache_getExpired(void);
 /**
  * Saves an answer in front of the index and writes the index.
  *
- * Before that, what expires within 99 seconds is thrown out, by a difference
- * that wraps at 2^31 seconds, and so are the oldest entries until there is
- * room: at most 199 entries and 1 MiB by the counters, which count from
- * fnQNStack_Cache_Init() on. A URL that is saved again loses its old body at
+ * Before that, what expires within 99 seconds is thrown out, and so are the
+ * oldest entries until there is room: at most 199 entries and 1 MiB by the
+ * counters, which count from fnQNStack_Cache_Init() on. A URL that is saved again loses its old body at
  * once; its old entry stays behind the new one for a while, and is taken off
  * the counters twice. When the new one expires is not asked before the next
  * save.
  *
- * @param url the key; copied, and may be that of an entry.
+ * @param url the key; copied, and may be that of an entry. NULL is refused.
  * @param label any text, copied; NULL is kept as "NULL".
  * @param body the body; stays the caller's, and may be a string of an entry.
  * @param length its length in bytes.
  * @param expires from fnQNStack_Cache_getExpired().
  * @param tag any number.
- * @return 1, also when the index could not be written; 0 if there is no room,
- *         the heap refuses, or the body could not be written. What was thrown
+ * @return 1, also when the index could not be written; 0 if @p url is NULL (then
+ *         nothing is done), there is no room, the heap refuses, or the body could not be written. What was thrown
  *         out by then is gone, in memory alone until the next save that
  *         succeeds.
  */

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "posix/posix_root.h"
+#include "qnstack/qn_fs_comm_tools.h"
 #include "support/captured_output.h"
 #include "support/slot_table.h"
 
@@ -23,8 +24,8 @@ constexpr std::array<std::string_view, 3> kBlockingNetwork = {"connect", "send",
 // The library carries these on itself, or nothing is lost by them.
 constexpr std::array<std::string_view, 5> kCarriedOn = {"read", "write", "flock", "openat2",
                                                         "close"};
-constexpr std::array<std::string_view, 6> kOtherInterruptible = {"open",  "openat", "fsync",
-                                                                 "fcntl", "pwrite", "ftruncate"};
+constexpr std::array<std::string_view, 5> kOtherInterruptible = {"open", "openat", "fsync", "fcntl",
+                                                                 "ftruncate"};
 
 template <typename Set>
 bool IsIn(const Set &names, std::string_view name) {
@@ -52,6 +53,9 @@ bool MetARefusal(const Names &names, const CallFault &fault) {
   return std::any_of(first, end, [](std::string_view name) { return IsIn(kHeap, name); });
 }
 
+// A save leaves one copy of a path with the log, until the next log text.
+void FreePathOfLog() { fnQNFS_printLog_param(nullptr, 0); }
+
 Run RunOnce(const ScenarioKind &kind, CallFault fault) {
   fault.most_failed_receives = kind.most_failed_receives;
   Run run;
@@ -59,9 +63,11 @@ Run RunOnce(const ScenarioKind &kind, CallFault fault) {
   const std::unique_ptr<Scenario> scenario = kind.make();
   scenario->Prepare();
   const int descriptors = OpenDescriptors();
+  FreePathOfLog();
   {
     CallFaults calls(kAllCalls, fault);
     scenario->Act();
+    FreePathOfLog();
     run.names = calls.Names();
     run.failures = calls.Failures();
     run.kept = calls.Heap().live;

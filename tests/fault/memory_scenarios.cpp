@@ -108,7 +108,7 @@ class Sort : public Scenario {
 
 std::vector<ScenarioKind> MemoryScenarios() {
   return {
-      {.name = "charsets", .make = std::make_unique<Charsets>, .kept_blocks = 1},
+      {.name = "charsets", .make = std::make_unique<Charsets>},
       {.name = "sort", .make = std::make_unique<Sort>},
   };
 }

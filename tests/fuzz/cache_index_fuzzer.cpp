@@ -35,9 +35,6 @@ constexpr int kMostSteps = 24;
 constexpr uint32_t kHeadroom = 10000;
 constexpr int32_t kEntryLimit = 200;
 constexpr int32_t kSizeLimit = 1048576;
-// The log keeps the source's name, once when a save begins and once when it
-// ends.
-constexpr std::size_t kLogBlock = sizeof "qnstack/qnfs/common/src/qn_fs_file_record";
 
 enum class Action {
   kSave,
@@ -141,8 +138,6 @@ class CacheAndModel {
     ExpectSame();
   }
 
-  int Saves() const { return saves_; }
-
  private:
   void LoadModel() {
     model_.clear();
@@ -176,7 +171,7 @@ class CacheAndModel {
     const auto old = Found(url);
     if (old != model_.end()) TakeOff(*old);
     std::erase_if(model_, [this](const CachedAnswer &answer) {
-      const bool stale = Wrapped(int64_t{answer.expires} - kNow) <= 99;
+      const bool stale = int64_t{answer.expires} - kNow <= 99;
       if (stale) TakeOff(answer);
       return stale;
     });
@@ -278,7 +273,6 @@ class CacheAndModel {
   }
 
   void ExpectIndexSaved() {
-    ++saves_;
     qntest::FieldWriter writer(static_cast<uint32_t>(index_before_.size()) + kHeadroom);
     for (const CachedAnswer &answer : model_) {
       writer.Put(answer.url, answer.url != "\n");
@@ -311,13 +305,11 @@ class CacheAndModel {
   std::string index_before_;
   int32_t items_ = 0;
   int32_t size_ = 0;
-  int saves_ = 0;
 };
 
-int SavesIn(const std::string &index, const std::vector<Step> &steps) {
+void Try(const std::string &index, const std::vector<Step> &steps) {
   CacheAndModel both(index);
   for (const Step &step : steps) both.Do(step);
-  return both.Saves();
 }
 
 }  // namespace
@@ -333,8 +325,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const std::string index = input.ConsumeRemainingBytesAsString();
   const qntest::ScriptedClock clock({.year = 2009, .month = 6, .day = 15, .hour = 12});
   qntest::KeptBlocks kept;
-  const int saves = SavesIn(index, steps);
-  EXPECT_EQ(kept.Release(),
-            std::vector<std::size_t>(2 * static_cast<std::size_t>(saves), kLogBlock));
+  Try(index, steps);
+  EXPECT_EQ(kept.Release(), std::vector<std::size_t>{});
   return 0;
 }

@@ -29,7 +29,6 @@ constexpr char kName[] = "/records";
 constexpr char kBackup[] = "/records.bak";
 constexpr uint32_t kHeadroom = 10000;
 constexpr int kMostSteps = 10;
-constexpr std::size_t kLogBlock = sizeof "qnstack/qnfs/common/src/qn_fs_file_record";
 
 enum class Action { kAdd, kLoad, kLoadInFront, kSave, kSaveBackwards, kAppend };
 
@@ -96,8 +95,6 @@ class RecordsAndModel {
     has_backup_ = unfinished;
   }
 
-  int Saves() const { return saves_; }
-
  private:
   void Load(bool in_front) {
     if (has_backup_) file_ = backup_;
@@ -128,7 +125,6 @@ class RecordsAndModel {
   // The file as a save leaves it; gives what the save must give. A save puts
   // away what an unfinished one left.
   int32_t Saved(const Texts &texts) {
-    ++saves_;
     has_backup_ = false;
     file_ = Image(texts, file_.size() + kHeadroom);
     return 1;
@@ -146,14 +142,12 @@ class RecordsAndModel {
   std::string file_;
   std::string backup_;
   bool has_backup_ = false;
-  int saves_ = 0;
 };
 
-int SavesIn(const std::string &file, int kind, const std::vector<Step> &steps) {
+void Try(const std::string &file, int kind, const std::vector<Step> &steps) {
   RecordsAndModel both;
   both.Start(file, kind != 0, kind == 2);
   for (const Step &step : steps) both.Do(step);
-  return both.Saves();
 }
 
 }  // namespace
@@ -171,8 +165,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   std::string file = input.ConsumeRemainingBytesAsString();
   if (kind == 2) file = qntest::Repeated(file, kHeadroom + 100);
   qntest::KeptBlocks kept;
-  const int saves = SavesIn(file, kind, steps);
-  EXPECT_EQ(kept.Release(),
-            std::vector<std::size_t>(2 * static_cast<std::size_t>(saves), kLogBlock));
+  Try(file, kind, steps);
+  EXPECT_EQ(kept.Release(), std::vector<std::size_t>{});
   return 0;
 }

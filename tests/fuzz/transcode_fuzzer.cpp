@@ -36,10 +36,16 @@ Exact<T> ExactUnits(std::string_view bytes) {
   return units;
 }
 
+// An odd length gives the same, as the byte behind it is read too.
 void TryStream(std::string_view bytes, bool big_endian) {
+  bytes.remove_suffix(bytes.size() % 2);
   const Exact<char> src = ExactCopy(bytes);
-  const Exact<char> out(3 * ((bytes.size() + 1) / 2) + 1);
-  (big_endian ? BigEndianUCS2toUTF8 : LitEndianUCS2toUTF8)(src.get(), src.length(), out.get());
+  const Exact<char> out(3 * (bytes.size() / 2) + 1);
+  const auto convert = big_endian ? BigEndianUCS2toUTF8 : LitEndianUCS2toUTF8;
+  if (!bytes.empty()) convert(src.get(), src.length() - 1, out.get());
+  const std::string of_odd_length(out.get(), out.size());
+  convert(src.get(), src.length(), out.get());
+  if (!bytes.empty()) EXPECT_STREQ(out.get(), of_odd_length.c_str());
   const std::string expected = qntest::ReferenceStream(bytes, big_endian);
   EXPECT_EQ(Filled(out, expected.size()), expected);
 }
@@ -129,7 +135,7 @@ void TryDecoding(uint32_t charset, std::string_view bytes) {
     EXPECT_EQ(length, src.length());
   }
   fnCharSet_CharSetFreeStringBuf(result);
-  EXPECT_EQ(kept.Release().size(), !decodes && !bytes.empty() ? 1U : 0U);
+  EXPECT_EQ(kept.Release().size(), 0U);
 }
 
 // A negative length is an empty text, whatever the source.

@@ -27,8 +27,6 @@ int __real_openat(int folder, const char *name, int flags, ...);
 long __real_syscall(long number, ...);
 ssize_t __real_read(int fd, void *bytes, size_t count);
 ssize_t __real_write(int fd, const void *bytes, size_t count);
-ssize_t __real_pread(int fd, void *bytes, size_t count, off_t position);
-ssize_t __real_pwrite(int fd, const void *bytes, size_t count, off_t position);
 int __real_fsync(int fd);
 int __real_ftruncate(int fd, off_t size);
 int __real_renameat(int from_folder, const char *from, int to_folder, const char *to);
@@ -51,7 +49,7 @@ namespace {
 FileFaults *active = nullptr;
 
 bool TakesSpace(std::string_view name) {
-  constexpr std::array<std::string_view, 4> kTaking = {"write", "pwrite", "fsync", "mkdirat"};
+  constexpr std::array<std::string_view, 3> kTaking = {"write", "fsync", "mkdirat"};
   return std::find(kTaking.begin(), kTaking.end(), name) != kTaking.end();
 }
 
@@ -180,16 +178,6 @@ ssize_t __wrap_read(int fd, void *bytes, size_t count) {
 
 ssize_t __wrap_write(int fd, const void *bytes, size_t count) {
   return FileCalls::Move("write", count, [=](size_t n) { return __real_write(fd, bytes, n); });
-}
-
-ssize_t __wrap_pread(int fd, void *bytes, size_t count, off_t position) {
-  return FileCalls::Move("pread", count,
-                         [=](size_t n) { return __real_pread(fd, bytes, n, position); });
-}
-
-ssize_t __wrap_pwrite(int fd, const void *bytes, size_t count, off_t position) {
-  return FileCalls::Move("pwrite", count,
-                         [=](size_t n) { return __real_pwrite(fd, bytes, n, position); });
 }
 
 int __wrap_fsync(int fd) {

@@ -6,7 +6,7 @@
 set(qnstack_wide_calls "")
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(qnstack_wide_calls
-    open=open64 openat=openat64 pread=pread64 pwrite=pwrite64 ftruncate=ftruncate64
+    open=open64 openat=openat64 ftruncate=ftruncate64
     readdir=readdir64 fstat=__fstat64_time64 fstatat=__fstatat64_time64 fcntl=__fcntl_time64
     time=__time64 localtime_r=__localtime64_r setsockopt=__setsockopt64)
 endif()

@@ -2,8 +2,10 @@
 #include <gtest/gtest.h>
 #include <iconv.h>
 
+#include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <random>
@@ -98,6 +100,53 @@ TEST(CharSetDecode, Ucs2OfEveryLength) {
     for (char &byte : bytes) byte = static_cast<char>(1 + random() % 255);
     EXPECT_EQ(Decode(kUcs2, "\xFE\xFF" + bytes), UpToZero(ReferenceStream(bytes, true)));
     EXPECT_EQ(Decode(kUcs2, "\xFF\xFE" + bytes), UpToZero(ReferenceStream(bytes, false)));
+  }
+}
+
+TEST(CharSetDecode, Ucs2ReadsNothingBehindAnOddLength) {
+  int32_t length = 3;
+  char *result = fnCharSet_DecodeString2Local(kUcs2, "\xFE\xFF\x4E\x2D", &length);
+
+  EXPECT_STREQ(result, "\xE4\xB8\x80") << "not the byte behind it";
+  fnCharSet_CharSetFreeStringBuf(result);
+}
+
+TEST(CharSetDecode, Ucs2WithoutAMarkLeavesNothingOnTheHeap) {
+  const FailingHeap heap(FailingHeap::kCountOnly);
+  int32_t length = 4;
+
+  EXPECT_EQ(fnCharSet_DecodeString2Local(kUcs2, "abcd", &length), nullptr);
+
+  EXPECT_EQ(heap.LiveBlocks(), 0);
+}
+
+// What the heap gives next of that size is not zero.
+void DirtyTheHeap(std::size_t size) {
+  std::array<void *, 8> blocks = {};
+  for (void *&block : blocks) block = std::memset(std::malloc(size), 0x55, size);
+  for (void *block : blocks) std::free(block);
+}
+
+TEST(CharSetDecode, ResultIsZeroBehindItsEnd) {
+  struct Case {
+    uint32_t charset;
+    std::string source;
+    std::size_t area;
+  };
+  const Case cases[] = {{kUtf8, "abcdefgh", 9},
+                        {kLatin1, "abcdefgh", 17},
+                        {kUcs2, std::string("\xFE\xFF\0a\0b\0c", 8), 16},
+                        {kUtf16, std::string("\xFE\xFF\0a\0b\0c", 8), 16}};
+  for (const Case &c : cases) {
+    auto length = static_cast<int32_t>(c.source.size());
+    DirtyTheHeap(c.area);
+
+    char *result = fnCharSet_DecodeString2Local(c.charset, c.source.data(), &length);
+
+    const auto end = static_cast<std::size_t>(length);
+    EXPECT_EQ(std::string(result + end, c.area - end), std::string(c.area - end, '\0'))
+        << c.charset;
+    fnCharSet_CharSetFreeStringBuf(result);
   }
 }
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -231,6 +232,17 @@ TEST_F(QnFsBufferSave, WithoutANameOrRecordTouchesNothing) {
   EXPECT_EQ(fnQNFS_Append_Buffer_To_File(kName, nullptr), 0);
 
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
+}
+
+TEST_F(QnFsBufferSave, OfAPositionWithoutALengthFails) {
+  TypedBuffer buffer(8);
+  Files().Write(kName, "old");
+  buffer->pos = std::numeric_limits<int32_t>::max();
+
+  EXPECT_EQ(fnQNFS_Write_Buffer_To_File(kName, buffer.get()), 0);
+  EXPECT_EQ(fnQNFS_Append_Buffer_To_File(kName, buffer.get()), 0);
+
+  EXPECT_EQ(Files().Content(kName), "old");
 }
 
 TEST_F(QnFsBufferSave, LeavesNothingOnTheHeap) {

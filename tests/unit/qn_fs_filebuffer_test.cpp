@@ -9,6 +9,7 @@
 #include <limits>
 #include <string>
 
+#include "qnstack/qn_share_mem.h"
 #include "support/typed_buffer.h"
 
 namespace {
@@ -37,6 +38,31 @@ TEST(QnFsBufferInit, OfNoCapacityIsAtItsEnd) {
 
   EXPECT_THAT(buffer.Places(), Pair(-1, -1));
   EXPECT_EQ(fnQNFS_Buffer_IsEnd(buffer.get()), 1);
+}
+
+TEST(QnFsBufferInit, OfTheLargestCapacityIsReadAsAnyOther) {
+  char storage[] = "abc";
+  QNFSBuffer record = {nullptr, 5, 6};
+
+  fnQNFS_Init_Buffer(&record, 0x80000000U);
+  EXPECT_EQ(record.pos, -1);
+  EXPECT_EQ(record.last, kHighest);
+  record.data = storage;
+  char *field = fnQNFS_Buffer_ReadString(&record);
+
+  EXPECT_STREQ(field, "abc");
+  EXPECT_EQ(record.pos, 3);
+  fnQN_Free(&field);
+}
+
+TEST(QnFsBufferWrite, PositionsWrapBehindTheHighest) {
+  TypedBuffer buffer(8);
+  buffer->pos = kHighest;
+  buffer->last = kHighest;
+
+  fnQNFS_Buffer_WriteString(buffer.get(), nullptr, 0);
+
+  EXPECT_THAT(buffer.Places(), Pair(kLowest, kHighest));
 }
 
 TEST(QnFsBufferInit, TakesNullAndMissingStorage) {

@@ -102,10 +102,8 @@ TEST_F(QnFsIniLoad, AsksForTheSizeBeforeItLooksAtTheList) {
 
 TEST_F(QnFsIniLoad, WithoutRoomForTheFileLeavesTheList) {
   SettingsList list{{"a", "x"}};
-  for (const int32_t size : {std::numeric_limits<int32_t>::max(), -10001}) {
-    FilePort().Answer("getFileSize", size);
-    fnQNFS_Load_INI_To_List(kName, list.get());
-  }
+  FilePort().Answer("getFileSize", std::numeric_limits<int32_t>::max());
+  fnQNFS_Load_INI_To_List(kName, list.get());
   {
     FailingHeap heap(1);
     fnQNFS_Load_INI_To_List(kName, list.get());

@@ -133,14 +133,6 @@ TEST_F(QnCacheCorruptIndex, LoadsNothingButZeros) {
   EXPECT_EQ(Held(), std::vector<CachedAnswer>(100, CachedAnswer{.url = "", .label = ""}));
 }
 
-TEST_F(QnCacheCorruptIndex, WithoutARecordAnEntryIsEmpty) {
-  void *entry = qn::fnQNStack_Cache_Read_Record(nullptr);
-  ASSERT_NE(entry, nullptr);
-  EXPECT_EQ(static_cast<QNCacheEntry *>(entry)->url, nullptr);
-  EXPECT_EQ(static_cast<QNCacheEntry *>(entry)->size, 1);
-  qn::fnQNStack_Cache_FreeNode(&entry);
-}
-
 TEST_F(QnCacheCorruptIndex, EndsBeforeTheEntryThatTheHeapRefuses) {
   const std::string three = IndexOf(kThree);
   int refusals = 1;

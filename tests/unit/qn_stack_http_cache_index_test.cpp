@@ -50,7 +50,7 @@ TEST_F(QnCacheIndex, CountsOnBeyond32BitsByWrapping) {
   QNCacheEntry entry = {};
   entry.size = -1;
 
-  qn::CountIn(entry);
+  qn::CountCacheEntry(entry);
 
   EXPECT_EQ(qn::http_cache_items, kLeast);
   EXPECT_EQ(qn::http_cache_size, kMost);

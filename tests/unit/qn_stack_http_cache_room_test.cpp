@@ -43,12 +43,11 @@ TEST_F(QnCacheRoom, PurgesWhatExpiresWithin99Seconds) {
     int32_t expires;
     bool stays;
   };
-  // The difference to now is taken in 32 bits: it wraps for what lies more than
-  // 2^31 seconds ahead or behind.
+  // What lies more than 2^31 seconds ahead, as a date of 2037 does, stays.
   constexpr Case kCases[] = {
-      {kNow - 1, false},         {kNow, false},  {kNow + 99, false},
-      {kNow + 100, true},        {0, true},      {kNow + kMost, true},
-      {kNow + kMost + 1, false}, {kMost, false}, {kLeast, false},
+      {kNow - 1, false},        {kNow, false}, {kNow + 99, false},
+      {kNow + 100, true},       {0, true},     {kNow + kMost, true},
+      {kNow + kMost + 1, true}, {kMost, true}, {kLeast, false},
   };
   for (const Case &c : kCases) {
     ResetCache();
@@ -61,6 +60,17 @@ TEST_F(QnCacheRoom, PurgesWhatExpiresWithin99Seconds) {
     EXPECT_EQ(qn::http_cache_items, c.stays ? 2 : 1) << c.expires;
     EXPECT_EQ(qn::http_cache_size, c.stays ? 11 : 1) << c.expires;
   }
+}
+
+TEST_F(QnCacheRoom, KeepsWhatItsHeaderLetsExpireIn2037) {
+  fnQNStack_Cache_InitTime();
+  fnQNStack_Cache_ParseCacheTime("Expires: Thu, 31 Dec 2037 23:55:55 GMT");
+  EXPECT_EQ(Save("u", 1, fnQNStack_Cache_getExpired()), 1);
+
+  EXPECT_EQ(Save("new"), 1);
+
+  EXPECT_THAT(HeldUrls(), ElementsAre("new", "u"));
+  EXPECT_NE(fnQNStack_Cache_FindbyUrl_NoExpired("u"), nullptr);
 }
 
 TEST_F(QnCacheRoom, PurgesFromTheHeadOnWhereverTheyStand) {

@@ -86,12 +86,10 @@ TEST_F(QnCacheSave, KeepsAnEmptyLabelAndAnEmptyBody) {
   EXPECT_EQ(Body(kFileNoOfNow), "");
 }
 
-TEST_F(QnCacheSave, KeepsAnAnswerWithoutAUrlWhereNoLookupFindsIt) {
-  EXPECT_EQ(fnQNStack_Cache_Save(nullptr, nullptr, "body", 4, kFresh, 0), 1);
+TEST_F(QnCacheSave, RefusesANullUrl) {
+  EXPECT_EQ(fnQNStack_Cache_Save(nullptr, nullptr, "body", 4, kFresh, 0), 0);
 
-  EXPECT_EQ(fnQNStack_Cache_FindbyUrl(nullptr), nullptr);
-  EXPECT_EQ(fnQNStack_Cache_FindbyUrl(""), nullptr);
-  EXPECT_EQ(IndexFile(), IndexOf({Saved("", 4)}));
+  EXPECT_THAT(FilePort().Calls(), testing::IsEmpty());
 }
 
 TEST_F(QnCacheSave, PutsTheNewEntryInFrontAndCountsIt) {

@@ -115,7 +115,7 @@ TEST_F(QnCacheStore, FreeNodeLeavesTheVariable) {
   const void *before = variable;
   FailingHeap heap(FailingHeap::kCountOnly);
 
-  qn::fnQNStack_Cache_FreeNode(&variable);
+  qn::FreeCacheEntry(&variable);
 
   EXPECT_EQ(variable, before);
   EXPECT_EQ(heap.Frees(), 3);
@@ -125,8 +125,8 @@ TEST_F(QnCacheStore, FreeNodeTakesNulls) {
   void *variable = nullptr;
   FailingHeap heap(FailingHeap::kCountOnly);
 
-  qn::fnQNStack_Cache_FreeNode(nullptr);
-  qn::fnQNStack_Cache_FreeNode(&variable);
+  qn::FreeCacheEntry(nullptr);
+  qn::FreeCacheEntry(&variable);
 
   EXPECT_EQ(heap.Frees(), 0);
 }
@@ -143,21 +143,19 @@ TEST_F(QnCacheStore, NamesBodiesByTheirNumber) {
                              {kMost, "/wap/ca/2147483647"},
                              {kLeast, "/wap/ca/-2147483648"}};
   for (const Case &c : kCases) {
-    std::array<char, 50> name = {};
+    const qn::BodyName name(c.file_no);
 
-    qn::init_node_filename(c.file_no, name.data());
-
-    EXPECT_STREQ(name.data(), c.name);
+    EXPECT_STREQ(name.Text(), c.name);
   }
 }
 
 TEST_F(QnCacheStore, DeletesABodyAndTakesItOffTheCountersOnly) {
   Start(kTwo);
-  const auto *entry = static_cast<const QNCacheEntry *>(qn::http_cache_list->head->data);
+  const auto &entry = *static_cast<const QNCacheEntry *>(qn::http_cache_list->head->data);
 
-  EXPECT_EQ(qn::delete_node_filename(entry), 1);
+  EXPECT_EQ(qn::DeleteCacheBody(entry), 1);
   ExpectCounters(1, 80);
-  EXPECT_EQ(qn::delete_node_filename(entry), 0);
+  EXPECT_EQ(qn::DeleteCacheBody(entry), 0);
   ExpectCounters(0, -40);
 
   EXPECT_THAT(FilePort().Calls(),
@@ -231,19 +229,6 @@ TEST_F(QnCacheStore, DeleteAllGivesTheResultOfTheIndexAlone) {
 
   FilePort().Fail("DelAllFiles");
   EXPECT_EQ(fnQNStack_Cache_Delete_All(), 1);
-}
-
-TEST_F(QnCacheStore, ComparesUrlsExactlyAndFileNumbersByValue) {
-  std::string lower = "u";
-  std::string upper = "U";
-  const QNCacheEntry a = {lower.data(), nullptr, 7, 0, 0, 0, 0};
-  const QNCacheEntry b = {upper.data(), nullptr, 7, 0, 0, 0, 0};
-  const QNCacheEntry c = {lower.data(), nullptr, -7, 0, 0, 0, 0};
-
-  EXPECT_NE(qn::fnQNStack_Cache_Compare(&a, &b), 0);
-  EXPECT_EQ(qn::fnQNStack_Cache_Compare(&a, &c), 0);
-  EXPECT_EQ(qn::fnQNStack_Cache_Compare_FileID(&a, &b), 0);
-  EXPECT_NE(qn::fnQNStack_Cache_Compare_FileID(&a, &c), 0);
 }
 
 TEST_F(QnCacheStore, KeepsAnyMode) {

@@ -71,9 +71,13 @@ using ConvertStream = void (*)(const void *, int32_t, char *);
 
 inline std::string FromStream(std::string_view bytes, ConvertStream convert) {
   if (!CanBeConverted(bytes.size())) return {};
+  // Of an odd length the converters read one byte more. A copy has a zero there.
+  const bool odd = bytes.size() % 2 != 0;
+  const std::string copy(odd ? bytes : std::string_view());
+  const char *source = odd ? copy.c_str() : bytes.data();
   const std::size_t units = bytes.size() / 2 + bytes.size() % 2;
   return Converted<std::string>(units * kBytesPerUnit, [&](char *out) {
-    convert(bytes.data(), LengthOf(bytes.size()), out);
+    convert(source, LengthOf(bytes.size()), out);
   });
 }
 
@@ -83,7 +87,7 @@ inline std::string FromStream(std::string_view bytes, ConvertStream convert) {
 /**
  * Converts big-endian UCS-2 bytes to UTF-8 by BigEndianUCS2toUTF8(). Characters
  * from U+0400 to U+07FF lose a bit (U+0410 gives C0 90), surrogates are encoded
- * one by one, and a missing last byte counts as 0.
+ * one by one, and of an odd length the missing last byte counts as 0.
  *
  * @param bytes the bytes, without a byte-order mark: one is converted as a
  *        character.

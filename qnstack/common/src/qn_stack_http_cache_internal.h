@@ -11,56 +11,48 @@
 
 namespace qn {
 
-// The freshness facts of the answer that is being parsed.
+// What the header of the response that is being parsed says of its freshness.
 struct CacheTime {
-  int32_t cacheable;  // 0: the answer must not be kept
-  int32_t expires;    // absolute, as the three below; 0 for none
-  int32_t max_age;    // a lifetime in seconds; the later header line wins
+  int32_t cacheable;  // 0: the response must not be kept
+  int32_t expires;    // a time; 0 for none, as in the fields below
+  int32_t max_age;    // a lifetime in seconds; the later header field wins
   int32_t last_modified;
   int32_t date;
 };
 
 inline constexpr char kCacheFolder[] = "/wap/ca/";
 inline constexpr char kCacheIndex[] = "/wap/ca/ca.txt";
-inline constexpr std::size_t kBodyNameBytes = 50;
 
 extern QNList *http_cache_list;   // the index; null until first used
-extern int32_t http_cache_items;  // entries, as the cache counts them
-extern int32_t http_cache_size;   // bytes of their bodies, counted likewise
+extern int32_t http_cache_items;  // number of entries, as the cache counts them
+extern int32_t http_cache_size;   // sum of their sizes, as the cache counts them
 extern CacheTime cache_time;
 extern int32_t http_cache_state;  // the application's mode
 
-// One entry out of and into the index file.
-void *fnQNStack_Cache_Read_Record(QNFSBuffer *record);
-void fnQNStack_Cache_Write_Record(QNFSBuffer *record, void *entry);
+// The read and write functions of the index file.
+void *ReadCacheEntry(QNFSBuffer *record);
+void WriteCacheEntry(QNFSBuffer *record, void *entry);
 
-// Releases the entry that the variable at `address` holds; the variable keeps
+// Frees the entry that the variable at `address` points to. The variable keeps
 // its value.
-void fnQNStack_Cache_FreeNode(void *address);
-
-// Compare by URL, and by the number of the body file.
-int fnQNStack_Cache_Compare(const void *key, const void *stored);
-int fnQNStack_Cache_Compare_FileID(const void *key, const void *stored);
-
-// Writes the name of a body file into `name` of kBodyNameBytes bytes.
-void init_node_filename(int32_t file_no, char *name);
+void FreeCacheEntry(void *address);
 
 // The name of a body file.
 class BodyName {
  public:
-  explicit BodyName(int32_t file_no) { init_node_filename(file_no, name_.data()); }
-  const char *Text() const { return name_.data(); }
+  explicit BodyName(int32_t file_no);
+  const char *Text() const { return text_.data(); }
 
  private:
-  std::array<char, kBodyNameBytes> name_ = {};
+  std::array<char, 50> text_ = {};
 };
 
-// Counts an entry in.
-void CountIn(const QNCacheEntry &entry);
+// Adds an entry to the counters.
+void CountCacheEntry(const QNCacheEntry &entry);
 
-// Deletes an entry's body file and takes the entry off the counters; the list
-// is the caller's to change. Gives what the deletion gave.
-int32_t delete_node_filename(const QNCacheEntry *entry);
+// Deletes an entry's body file and takes the entry off the counters. The caller
+// takes it off the list. Returns what fnQNFS_DeleteFile() returned.
+int32_t DeleteCacheBody(const QNCacheEntry &entry);
 
 // Rewrites the index file; 1 saved, 0 not.
 int32_t SaveCacheIndex();

@@ -1,7 +1,6 @@
-// What goes into the cache, what is thrown out for it, and how an entry is
-// found again. Owns nothing; the store has the index.
+// What goes into the cache, what is thrown out for it, and how an entry is found
+// again. Applications call it around their transfers.
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <utility>
 
@@ -15,19 +14,27 @@
 
 namespace {
 
-constexpr int32_t kNearExpiry = 99;      // seconds; what expires sooner is purged
-constexpr int32_t kEntryLimit = 200;     // one place of them is kept free
-constexpr int32_t kSizeLimit = 1048576;  // bytes of all bodies
-constexpr int32_t kPromotionDepth = 99;  // hits behind this position are not moved
+constexpr int32_t kNearExpiry = 99;      // seconds; what expires by then is purged
+constexpr int32_t kEntryLimit = 200;     // after a save one entry fewer is held
+constexpr int32_t kSizeLimit = 1048576;  // bytes; all bodies together are smaller
+constexpr int32_t kPromotionDepth = 99;  // an entry behind this position is not moved
 constexpr char kNoLabel[] = "NULL";
 
 struct ReleaseEntry {
-  void operator()(QNCacheEntry *entry) const { qn::fnQNStack_Cache_FreeNode(&entry); }
+  void operator()(QNCacheEntry *entry) const { qn::FreeCacheEntry(&entry); }
 };
 using OwnedEntry = std::unique_ptr<QNCacheEntry, ReleaseEntry>;
 
-int32_t SecondsLeft(const QNCacheEntry &entry, int32_t now) {
-  return static_cast<int32_t>(static_cast<uint32_t>(entry.expires) - static_cast<uint32_t>(now));
+const QNCacheEntry &EntryOf(const void *element) {
+  return *static_cast<const QNCacheEntry *>(element);
+}
+
+int CompareUrls(const void *key, const void *stored) {
+  return fnQN_STRCMP(EntryOf(key).url, EntryOf(stored).url);
+}
+
+int CompareFileNumbers(const void *key, const void *stored) {
+  return EntryOf(key).file_no == EntryOf(stored).file_no ? 0 : 1;
 }
 
 // The body of a save. It may be a string of an entry that the save throws out;
@@ -39,15 +46,14 @@ struct Body {
 };
 
 bool IsWithin(const char *text, const void *address) {
-  const std::less_equal<const char *> not_behind;
-  const auto *byte = static_cast<const char *>(address);
-  return text != nullptr && not_behind(text, byte) && not_behind(byte, text + fnQN_STRLEN(text));
+  const uintptr_t offset = reinterpret_cast<uintptr_t>(address) - reinterpret_cast<uintptr_t>(text);
+  return text != nullptr && offset <= fnQN_STRLEN(text);
 }
 
 // Throws out an entry: its body file, its place in the list, and the record.
 void Evict(QNListNode *node, Body *body) {
   OwnedEntry entry(static_cast<QNCacheEntry *>(node->data));
-  qn::delete_node_filename(entry.get());
+  qn::DeleteCacheBody(*entry);
   fnQNList_Remove(qn::http_cache_list, node);
   const bool holds_body = IsWithin(entry->url, body->bytes) || IsWithin(entry->label, body->bytes);
   if (holds_body) body->holder = std::move(entry);
@@ -57,21 +63,19 @@ void PurgeNearExpiry(int32_t now, Body *body) {
   QNListNode *next = nullptr;
   for (QNListNode *node = fnQNList_BeginIter(qn::http_cache_list); node != nullptr; node = next) {
     next = node->next;
-    if (SecondsLeft(*static_cast<QNCacheEntry *>(node->data), now) <= kNearExpiry) {
-      Evict(node, body);
-    }
+    if (int64_t{EntryOf(node->data).expires} - now <= kNearExpiry) Evict(node, body);
   }
 }
 
-// The counters can drift from the list: a URL that is saved again is taken off
-// twice. They decide all the same.
+// The counters decide, though they can differ from the list: an entry whose URL
+// is saved again is taken off them twice.
 bool HasRoomFor(int32_t length) {
   const int64_t free_items = int64_t{kEntryLimit} - qn::http_cache_items;
   return free_items > 1 && length < int64_t{kSizeLimit} - qn::http_cache_size;
 }
 
-// Throws out the oldest entries until there is room; false if there is none in
-// an empty cache.
+// Throws out the oldest entries until there is room; false if there is none even
+// in an empty cache.
 bool MakeRoom(Body *body) {
   while (!HasRoomFor(body->length)) {
     QNListNode *oldest = fnQNList_EndIter(qn::http_cache_list);
@@ -85,8 +89,7 @@ bool MakeRoom(Body *body) {
 int32_t FreeFileNumber() {
   QNCacheEntry key = {};
   key.file_no = fnQNFS_getRandom();
-  while (fnQNList_CompareFind(qn::http_cache_list, &key, qn::fnQNStack_Cache_Compare_FileID) !=
-         nullptr) {
+  while (fnQNList_CompareFind(qn::http_cache_list, &key, CompareFileNumbers) != nullptr) {
     ++key.file_no;
   }
   return key.file_no;
@@ -96,32 +99,32 @@ QNListNode *FindNode(const char *url) {
   if (fnQNFS_http_cache_list() == nullptr) return nullptr;
   QNCacheEntry key = {};
   key.url = const_cast<char *>(url);
-  return fnQNList_CompareFind(qn::http_cache_list, &key, qn::fnQNStack_Cache_Compare);
+  return fnQNList_CompareFind(qn::http_cache_list, &key, CompareUrls);
 }
 
-// A new entry with copies of its strings, which may be those of an entry that
-// is about to be thrown out; null when the heap refuses.
+// A new entry with copies of both strings; null when the heap refuses.
 OwnedEntry NewEntry(const char *url, const char *label) {
   OwnedEntry entry(qn::NewRecord<QNCacheEntry>());
   if (entry == nullptr) return nullptr;
   entry->url = fnQNStack_StrDup(url);
   entry->label = fnQNStack_StrDup(label != nullptr ? label : kNoLabel);
-  const bool complete = (entry->url != nullptr || url == nullptr) && entry->label != nullptr;
-  return complete ? std::move(entry) : nullptr;
+  return entry->url != nullptr && entry->label != nullptr ? std::move(entry) : nullptr;
 }
 
 }  // namespace
 
 int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *body, int32_t length,
                              int32_t expires, int32_t tag) {
+  if (url == nullptr) return 0;
   Body saved = {body, length, nullptr};
+  // The strings are copied first: they may be those of an entry that is thrown out.
   OwnedEntry entry = NewEntry(url, label);
   const QNListNode *old = FindNode(url);
   if (entry == nullptr || qn::http_cache_list == nullptr) return 0;
 
   // The old entry stays in the list, behind the new one, until it is thrown
   // out and taken off the counters once more.
-  if (old != nullptr) qn::delete_node_filename(static_cast<const QNCacheEntry *>(old->data));
+  if (old != nullptr) qn::DeleteCacheBody(EntryOf(old->data));
   PurgeNearExpiry(fnQNFS_getLocalTime(), &saved);
   if (!MakeRoom(&saved)) return 0;
 
@@ -133,11 +136,11 @@ int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *bod
   const qn::BodyName name(entry->file_no);
   if (fnQNFS_WriteToFile(body, length, name.Text()) == -1) return 0;
   if (fnQNList_AddFront(qn::http_cache_list, entry.get()) == nullptr) {
-    // Without its entry the body would stay until all are deleted.
+    // Without an entry nothing but fnQNStack_Cache_Delete_All() would delete the file.
     fnQNFS_DeleteFile(name.Text());
     return 0;
   }
-  qn::CountIn(*entry.release());  // the list's now
+  qn::CountCacheEntry(*entry.release());  // the list owns it from here on
   qn::SaveCacheIndex();
   return 1;
 }

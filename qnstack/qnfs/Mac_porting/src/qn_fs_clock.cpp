@@ -1,5 +1,6 @@
-// The clock: "now" in the system's raw fields, and numbers made of it. Owns
-// nothing but the knowledge that the time zone has been read.
+// The clock: "now" in the C library's raw fields, and seconds and random numbers
+// made of it, for the cache and applications. It keeps whether the time zone has
+// been read.
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
@@ -23,7 +24,7 @@ tm LocalNow() {
   return fields;
 }
 
-// Years since 1900 and months from 0, as they come.
+// Now, with years counted from 1900 and months from 0.
 QNTime RawNow() {
   const tm now = LocalNow();
   const auto field = [](int value) { return static_cast<uint32_t>(value); };

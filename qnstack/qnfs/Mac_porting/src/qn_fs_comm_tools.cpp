@@ -1,12 +1,12 @@
-// Small tools of the file services: timers (inert in this port), the callback
-// trampoline, the log's place, percent-decoding and digits. Owns the timer
-// list and the log's place.
+// Small tools of the file services, for record files, the cache and
+// applications: timers, which this port does not start, a callback, the log,
+// percent-decoding and digits. It keeps the list of timers, and the source path
+// and line of the log text that comes next.
 #include "qnstack/qn_fs_comm_tools.h"
-
-#include <cstring>
 
 #include "qn_fs_comm_tools_internal.h"
 #include "qnstack/qn_list.h"
+#include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_share_string.h"
 
 namespace {
@@ -19,7 +19,7 @@ constexpr int HexDigit(char digit) {
   return -1;
 }
 
-// Value of an escape's two digits; -1 if either is none.
+// Value of the two digits of an escape; -1 if one of them is no digit.
 constexpr int EscapeValue(char high, char low) {
   const int first = HexDigit(high);
   const int second = HexDigit(low);
@@ -28,7 +28,7 @@ constexpr int EscapeValue(char high, char low) {
 
 }  // namespace
 
-QNList *qn::fnQNFS_TimerList = nullptr;
+QNList *qn::timer_list = nullptr;
 char *qn::log_file = nullptr;
 int32_t qn::log_line = 0;
 
@@ -43,11 +43,11 @@ void fnQNFS_ReleaseTimerList(void) {}
 
 intptr_t fnQNFS_TimerCallback(uint32_t id) {
   QNListNode *next = nullptr;
-  for (QNListNode *node = fnQNList_BeginIter(qn::fnQNFS_TimerList); node != nullptr; node = next) {
+  for (QNListNode *node = fnQNList_BeginIter(qn::timer_list); node != nullptr; node = next) {
     next = node->next;
-    const auto *timer = static_cast<const qn::FsTimer *>(node->data);
+    const auto *timer = static_cast<const qn::Timer *>(node->data);
     if (timer == nullptr) {
-      fnQNList_Remove(qn::fnQNFS_TimerList, node);
+      fnQNList_Remove(qn::timer_list, node);
     } else if (timer->id == id) {
       return timer->function != nullptr ? timer->function(timer->argument) : 0;
     }
@@ -63,8 +63,9 @@ intptr_t fnQNFS_CallBackOper(const QNFSCallBack *record, intptr_t a1, intptr_t a
 
 void fnQNFS_printLog_param(const char *path, int32_t line) {
   const char *name = fnQN_STRRCHR(path, '\\');
-  // The copy before stays: a sink may still hold it.
-  qn::log_file = fnQN_STRDUP(name != nullptr ? name : path);
+  char *copy = fnQN_STRDUP(name != nullptr ? name : path);
+  fnQN_Free(&qn::log_file);
+  qn::log_file = copy;
   qn::log_line = line;
 }
 
@@ -109,7 +110,7 @@ int32_t fnQNFS_List_getPos(const QNList *list, const void *data) {
 int32_t fnQNFS_List_MoveToHead(QNList *list, void *data) {
   QNListNode *node = fnQNList_Find(list, data);
   if (node == nullptr) return -1;
-  // The new node comes first, so that a refused one costs no element.
+  // The new node comes first: if the heap refuses it, the list is as before.
   if (fnQNList_AddFront(list, data) == nullptr) return -1;
   fnQNList_Remove(list, node);
   return 0;

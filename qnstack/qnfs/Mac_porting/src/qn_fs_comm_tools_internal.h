@@ -10,15 +10,15 @@
 namespace qn {
 
 // One timer; the element of the timer list.
-struct FsTimer {
+struct Timer {
   QNFSTimerFunction function;
   intptr_t argument;
   uint32_t id;
 };
 
-extern QNList *fnQNFS_TimerList;  // null unless a port fills it
-extern char *log_file;            // source path of the log's place, or null
-extern int32_t log_line;          // source line of the log's place
+extern QNList *timer_list;  // null unless a port fills it
+extern char *log_file;      // source path of the log text that comes next, or null
+extern int32_t log_line;    // source line of that text
 
 }  // namespace qn
 

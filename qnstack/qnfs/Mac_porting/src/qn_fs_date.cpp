@@ -1,21 +1,32 @@
 // Dates: conversion between julian seconds and broken-down time, and calendar
-// arithmetic. Owns nothing. The offsets in here are part of the values that
-// files hold and stay as they are.
+// arithmetic, for the cache, the clock and applications. Files hold values made
+// by these conversions, so their offsets never change.
 #include <algorithm>
+#include <array>
 #include <numeric>
 
-#include "qn_fs_calendar.h"
 #include "qnstack/qn_fs_comm_tools.h"
 
 namespace {
 
+constexpr uint32_t kSecondsPerMinute = 60;
+constexpr uint32_t kSecondsPerHour = 3600;
+constexpr uint32_t kSecondsPerDay = 86400;
+constexpr uint32_t kHoursPerDay = 24;
+constexpr uint32_t kMonthsPerYear = 12;
+constexpr std::array<uint32_t, kMonthsPerYear> kDaysPerMonth = {31, 28, 31, 30, 31, 30,
+                                                                31, 31, 30, 31, 30, 31};
 constexpr uint32_t kFirstYear = 1970;
+constexpr uint32_t kLastYear = 65535;  // years are counted in 16 bits
 constexpr uint32_t kDaysPerYear = 365;
 constexpr uint32_t kDaysPerLeapCycle = 1461;
 constexpr uint32_t kLeapCycleOffset = 1095;
-constexpr uint32_t kLeapDayOfYear = 60;
 constexpr uint32_t kDaysPerWeek = 7;
 constexpr uint32_t kSecondsTo1980 = 315964800;  // 1970-01-01 to 1980-01-06
+
+constexpr bool IsLeapYear(uint32_t year) {
+  return year % 400 == 0 || (year % 4 == 0 && year % 100 != 0);
+}
 
 // Days of all years from year 0 to `year`, both included.
 constexpr uint32_t DaysThrough(uint32_t year) {
@@ -23,43 +34,29 @@ constexpr uint32_t DaysThrough(uint32_t year) {
   return kDaysPerYear * (year + 1) + leap_years;
 }
 
-constexpr uint32_t DaysFromTo(uint32_t first, uint32_t last) {
-  return DaysThrough(last) - (first == 0 ? 0 : DaysThrough(first - 1));
-}
-
-// Days of the years before `year`, walked downwards in 16 bits until 1970 has
-// been added: from below 1970 the walk goes through 0 and comes down from
-// 65535.
+// Days of the years from 1970 to the one before `year`. Where that one lies
+// before 1970, the count goes from 1970 to 65535 and on from year 0 to it.
 constexpr uint32_t DaysOfYearsBefore(uint32_t year) {
-  const uint32_t last = (year - 1) & 0xFFFFU;
-  if (last >= kFirstYear) return DaysFromTo(kFirstYear, last);
-  return DaysFromTo(0, last) + DaysFromTo(kFirstYear, 0xFFFFU);
+  const uint32_t last = (year - 1) & kLastYear;
+  const uint32_t days = DaysThrough(last) - DaysThrough(kFirstYear - 1);
+  return last < kFirstYear ? days + DaysThrough(kLastYear) : days;
 }
 
 // Days of the months before `month`, in a year that is no leap year.
 uint32_t DaysOfMonthsBefore(uint32_t month) {
-  const uint32_t months = month == 0 ? 0 : std::min(month - 1, qn::kMonthsPerYear);
-  return std::accumulate(qn::daysPerMonth.begin(), qn::daysPerMonth.begin() + months, 0U);
-}
-
-// Fills month and day from the 1-based day of a year without a leap day.
-void SetMonthAndDay(uint32_t day_of_year, QNTime *t) {
-  uint32_t month = 0;
-  while (day_of_year > qn::daysPerMonth[month]) day_of_year -= qn::daysPerMonth[month++];
-  t->month = month + 1;
-  t->day = day_of_year;
+  const uint32_t months = month == 0 ? 0 : std::min(month - 1, kMonthsPerYear);
+  return std::accumulate(kDaysPerMonth.begin(), kDaysPerMonth.begin() + months, 0U);
 }
 
 // Brings `day` into its month, month by month.
-void CarryDays(QNTime *t, uint32_t days_in_month) {
-  while (t->day > days_in_month) {
-    t->day -= days_in_month;
+void CarryDays(QNTime *t) {
+  for (uint32_t days = fnQNFS_DaysInMonth(t); t->day > days; days = fnQNFS_DaysInMonth(t)) {
+    t->day -= days;
     ++t->month;
-    if (t->month > qn::kMonthsPerYear) {
+    if (t->month > kMonthsPerYear) {
       ++t->year;
       t->month = 1;
     }
-    days_in_month = fnQNFS_DaysInMonth(t);
   }
 }
 
@@ -70,31 +67,26 @@ uint32_t end_time = 0;
 
 uint32_t JULIANTOSECONDS(const QNTime *t) {
   if (t == nullptr) return 0;
-  const uint32_t leap_day = qn::IsLeapYear(t->year) && t->month > 2 ? 1 : 0;
+  const uint32_t leap_day = IsLeapYear(t->year) && t->month > 2 ? 1 : 0;
   const uint32_t days = DaysOfYearsBefore(t->year) + leap_day + DaysOfMonthsBefore(t->month);
-  return (days + t->day) * qn::kSecondsPerDay + t->hour * qn::kSecondsPerHour +
-         t->minute * qn::kSecondsPerMinute + t->second;
+  return (days + t->day) * kSecondsPerDay + t->hour * kSecondsPerHour +
+         t->minute * kSecondsPerMinute + t->second;
 }
 
 void GETJULIANDATE(uint32_t seconds, QNTime *t) {
-  const uint32_t days = seconds / qn::kSecondsPerDay;
+  const uint32_t days = seconds / kSecondsPerDay;
   if (t == nullptr || (days + kLeapCycleOffset + 1) % kDaysPerLeapCycle == 0) return;
 
   const uint32_t common_days = days - (days + kLeapCycleOffset) / kDaysPerLeapCycle;
   const uint32_t day_of_year = common_days % kDaysPerYear + 1;
-  t->year = (kFirstYear + common_days / kDaysPerYear) & 0xFFFFU;
-  t->hour = seconds / qn::kSecondsPerHour % qn::kHoursPerDay;
-  t->minute = seconds / qn::kSecondsPerMinute % qn::kSecondsPerMinute;
-  t->second = seconds % qn::kSecondsPerMinute;
+  t->year = (kFirstYear + common_days / kDaysPerYear) & kLastYear;
+  t->month = 1;
+  t->day = day_of_year;
+  t->hour = seconds / kSecondsPerHour % kHoursPerDay;
+  t->minute = seconds / kSecondsPerMinute % 60;
+  t->second = seconds % kSecondsPerMinute;
   t->extra = day_of_year / kDaysPerWeek;
-
-  const bool leap_year = qn::IsLeapYear(t->year);
-  if (leap_year && day_of_year == kLeapDayOfYear) {
-    t->month = 2;
-    t->day = 29;
-    return;
-  }
-  SetMonthAndDay(leap_year && day_of_year > kLeapDayOfYear ? day_of_year - 1 : day_of_year, t);
+  CarryDays(t);
 }
 
 void fnQNFS_InitTimeStructure(QNTime *t) {
@@ -107,9 +99,9 @@ void fnQNFS_CopyTime(QNTime *t, uint32_t year, uint32_t month, uint32_t day, uin
 }
 
 uint32_t fnQNFS_DaysInMonth(const QNTime *t) {
-  if (t == nullptr || t->month == 0 || t->month > qn::kMonthsPerYear) return 0;
-  if (t->month == 2 && qn::IsLeapYear(t->year)) return 29;
-  return qn::daysPerMonth[t->month - 1];
+  if (t == nullptr || t->month == 0 || t->month > kMonthsPerYear) return 0;
+  if (t->month == 2 && IsLeapYear(t->year)) return 29;
+  return kDaysPerMonth[t->month - 1];
 }
 
 int32_t fnQNFS_Time_IsValid(uint32_t year, uint32_t month, uint32_t day, uint32_t hour,
@@ -147,9 +139,8 @@ void fnQNFS_TimeAdd(QNTime *t, uint32_t seconds) {
     ++t->hour;
   }
   if (t->hour > 23) {
-    const uint32_t days_in_month = fnQNFS_DaysInMonth(t);
-    t->day += t->hour / qn::kHoursPerDay;
-    t->hour %= qn::kHoursPerDay;
-    CarryDays(t, days_in_month);
+    t->day += t->hour / kHoursPerDay;
+    t->hour %= kHoursPerDay;
+    CarryDays(t);
   }
 }

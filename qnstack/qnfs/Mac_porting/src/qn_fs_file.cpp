@@ -1,6 +1,5 @@
-// The inert file port: every whole-file operation touches no file and reports
-// a fixed result, so that the layers above it take their failure paths. Owns
-// nothing.
+// The inert file port: every operation on whole files touches no file and
+// returns a fixed result, so that its callers take their failure paths.
 #include "qnstack/qn_fs_file.h"
 
 #include "qn_fs_file_port.h"

@@ -1,7 +1,6 @@
-// Names below the root directory. The kernel resolves them beneath the opened
-// root; where it cannot, they are walked component by component and no link is
-// followed at all. Owns nothing: the root is opened anew for each operation, so
-// that one which has gone is noticed.
+// Names below the root directory, for the POSIX file port. The kernel resolves
+// them beneath the root. Where it cannot, they are walked component by component
+// and no symbolic link is followed. The root is opened anew for each operation.
 #include "qn_fs_beneath.h"
 
 #include <linux/openat2.h>
@@ -18,8 +17,8 @@ namespace {
 constexpr mode_t kFileMode = 0600;
 constexpr mode_t kFolderMode = 0700;
 constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
-constexpr int kMostRaces = 16;  // with renames elsewhere, which the kernel asks to try again
-// Never wait for a FIFO, never take a terminal.
+constexpr int kMostTries = 16;  // where the kernel says that a rename came between
+// So that open() neither waits for a FIFO nor makes a terminal the process's own.
 constexpr int kRegularFlags = O_NONBLOCK | O_NOCTTY;
 
 bool HasParentComponent(std::string_view name) {
@@ -43,7 +42,7 @@ int OpenResolved(int root, const char *name, int flags) {
   how.flags = static_cast<unsigned>(flags | O_CLOEXEC);
   how.resolve = RESOLVE_BENEATH | RESOLVE_NO_MAGICLINKS;
   long fd = -1;
-  for (int races = 0; races < kMostRaces; ++races) {
+  for (int tries = 0; tries < kMostTries; ++tries) {
     fd = syscall(SYS_openat2, root, name, &how, sizeof how);
     if (fd >= 0 || (errno != EAGAIN && errno != EINTR)) break;
   }
@@ -72,7 +71,7 @@ int OpenWalked(int root, std::string_view name, int flags) {
 qn::Descriptor OpenIn(const qn::Descriptor &root, const qn::BeneathName &name, int flags) {
   const char *text = name.Text()[0] == '\0' ? "." : name.Text();
   int fd = OpenResolved(root.Get(), text, flags);
-  // A kernel without the call, or a sandbox that forbids it.
+  // ENOSYS comes from a kernel without openat2(), EPERM from a sandbox that forbids it.
   if (fd < 0 && (errno == ENOSYS || errno == EPERM)) fd = OpenWalked(root.Get(), text, flags);
   return qn::Descriptor(fd);
 }
@@ -81,16 +80,14 @@ bool IsRegularFile(const struct stat &status) { return S_ISREG(status.st_mode); 
 
 }  // namespace
 
-namespace qn {
-
-BeneathName::BeneathName(std::string_view name) {
+qn::BeneathName::BeneathName(std::string_view name) {
   name.remove_prefix(std::min(name.find_first_not_of('/'), name.size()));
   if (name.size() >= sizeof text_ || HasParentComponent(name)) return;
   std::memcpy(text_, name.data(), name.size());
   usable_ = true;
 }
 
-Descriptor OpenBeneath(const char *name, int flags) {
+qn::Descriptor qn::OpenBeneath(const char *name, int flags) {
   if (name == nullptr) return {};
   const BeneathName beneath(name);
   const Descriptor root = OpenRoot();
@@ -98,14 +95,14 @@ Descriptor OpenBeneath(const char *name, int flags) {
   return OpenIn(root, beneath, flags);
 }
 
-Descriptor OpenRegular(const char *name, int flags) {
+qn::Descriptor qn::OpenRegular(const char *name, int flags) {
   Descriptor file = OpenBeneath(name, flags | kRegularFlags);
   struct stat status = {};
   if (!file.IsOpen() || fstat(file.Get(), &status) != 0 || !IsRegularFile(status)) return {};
   return file;
 }
 
-Descriptor OpenOrCreateRegular(const char *name, int flags) {
+qn::Descriptor qn::OpenOrCreateRegular(const char *name, int flags) {
   Descriptor file = OpenRegular(name, flags);
   if (file.IsOpen()) return file;
   const Place place = FindPlace(name);
@@ -115,7 +112,7 @@ Descriptor OpenOrCreateRegular(const char *name, int flags) {
                            kFileMode));
 }
 
-Place FindPlace(const char *name) {
+qn::Place qn::FindPlace(const char *name) {
   Place place;
   if (name == nullptr) return place;
   const std::string_view text(name);
@@ -131,17 +128,17 @@ Place FindPlace(const char *name) {
   return place;
 }
 
-bool StatBeneath(const char *name, struct stat *status) {
+bool qn::StatBeneath(const char *name, struct stat *status) {
   const Descriptor file = OpenBeneath(name, O_PATH);
   return file.IsOpen() && fstat(file.Get(), status) == 0;
 }
 
-bool IsRegular(const char *name) {
+bool qn::IsRegular(const char *name) {
   struct stat status = {};
   return StatBeneath(name, &status) && IsRegularFile(status);
 }
 
-bool IsReplaceable(const char *name, const Place &place) {
+bool qn::IsReplaceable(const char *name, const Place &place) {
   struct stat status = {};
   if (fstatat(place.folder.Get(), place.base, &status, AT_SYMLINK_NOFOLLOW) != 0) {
     return errno == ENOENT;
@@ -149,25 +146,13 @@ bool IsReplaceable(const char *name, const Place &place) {
   return IsRegularFile(status) || IsRegular(name);
 }
 
-bool MakeFolders(std::string_view path) {
-  const BeneathName whole(path);
-  const Descriptor root = OpenRoot();
-  if (!whole.IsUsable() || !root.IsOpen()) return false;
-  Descriptor folder = OpenIn(root, BeneathName(""), kFolderFlags);
-  std::size_t end = 0;
-  while (folder.IsOpen() && end < whole.View().size()) {
-    const std::size_t start = end;
-    end = std::min(whole.View().find('/', start), whole.View().size());
-    const BeneathName component(std::string_view(whole.Text() + start, end - start));
-    const BeneathName so_far(std::string_view(whole.Text(), end));
-    if (component.Text()[0] != '\0' && mkdirat(folder.Get(), component.Text(), kFolderMode) != 0 &&
-        errno != EEXIST) {
-      return false;
-    }
-    folder = OpenIn(root, so_far, kFolderFlags);
-    ++end;
+bool qn::MakeFolders(std::string_view path) {
+  if (!BeneathName(path).IsUsable()) return false;
+  for (std::size_t end = 0; end < path.size(); ++end) {
+    end = std::min(path.find('/', end), path.size());
+    const Place place = FindPlace(BeneathName({path.data(), end}).Text());
+    if (place.IsFound()) mkdirat(place.folder.Get(), place.base, kFolderMode);
   }
-  return folder.IsOpen();
+  // What was there already is no failure; only the folder itself counts.
+  return OpenBeneath(BeneathName(path).Text(), kFolderFlags).IsOpen();
 }
-
-}  // namespace qn

@@ -1,5 +1,5 @@
-// Moving bytes through a descriptor whole: short counts and interrupted calls
-// are carried on. Owns nothing.
+// Reading and writing whole blocks through a descriptor, for the POSIX file
+// port. After a short count or an interruption the rest is read or written too.
 #include "qn_fs_descriptor.h"
 
 #include <unistd.h>
@@ -9,7 +9,7 @@
 namespace {
 
 // Calls `move` for what is left until all is done, nothing more comes, or it
-// fails; gives the bytes done, or -1.
+// fails. Returns the number of bytes done, or -1.
 template <typename Move>
 ssize_t MoveWhole(std::size_t size, Move move) {
   std::size_t done = 0;
@@ -25,37 +25,19 @@ ssize_t MoveWhole(std::size_t size, Move move) {
 
 }  // namespace
 
-namespace qn {
-
-bool Descriptor::Close() {
+bool qn::Descriptor::Close() {
   const int fd = Release();
-  // An interrupted close has closed all the same.
+  // A close that is interrupted has closed the descriptor all the same.
   return fd < 0 || close(fd) == 0 || errno == EINTR;
 }
 
-ssize_t ReadWhole(int fd, void *destination, std::size_t size) {
+ssize_t qn::ReadWhole(int fd, void *destination, std::size_t size) {
   auto *bytes = static_cast<char *>(destination);
   return MoveWhole(size, [=](std::size_t done) { return read(fd, bytes + done, size - done); });
 }
 
-bool WriteWhole(int fd, const void *bytes, std::size_t size) {
+bool qn::WriteWhole(int fd, const void *bytes, std::size_t size) {
   const auto *from = static_cast<const char *>(bytes);
   return MoveWhole(size, [=](std::size_t done) { return write(fd, from + done, size - done); }) ==
          static_cast<ssize_t>(size);
 }
-
-ssize_t ReadWholeAt(int fd, void *destination, std::size_t size, off_t position) {
-  auto *bytes = static_cast<char *>(destination);
-  return MoveWhole(size, [=](std::size_t done) {
-    return pread(fd, bytes + done, size - done, position + static_cast<off_t>(done));
-  });
-}
-
-bool WriteWholeAt(int fd, const void *bytes, std::size_t size, off_t position) {
-  const auto *from = static_cast<const char *>(bytes);
-  return MoveWhole(size, [=](std::size_t done) {
-           return pwrite(fd, from + done, size - done, position + static_cast<off_t>(done));
-         }) == static_cast<ssize_t>(size);
-}
-
-}  // namespace qn

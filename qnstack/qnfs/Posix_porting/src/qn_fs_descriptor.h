@@ -37,12 +37,8 @@ class Descriptor {
 // Reads up to `size` bytes, until the end of the file; -1 on failure.
 ssize_t ReadWhole(int fd, void *destination, std::size_t size);
 
-// Writes all bytes; false on failure, of which some may have been written.
+// Writes all bytes. After a failure, which gives false, some may have been written.
 bool WriteWhole(int fd, const void *bytes, std::size_t size);
-
-// The same at a position of the file.
-ssize_t ReadWholeAt(int fd, void *destination, std::size_t size, off_t position);
-bool WriteWholeAt(int fd, const void *bytes, std::size_t size, off_t position);
 
 }  // namespace qn
 

@@ -1,6 +1,6 @@
 // The file port for POSIX systems: files below the root directory, readable by
 // their owner alone, written so that a crash leaves the old content or the new.
-// Owns nothing; the root and the callback are kept with the streams.
+// The application and the library's stores call it.
 #include "qnstack/qn_fs_file.h"
 
 #include <dirent.h>
@@ -27,12 +27,12 @@ constexpr off_t kMostFileSize = std::numeric_limits<int32_t>::max() - 10000;
 
 std::size_t Size(int32_t length) { return static_cast<std::size_t>(length); }
 
-// Takes back what an append has written before it failed.
+// Appends all bytes. When that fails, the file is cut to its size before.
 bool AppendWhole(int fd, const void *data, std::size_t size) {
   struct stat before = {};
   if (fstat(fd, &before) != 0) return false;
   if (qn::WriteWhole(fd, data, size) && fsync(fd) == 0) return true;
-  static_cast<void>(ftruncate(fd, before.st_size) == 0);  // nothing is left to try if it fails
+  static_cast<void>(ftruncate(fd, before.st_size) == 0);  // if that fails too, they stay
   return false;
 }
 
@@ -66,23 +66,24 @@ bool DeleteEntries(DIR *entries) {
   return all && errno == 0;
 }
 
-// A way to open a stream, as fopen() names it.
+// A mode of fopen(), and what it means to open(2).
 struct Mode {
   std::string_view name;
   int flags;
-  bool create;
-  bool empty;
+
+  bool Creates() const { return name[0] != 'r'; }
+  bool Empties() const { return name[0] == 'w'; }
 };
 constexpr Mode kModes[] = {
-    {"r", O_RDONLY, false, false},
-    {"r+", O_RDWR, false, false},
-    {"w", O_WRONLY, true, true},
-    {"w+", O_RDWR, true, true},
-    {"a", O_WRONLY | O_APPEND, true, false},
-    {"a+", O_RDWR | O_APPEND, true, false},
+    {"r", O_RDONLY},
+    {"r+", O_RDWR},
+    {"w", O_WRONLY},
+    {"w+", O_RDWR},
+    {"a", O_WRONLY | O_APPEND},
+    {"a+", O_RDWR | O_APPEND},
 };
 
-// The mode without the 'b's behind its first letter, which mean nothing here.
+// Finds a mode. Any 'b' behind its first letter means nothing here.
 const Mode *FindMode(const char *text) {
   char name[3] = {};
   std::size_t length = 0;
@@ -104,15 +105,15 @@ int32_t fnQNFS_MkDir(const char *path) { return path != nullptr && qn::MakeFolde
 QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
   const Mode *way = FindMode(mode);
   if (way == nullptr) return nullptr;
-  qn::Descriptor file =
-      way->create ? qn::OpenOrCreateRegular(name, way->flags) : qn::OpenRegular(name, way->flags);
+  qn::Descriptor file = way->Creates() ? qn::OpenOrCreateRegular(name, way->flags)
+                                       : qn::OpenRegular(name, way->flags);
   if (!file.IsOpen()) return nullptr;
-  // The cell goes back to the system heap when the handle is closed.
+  // fnQNFS_File_Close() frees the cell.
   auto *cell = static_cast<FILE **>(std::malloc(sizeof(FILE *)));
   if (cell == nullptr) return nullptr;
   *cell = fdopen(file.Get(), mode);
-  // The old content goes last, when nothing else can fail.
-  if (*cell == nullptr || (way->empty && ftruncate(file.Get(), 0) != 0)) {
+  // The file is emptied last, when nothing else can fail.
+  if (*cell == nullptr || (way->Empties() && ftruncate(file.Get(), 0) != 0)) {
     if (*cell != nullptr) file.Release();
     fnQNFS_File_Close(cell);
     return nullptr;
@@ -213,9 +214,9 @@ int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t positi
                                 const char *name) {
   if (data == nullptr || length < 0 || position < 0) return kFailed;
   qn::Descriptor file = qn::OpenOrCreateRegular(name, O_WRONLY);
-  const bool written = file.IsOpen() &&
-                       qn::WriteWholeAt(file.Get(), data, Size(length), position) &&
-                       fsync(file.Get()) == 0 && file.Close();
+  const bool written = file.IsOpen() && lseek(file.Get(), position, SEEK_SET) == position &&
+                       qn::WriteWhole(file.Get(), data, Size(length)) && fsync(file.Get()) == 0 &&
+                       file.Close();
   return written ? length : kFailed;
 }
 
@@ -223,7 +224,7 @@ int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t len
                                  void *destination) {
   if (destination == nullptr || length < 0 || position < 0) return kFailed;
   qn::Descriptor file = qn::OpenRegular(name, O_RDONLY);
-  if (!file.IsOpen()) return kFailed;
-  const ssize_t got = qn::ReadWholeAt(file.Get(), destination, Size(length), position);
+  if (!file.IsOpen() || lseek(file.Get(), position, SEEK_SET) != position) return kFailed;
+  const ssize_t got = qn::ReadWhole(file.Get(), destination, Size(length));
   return got >= 0 && file.Close() ? static_cast<int32_t>(got) : kFailed;
 }

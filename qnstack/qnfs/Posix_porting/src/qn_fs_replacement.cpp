@@ -1,7 +1,7 @@
 // New content beside a file. The temporary's name is made of the file's, so a
 // crash leaves at most one behind, which the next write of that file takes
-// over; a lock on it keeps two processes from writing the same one. Owns
-// nothing.
+// over; a lock on it keeps two processes from writing the same one. The POSIX
+// file port writes and copies whole files through it.
 #include "qn_fs_replacement.h"
 
 #include <sys/file.h>
@@ -14,7 +14,7 @@ namespace {
 
 constexpr char kSuffix[] = ".~new";  // no body file's name ends so: those are numbers
 constexpr mode_t kFileMode = 0600;
-constexpr int kMostRaces = 100;  // with other processes that put the same file in place
+constexpr int kMostTries = 100;  // while other processes put the same file in place
 
 bool Lock(int fd) {
   int result = -1;
@@ -35,23 +35,21 @@ bool IsStillNamed(int fd, int folder, const char *name) {
 
 }  // namespace
 
-namespace qn {
-
-Replacement::Replacement(const char *name) : place_(FindPlace(name)) {
+qn::Replacement::Replacement(const char *name) : place_(FindPlace(name)) {
   if (!place_.IsFound() || !IsReplaceable(name, place_) || !NameTemporary()) return;
-  for (int races = 0; races < kMostRaces && OpenTemporary(); ++races) {
+  for (int tries = 0; tries < kMostTries && OpenTemporary(); ++tries) {
     if (IsStillNamed(file_.Get(), place_.folder.Get(), temporary_)) break;
     file_.Close();
   }
-  // What an earlier crash left in it goes.
+  // A crash may have left old content in it.
   if (file_.IsOpen() && ftruncate(file_.Get(), 0) != 0) file_.Close();
 }
 
-Replacement::~Replacement() {
+qn::Replacement::~Replacement() {
   if (file_.IsOpen() || lock_.IsOpen()) unlinkat(place_.folder.Get(), temporary_, 0);
 }
 
-bool Replacement::NameTemporary() {
+bool qn::Replacement::NameTemporary() {
   const std::size_t length = std::strlen(place_.base);
   if (length + sizeof kSuffix > sizeof temporary_) return false;
   std::memcpy(temporary_, place_.base, length);
@@ -59,7 +57,7 @@ bool Replacement::NameTemporary() {
   return true;
 }
 
-bool Replacement::OpenTemporary() {
+bool qn::Replacement::OpenTemporary() {
   file_ = Descriptor(openat(place_.folder.Get(), temporary_,
                             O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
                             kFileMode));
@@ -67,9 +65,10 @@ bool Replacement::OpenTemporary() {
   return file_.IsOpen();
 }
 
-bool Replacement::Commit() {
+bool qn::Replacement::Commit() {
   if (!file_.IsOpen() || fsync(file_.Get()) != 0) return false;
-  // Closing reports late errors; the lock stays until the file has its name.
+  // Closing may report that a write failed after all. A second descriptor of the
+  // same open file holds the lock until the file has its name.
   lock_ = Descriptor(fcntl(file_.Get(), F_DUPFD_CLOEXEC, 0));
   if (!lock_.IsOpen() || !file_.Close()) return false;
   const int folder = place_.folder.Get();
@@ -79,6 +78,4 @@ bool Replacement::Commit() {
   return true;
 }
 
-void SyncFolder(const Descriptor &folder) { fsync(folder.Get()); }
-
-}  // namespace qn
+void qn::SyncFolder(const Descriptor &folder) { fsync(folder.Get()); }

@@ -1,5 +1,5 @@
-// What the file ports share: where the root is, and telling the application
-// that a file was written.
+// What a file port needs besides the file primitives themselves: the root
+// directory, and a way to tell the application that a file was written.
 #ifndef QNSTACK_QN_FS_FILE_PORT_H
 #define QNSTACK_QN_FS_FILE_PORT_H
 

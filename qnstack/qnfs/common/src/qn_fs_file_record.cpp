@@ -1,25 +1,23 @@
 // Record files: a list's elements one after another, through the caller's
-// write and read functions. Owns nothing.
+// write and read functions. The cache keeps its index in one.
 #include "qnstack/qn_fs_file_record.h"
 
-#include "qn_fs_filebuffer_internal.h"
+#include "qn_fs_file_image.h"
 #include "qn_list_internal.h"
 #include "qn_owned.h"
 #include "qnstack/qn_fs_comm_tools.h"
-#include "qnstack/qn_fs_file.h"
-#include "qnstack/qn_share_string.h"
 
 namespace {
 
 constexpr char kSource[] = "qnstack/qnfs/common/src/qn_fs_file_record";
-constexpr char kBackupSuffix[] = ".bak";
-constexpr std::size_t kShortestWithBackup = 3;
-// A reader that takes nothing again and again would go on for ever.
+// After so many reads in a row that leave the position where it is, a load ends.
 constexpr int kMostIdleReads = 1000;
 
+using FirstFunction = QNListNode *(*)(const QNList *list);
 using StepFunction = QNListNode *(*)(const QNListNode *iter);
+using LinkFunction = void (*)(QNList *list, QNListNode *node);
 
-// The log's places in a save; those of the two saves differ.
+// The line numbers that a save logs; those of the two saves differ.
 struct SaveLines {
   int32_t enter;
   int32_t success;
@@ -28,23 +26,16 @@ struct SaveLines {
 constexpr SaveLines kSaveLines = {177, 225, 231};
 constexpr SaveLines kSaveExLines = {260, 308, 314};
 
-// Room for a file's content and what may come to it.
-int64_t CapacityFor(const char *name) {
-  const int32_t size = fnQNFS_getFileSize(name);
-  return int64_t{size < 0 ? 0 : size} + qn::kFileHeadroom;
-}
-
-using LinkFunction = void (*)(QNList *list, QNListNode *node);
-
 void Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
   if (name == nullptr || list == nullptr || read == nullptr) return;
-  qn::FileImage image(CapacityFor(name));
+  qn::FileImage image(name);
   QNFSBuffer *record = image.Record();
   if (!image.IsAllocated() || fnQNFS_Load_File_To_Buffer(name, record) == 0) return;
   qn::Owned<QNListNode> node;
   int idle_reads = 0;
   while (fnQNFS_Buffer_IsEnd(record) == 0 && idle_reads < kMostIdleReads) {
-    // The node comes first: an element without one could not be released.
+    // The node comes first: an element for which the heap refuses a node could
+    // not be released, as only the caller knows how.
     if (node == nullptr) node.reset(qn::NewNode());
     if (node == nullptr) return;
     const int32_t before = record->pos;
@@ -65,13 +56,14 @@ bool WriteElements(QNFSBuffer *record, const QNListNode *first, StepFunction ste
   return true;
 }
 
-int32_t Save(const char *name, const QNListNode *first, StepFunction step, QNFSRecordWrite write,
-             const SaveLines &lines) {
+int32_t Save(const char *name, const QNList *list, QNFSRecordWrite write, FirstFunction first,
+             StepFunction step, const SaveLines &lines) {
+  if (name == nullptr || list == nullptr || write == nullptr) return 0;
   fnQNFS_printLog_param(kSource, lines.enter);
   fnQNFS_printLog("<QXW-------Enter fnQNFS_Save_List_To_File()------>");
-  qn::FileImage image(CapacityFor(name));
+  qn::FileImage image(name);
   if (!image.IsAllocated()) return 0;
-  if (!WriteElements(image.Record(), first, step, write)) return 0;
+  if (!WriteElements(image.Record(), first(list), step, write)) return 0;
   if (image.Write(name) == 0) {
     fnQNFS_printLog_param(kSource, lines.failure);
     fnQNFS_printLog("<QXW-----Exit fnQNFS_Save_List_To_File() Failed !---->");
@@ -93,18 +85,16 @@ void fnQNFS_Load_File_To_ListEx(const char *name, QNList *list, QNFSRecordRead r
 }
 
 int32_t fnQNFS_Save_List_To_File(const char *name, QNList *list, QNFSRecordWrite write) {
-  if (name == nullptr || list == nullptr || write == nullptr) return 0;
-  return Save(name, fnQNList_BeginIter(list), fnQNList_NextIter, write, kSaveLines);
+  return Save(name, list, write, fnQNList_BeginIter, fnQNList_NextIter, kSaveLines);
 }
 
 int32_t fnQNFS_Save_List_To_FileEx(const char *name, QNList *list, QNFSRecordWrite write) {
-  if (name == nullptr || list == nullptr || write == nullptr) return 0;
-  return Save(name, fnQNList_EndIter(list), fnQNList_PrevIter, write, kSaveExLines);
+  return Save(name, list, write, fnQNList_EndIter, fnQNList_PrevIter, kSaveExLines);
 }
 
 int32_t fnQNFS_Append_List_To_File(const char *name, QNList *list, QNFSRecordWrite write) {
   if (name == nullptr || list == nullptr || write == nullptr) return 0;
-  qn::FileImage image(qn::kFileHeadroom);
+  qn::FileImage image;
   if (!image.IsAllocated()) return 0;
   const QNListNode *first = fnQNList_BeginIter(list);
   if (first != nullptr) {
@@ -117,14 +107,4 @@ int32_t fnQNFS_Append_List_To_File(const char *name, QNList *list, QNFSRecordWri
 void *fnQNFS_List_Find_Node(QNList *list, intptr_t key, QNListCompare compare) {
   if (key == 0) return nullptr;
   return fnQNList_GetData(fnQNList_CompareFind(list, &key, compare));
-}
-
-char *fnQNFS_getBak_FileName(const char *name) {
-  const std::size_t length = fnQN_STRLEN(name);
-  if (length < kShortestWithBackup) return nullptr;
-  auto *backup = static_cast<char *>(qn::AllocateZeroed(length + sizeof kBackupSuffix));
-  if (backup == nullptr) return nullptr;
-  fnQN_MEMCPY(backup, name, length);
-  fnQN_MEMCPY(backup + length, kBackupSuffix, sizeof kBackupSuffix);
-  return backup;
 }

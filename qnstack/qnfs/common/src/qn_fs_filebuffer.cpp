@@ -1,5 +1,5 @@
-// Writing and reading the typed file buffer, field by field. Owns nothing: the
-// record and its storage are the caller's.
+// Writing and reading the typed file buffer, field by field, for record files,
+// the settings, the cache index and applications.
 #include "qnstack/qn_fs_filebuffer.h"
 
 #include <algorithm>
@@ -8,11 +8,11 @@
 #include <cstdio>
 #include <cstring>
 #include <iterator>
-#include <limits>
 #include <string_view>
 
-#include "qn_fs_filebuffer_internal.h"
+#include "qn_fs_file_image.h"
 #include "qn_owned.h"
+#include "qn_wrapped_sum.h"
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_share_string.h"
 
@@ -22,6 +22,7 @@ constexpr char kLineTag = '\n';
 constexpr std::size_t kDateTimeBytes = 35;  // scratch for a date and time, terminated
 constexpr std::size_t kDateTimeRead = 39;   // characters of a field that are looked at
 constexpr std::size_t kTokenBytes = 15;     // scratch for one of its numbers, terminated
+constexpr std::size_t kNumberBytes = 15;    // room for any number of 32 bits
 constexpr int32_t kReadFailure = 1;
 
 // Whether a field of `length` bytes fits; one that does not closes the buffer.
@@ -31,25 +32,25 @@ bool Accept(QNFSBuffer *record, int32_t length) {
   return false;
 }
 
-// Positions wrap like any count of 32 bits.
 void Advance(QNFSBuffer *record, std::size_t bytes) {
-  record->pos =
-      static_cast<int32_t>(static_cast<uint32_t>(record->pos) + static_cast<uint32_t>(bytes));
+  record->pos = qn::WrappedSum(record->pos, static_cast<int64_t>(bytes));
 }
 
-// Copies a field behind the position; its zero byte is there already.
+// Copies a field behind the position. The storage is zero-filled, so the zero
+// byte that ends the field stands there already.
 void Put(QNFSBuffer *record, const void *bytes, int32_t length, bool terminated) {
   if (bytes == nullptr) length = 0;
   if (record == nullptr || record->data == nullptr || length < 0 || !Accept(record, length)) return;
   const auto size = static_cast<std::size_t>(length);
-  if (size > 0) std::memcpy(record->data + record->pos + 1, bytes, size);
+  if (size > 0) std::memcpy(record->data + (int64_t{record->pos} + 1), bytes, size);
   Advance(record, size + (terminated ? 1 : 0));
 }
 
 // The bytes of the buffer that are still to be read.
 std::string_view Rest(const QNFSBuffer *record) {
   if (record->data == nullptr || record->pos < -1 || record->pos >= record->last) return "";
-  return {record->data + record->pos + 1, static_cast<std::size_t>(record->last - record->pos)};
+  const int64_t length = int64_t{record->last} - record->pos;
+  return {record->data + (record->pos + 1), static_cast<std::size_t>(length)};
 }
 
 // Steps over `length` bytes and the byte behind them, and over a line tag
@@ -59,21 +60,16 @@ void StepOver(QNFSBuffer *record, std::string_view rest, std::size_t length) {
   Advance(record, length + (tagged ? 2 : 1));
 }
 
-int32_t ReadNumber(QNFSBuffer *record, int32_t *status) {
-  const qn::Owned<char> field(fnQNFS_Buffer_ReadString(record));
-  if (status != nullptr) *status = field == nullptr ? -1 : 0;
-  return field == nullptr ? kReadFailure : fnQN_ATOI(field.get());
-}
-
-// A number of a date: at most 14 characters of it, and of its value 16 bits.
+// A number of a date. Of its text 14 characters count, of its value the low 16
+// bits.
 uint32_t DateNumber(std::string_view token) {
   std::array<char, kTokenBytes> scratch = {};
   std::memcpy(scratch.data(), token.data(), std::min(token.size(), scratch.size() - 1));
   return static_cast<uint16_t>(fnQN_ATOI(scratch.data()));
 }
 
-// Seven numbers with ':' between them. A ':' without a number before it is
-// part of the next token.
+// Reads seven numbers with ':' between them. A ':' at the start of a token does
+// not end it.
 QNTime ParseDateTime(std::string_view text) {
   QNTime time = {};
   uint32_t *const fields[] = {&time.year, &time.month,  &time.day,
@@ -82,12 +78,9 @@ QNTime ParseDateTime(std::string_view text) {
   std::size_t separators = 0;
   std::size_t token = 0;
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (text[i] != ':' || i == token) continue;
-    if (separators < kSeparators) {
-      *fields[separators] = DateNumber({text.data() + token, i - token});
-      token = i + 1;
-    }
-    ++separators;
+    if (text[i] != ':' || i == token || ++separators > kSeparators) continue;
+    *fields[separators - 1] = DateNumber({text.data() + token, i - token});
+    token = i + 1;
   }
   if (separators == kSeparators && token < text.size()) {
     time.extra = DateNumber({text.data() + token, text.size() - token});
@@ -108,18 +101,12 @@ void fnQNFS_Buffer_WriteString(QNFSBuffer *record, const char *string, int32_t l
   Put(record, string, length, string == nullptr || fnQN_STRCMP(string, "\n") != 0);
 }
 
-void qn::WriteTextField(QNFSBuffer *record, const char *text) {
-  const std::size_t length = fnQN_STRLEN(text);
-  if (length > std::numeric_limits<int32_t>::max()) return;
-  fnQNFS_Buffer_WriteString(record, text, static_cast<int32_t>(length));
-}
-
 void fnQNFS_Buffer_WriteMem(QNFSBuffer *record, const void *block, int32_t length) {
   Put(record, block, length, true);
 }
 
 void fnQNFS_Buffer_WriteInteger(QNFSBuffer *record, int32_t value) {
-  std::array<char, std::numeric_limits<int32_t>::digits10 + 3> text;
+  std::array<char, kNumberBytes> text;
   const auto written = std::to_chars(text.begin(), text.end(), value);
   Put(record, text.data(), static_cast<int32_t>(written.ptr - text.data()), true);
 }
@@ -139,9 +126,8 @@ void fnQNFS_Buffer_WriteDateTime(QNFSBuffer *record, QNTime time) {
 void fnQNFS_Buffer_WriteLineTag(QNFSBuffer *record) { fnQNFS_Buffer_WriteString(record, "\n", 1); }
 
 void fnQNFS_Buffer_WriteLine(QNFSBuffer *record, const char *string) {
-  const std::size_t length = fnQN_STRLEN(string);
-  if (string == nullptr || length > std::numeric_limits<int32_t>::max()) return;
-  fnQNFS_Buffer_WriteString(record, string, static_cast<int32_t>(length));
+  if (string == nullptr) return;
+  qn::WriteTextField(record, string);
   fnQNFS_Buffer_WriteLineTag(record);
 }
 
@@ -160,11 +146,13 @@ char *fnQNFS_Buffer_ReadString(QNFSBuffer *record) {
 }
 
 int32_t fnQNFS_Buffer_ReadInteger(QNFSBuffer *record, int32_t *status) {
-  return ReadNumber(record, status);
+  const qn::Owned<char> field(fnQNFS_Buffer_ReadString(record));
+  if (status != nullptr) *status = field == nullptr ? -1 : 0;
+  return field == nullptr ? kReadFailure : fnQN_ATOI(field.get());
 }
 
 int32_t fnQNFS_Buffer_ReadLong(QNFSBuffer *record, int32_t *status) {
-  return ReadNumber(record, status);
+  return fnQNFS_Buffer_ReadInteger(record, status);
 }
 
 QNTime fnQNFS_Buffer_ReadDateTime(QNFSBuffer *record, int32_t *flag) {

@@ -1,21 +1,21 @@
-// Saving and loading typed file buffers. The old content stands under the
-// file's name with ".bak" from before the file is touched until the new one is
-// written, and is put back when that fails or when a load finds it.
+// Saving and loading typed file buffers, for record files, settings and
+// applications. A save first puts the old content under the file's name with
+// ".bak"; it is put back when the save fails or when a load finds it.
 #include <algorithm>
-#include <cstdint>
-#include <limits>
 
-#include "qn_fs_filebuffer_internal.h"
+#include "qn_fs_file_image.h"
 #include "qn_owned.h"
+#include "qn_wrapped_sum.h"
 #include "qnstack/qn_fs_file.h"
-#include "qnstack/qn_fs_file_record.h"
 #include "qnstack/qn_fs_filebuffer.h"
 #include "qnstack/qn_share_mem.h"
+#include "qnstack/qn_share_string.h"
 
 namespace {
 
+constexpr char kBackupSuffix[] = ".bak";
+constexpr std::size_t kShortestWithBackup = 3;
 constexpr int32_t kUnknown = -1;
-constexpr int32_t kMostBytes = std::numeric_limits<int32_t>::max();
 
 using StoreFunction = int32_t (*)(const void *data, int32_t length, const char *name);
 
@@ -28,7 +28,7 @@ int32_t StoreProtected(const char *name, const QNFSBuffer *record, StoreFunction
     fnQNFS_MoveFile(backup.get(), name);
     fnQNFS_CopyFile(name, backup.get());
   }
-  if (store(record->data, record->pos + 1, name) == -1) {
+  if (store(record->data, qn::WrappedSum(record->pos, 1), name) == -1) {
     fnQNFS_DeleteFile(name);
     if (backup != nullptr) fnQNFS_MoveFile(name, backup.get());
     return 0;
@@ -37,7 +37,7 @@ int32_t StoreProtected(const char *name, const QNFSBuffer *record, StoreFunction
   return 1;
 }
 
-// A backup that is still there belongs to a save that did not finish.
+// A backup that is still there is that of a save that did not finish.
 void RestoreBackup(const char *name) {
   const qn::Owned<char> backup(fnQNFS_getBak_FileName(name));
   if (backup == nullptr || fnQNFS_isFileExisted(backup.get()) <= 0) return;
@@ -45,33 +45,38 @@ void RestoreBackup(const char *name) {
   fnQNFS_MoveFile(name, backup.get());
 }
 
-// Whoever sized the storage may not have known of a larger backup that was
-// restored since: such a file is read beside it, and its bytes replace the
-// storage where they do not fit.
-int32_t ReadBeside(const char *name, int32_t maximum, QNFSBuffer *record, int32_t *count) {
-  qn::Owned<char> area(
-      static_cast<char *>(qn::AllocateZeroed(static_cast<std::size_t>(maximum) + 1)));
-  if (area == nullptr) return -1;
-  const int32_t result = fnQNFS_ReadFromFile(name, maximum, area.get(), count);
+// Reads up to `maximum` bytes of a file; sets `count` if it is told how many
+// came. The restored backup may be larger than the file for which the caller
+// sized the storage: it is read into an area of its own, which replaces the
+// storage if that is too small for what came.
+int32_t Read(const char *name, int32_t maximum, QNFSBuffer *record, int32_t *count) {
+  const int64_t capacity = int64_t{record->last} + 1;
+  qn::Owned<char> larger;
+  if (maximum > capacity) {
+    larger.reset(static_cast<char *>(qn::AllocateZeroed(static_cast<uint64_t>(maximum) + 1)));
+    if (larger == nullptr) return -1;
+  }
+  char *area = larger != nullptr ? larger.get() : record->data;
+  const int32_t result = fnQNFS_ReadFromFile(name, maximum, area, count);
   *count = std::min(*count, maximum);
-  if (result != 0 || *count <= 0) return result;
-  if (*count <= int64_t{record->last} + 1) {
-    fnQN_MEMCPY(record->data, area.get(), static_cast<std::size_t>(*count));
+  if (larger == nullptr || result != 0 || *count <= 0) return result;
+  if (*count <= capacity) {
+    fnQN_MEMCPY(record->data, area, static_cast<std::size_t>(*count));
   } else {
     fnQN_Free(&record->data);
-    record->data = area.release();
+    record->data = larger.release();
   }
   return result;
 }
 
-int32_t Read(const char *name, int32_t maximum, QNFSBuffer *record, int32_t *count) {
-  if (maximum > int64_t{record->last} + 1) return ReadBeside(name, maximum, record, count);
-  const int32_t result = fnQNFS_ReadFromFile(name, maximum, record->data, count);
-  *count = std::min(*count, maximum);
-  return result;
-}
-
 }  // namespace
+
+char *fnQNFS_getBak_FileName(const char *name) {
+  const std::size_t length = fnQN_STRLEN(name);
+  if (length < kShortestWithBackup) return nullptr;
+  auto *backup = static_cast<char *>(qn::AllocateZeroed(uint64_t{length} + sizeof kBackupSuffix));
+  return fnQN_STRCAT(fnQN_STRCPY(backup, name), kBackupSuffix);
+}
 
 int32_t fnQNFS_Write_Buffer_To_File(const char *name, QNFSBuffer *record) {
   return StoreProtected(name, record, fnQNFS_WriteToFile);
@@ -89,44 +94,11 @@ int32_t fnQNFS_Load_File_To_Buffer(const char *name, QNFSBuffer *record) {
 
   int32_t count = kUnknown;
   int32_t result = -1;
-  if (size >= -qn::kFileHeadroom && size <= kMostBytes - qn::kFileHeadroom) {
+  if (size >= -qn::kFileHeadroom && size <= qn::kMostFileBytes - qn::kFileHeadroom) {
     result = Read(name, size + qn::kFileHeadroom, record, &count);
   }
   // A read that failed or gave no count leaves an empty buffer.
-  const bool loaded = result == 0 && count >= 0;
-  record->last = loaded ? count - 1 : -1;
+  record->last = result == 0 && count >= 0 ? count - 1 : -1;
   record->pos = -1;
   return result == 0 ? 1 : 0;
 }
-
-namespace qn {
-
-FileImage::FileImage(int64_t capacity) : record_{nullptr, -1, -1}, capacity_(capacity) {
-  if (capacity < 0 || capacity > kMostBytes) return;
-  // The area comes zero-filled, so the record is set up without another fill.
-  record_.data = static_cast<char *>(AllocateZeroed(static_cast<std::size_t>(capacity) + 1));
-  record_.last = static_cast<int32_t>(capacity - 1);
-}
-
-FileImage::~FileImage() { fnQN_Free(&record_.data); }
-
-bool FileImage::CoverPosition() {
-  if (record_.pos <= capacity_) return true;
-  auto *covering = static_cast<char *>(AllocateZeroed(static_cast<std::size_t>(record_.pos) + 1));
-  if (covering == nullptr) return false;
-  fnQN_MEMCPY(covering, record_.data, static_cast<std::size_t>(capacity_) + 1);
-  fnQN_Free(&record_.data);
-  record_.data = covering;
-  capacity_ = record_.pos;
-  return true;
-}
-
-int32_t FileImage::Write(const char *name) {
-  return CoverPosition() ? fnQNFS_Write_Buffer_To_File(name, &record_) : 0;
-}
-
-int32_t FileImage::Append(const char *name) {
-  return CoverPosition() ? fnQNFS_Append_Buffer_To_File(name, &record_) : 0;
-}
-
-}  // namespace qn

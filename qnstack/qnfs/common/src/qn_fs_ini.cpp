@@ -1,21 +1,19 @@
-// The settings store: keys and values in a list, and one file that holds them
-// all. Owns nothing: lists and entries are the caller's.
+// The settings store: keys and values in a list of the application's, and one
+// file that holds them all.
 #include "qnstack/qn_fs_ini.h"
 
 #include <cstdint>
 
-#include "qn_ascii.h"
-#include "qn_fs_filebuffer_internal.h"
-#include "qn_list_find.h"
+#include "qn_fs_file_image.h"
 #include "qn_owned.h"
-#include "qnstack/qn_fs_file.h"
+#include "qnstack/qn_fs_file_record.h"
 #include "qnstack/qn_fs_filebuffer.h"
 #include "qnstack/qn_share_string.h"
 
 namespace {
 
-// Appends an entry that takes over both strings. 1, or 0 with both freed if
-// one is missing or the heap refuses the rest.
+// Appends an entry that takes over both strings. Returns 1, or 0 with both freed
+// if one is null or the heap refuses the rest.
 int32_t AddEntry(QNList *list, char *key, char *value) {
   auto *entry = qn::NewRecord<QNFSIniEntry>();
   if (entry == nullptr) {
@@ -29,9 +27,9 @@ int32_t AddEntry(QNList *list, char *key, char *value) {
   return 0;
 }
 
-QNFSIniEntry *Find(const QNList *list, const char *key) {
-  return qn::FindElement<QNFSIniEntry>(
-      list, &key, [](const void *a, const void *b) { return fnQNFS_INI_Compare(a, b); });
+QNFSIniEntry *Find(QNList *list, const char *key) {
+  return static_cast<QNFSIniEntry *>(
+      fnQNFS_List_Find_Node(list, reinterpret_cast<intptr_t>(key), fnQNFS_INI_Compare));
 }
 
 }  // namespace
@@ -42,7 +40,7 @@ void fnQNFS_INI_List_Init(const char *name, QNList *list) {
 }
 
 void fnQNFS_Load_INI_To_List(const char *name, QNList *list) {
-  qn::FileImage image(int64_t{fnQNFS_getFileSize(name)} + qn::kFileHeadroom);
+  qn::FileImage image(name);
   if (!image.IsAllocated() || list == nullptr) return;
   fnQNList_Clear(list, fnQNFS_INI_FreeNode);
   QNFSBuffer *record = image.Record();
@@ -56,13 +54,11 @@ void fnQNFS_Load_INI_To_List(const char *name, QNList *list) {
 
 int32_t fnQNFS_Write_INI_To_File(const char *name, QNList *list) {
   if (list == nullptr) return 0;
-  const int32_t size = fnQNFS_getFileSize(name);
-  qn::FileImage image(int64_t{size < 0 ? 0 : size} + qn::kFileHeadroom);
+  qn::FileImage image(name);
   if (!image.IsAllocated()) return 0;
   for (const QNListNode *node = fnQNList_BeginIter(list); node != nullptr; node = node->next) {
     const auto *entry = static_cast<const QNFSIniEntry *>(node->data);
-    qn::WriteTextField(image.Record(), entry->key);
-    qn::WriteTextField(image.Record(), entry->value);
+    for (const char *text : {entry->key, entry->value}) qn::WriteTextField(image.Record(), text);
     fnQNFS_Buffer_WriteLineTag(image.Record());
   }
   return image.Write(name);
@@ -75,7 +71,7 @@ int32_t fnQNFS_INI_Write(const char *name, QNList *list, const char *key, const 
 
 int32_t fnQNFS_INI_WriteRAM(QNList *list, const char *key, const char *value) {
   if (list == nullptr || key == nullptr) return 0;
-  // The value may be the stored one, so it is copied before that is freed.
+  // The value may be the stored one, so it is copied before that one is freed.
   char *copy = fnQN_MEMSTRCOPY(value);
   QNFSIniEntry *entry = Find(list, key);
   if (entry == nullptr) return AddEntry(list, fnQN_MEMSTRCOPY(key), copy);
@@ -93,8 +89,7 @@ int32_t fnQNFS_INI_Read(const char *name, QNList *list, const char *key, char *d
 }
 
 int fnQNFS_INI_Compare(const void *key, const void *entry) {
-  return qn::CompareText(qn::PointerAt<const char>(key),
-                         static_cast<const QNFSIniEntry *>(entry)->key);
+  return fnQN_STRCMP(qn::PointerAt<const char>(key), static_cast<const QNFSIniEntry *>(entry)->key);
 }
 
 void fnQNFS_INI_FreeNode(void *address) {

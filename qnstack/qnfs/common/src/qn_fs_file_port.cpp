@@ -1,37 +1,38 @@
-// The part of the file primitives that is the same in every port: the root
-// directory, the synchronisation callback, and the operations on streams. Owns
-// the first two.
+// The part of the file primitives that is the same in every port: the
+// operations on streams, and the root directory and the synchronisation
+// callback, which it keeps for the ports.
+#include "qn_fs_file_port.h"
+
 #include <cstdio>
 #include <cstdlib>
 
-#include "qn_fs_file_port.h"
 #include "qnstack/qn_fs_file.h"
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_share_string.h"
 
 namespace {
 
-char fullPath[QNFS_PATH_BYTES];
-QNFSCardSynFile CallBack_CardSynFile = nullptr;
+char root_directory[QNFS_PATH_BYTES];
+QNFSCardSynFile tell_written = nullptr;
 
 bool HasStream(QNFSFile handle) { return handle != nullptr && *handle != nullptr; }
 
 }  // namespace
 
-const char *qn::RootDirectory() { return fullPath; }
+const char *qn::RootDirectory() { return root_directory; }
 
 void qn::TellWritten(const char *name) {
   // An application that installed no callback is not told.
-  if (CallBack_CardSynFile != nullptr) CallBack_CardSynFile(name, QNFS_CARD_SYN_WRITE);
+  if (tell_written != nullptr) tell_written(name, QNFS_CARD_SYN_WRITE);
 }
 
 char *fnQNFS_SetFullPath(const char *path) {
-  fnQN_MEMSET(fullPath, 0, sizeof fullPath);
-  if (fnQN_STRLEN(path) < sizeof fullPath) fnQN_STRCPY(fullPath, path);
-  return fullPath;
+  fnQN_MEMSET(root_directory, 0, sizeof root_directory);
+  if (fnQN_STRLEN(path) < sizeof root_directory) fnQN_STRCPY(root_directory, path);
+  return root_directory;
 }
 
-void fnQNFS_SetCardSynFileFunc(QNFSCardSynFile callback) { CallBack_CardSynFile = callback; }
+void fnQNFS_SetCardSynFileFunc(QNFSCardSynFile callback) { tell_written = callback; }
 
 int32_t fnQNFS_File_Write(const void *data, uint32_t size, uint32_t count, QNFSFile handle) {
   if (data == nullptr || !HasStream(handle)) return -1;
@@ -65,6 +66,6 @@ void fnQNFS_File_Close(QNFSFile handle) {
   if (handle == nullptr) return;
   if (*handle != nullptr) std::fclose(*handle);
   *handle = nullptr;
-  // The cell comes from its maker's heap call and goes back the same way.
+  // The cell comes from malloc() in every port.
   std::free(handle);
 }
