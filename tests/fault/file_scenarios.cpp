@@ -197,7 +197,6 @@ Texts LoadIndex() {
   return texts;
 }
 
-
 constexpr char kUrl[] = "http://mmsc.test/body";
 
 void PlantBody() {

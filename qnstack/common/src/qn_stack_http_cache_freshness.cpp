@@ -10,7 +10,6 @@
 #include "qn_wrapped_sum.h"
 #include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_share_string.h"
-#include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_tools.h"
 
 namespace {

@@ -5,9 +5,9 @@
 #include <cstring>
 #include <string_view>
 
-#include "qn_ascii.h"
 #include "qn_owned.h"
 #include "qnstack/qn_stack_strings.h"
+#include "qnstack/qn_stricmp.h"
 
 char *fnQNStack_StrDup(const char *string) { return fnQN_StrDup(string); }
 
@@ -32,8 +32,5 @@ int32_t fnQNStack_StrCMPI(const char *string, const char *prefix) {
   if (string == nullptr || prefix == nullptr) return string == prefix ? 0 : 1;
   const std::size_t length = std::strlen(prefix);
   if (strnlen(string, length) < length) return 1;
-  for (std::size_t i = 0; i < length; ++i) {
-    if (qn::FoldByte(string[i]) != qn::FoldByte(prefix[i])) return -1;
-  }
-  return 0;
+  return fnQNRTL_strnicmp(string, prefix, static_cast<uint32_t>(length)) == 0 ? 0 : -1;
 }

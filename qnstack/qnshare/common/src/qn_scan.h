@@ -24,18 +24,6 @@ std::optional<int32_t> TakeNumber(std::string_view *text);
 // one that a width limits. Empty if there is none.
 std::string_view ScanWord(std::string_view *text, std::size_t most = std::string_view::npos);
 
-// The text up to the first of a few characters, or all of it. What is looked
-// through is short, so that a call for each byte would cost more than the rest.
-constexpr std::string_view UpTo(std::string_view text, std::string_view ends) {
-  std::size_t size = 0;
-  for (; size < text.size(); ++size) {
-    for (const char end : ends) {
-      if (text[size] == end) return {text.data(), size};
-    }
-  }
-  return text;
-}
-
 }  // namespace qn
 
 #endif

@@ -1,5 +1,5 @@
 // Ordering comparisons that ignore the case of ASCII letters, whatever the
-// locale is. The string primitives, stristr() and applications call them.
+// locale is. The string primitives, fnQNStack_StrCMPI() and applications call them.
 #include "qnstack/qn_stricmp.h"
 
 #include <cstddef>
