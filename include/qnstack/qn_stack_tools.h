@@ -59,8 +59,8 @@ QN_API char *fnQNStack_StrArraySkip(const char *string, const char *delimiters);
  * @param string terminated string, or NULL.
  * @param prefix terminated string, or NULL.
  * @return 0 if @p string begins with @p prefix (also for two NULLs); -1 if it
- *         is long enough but does not; 1 if it is too short, just one argument
- *         is NULL, or the heap refuses a scratch copy.
+ *         is long enough but does not; 1 if it is too short or just one argument
+ *         is NULL.
  */
 QN_API int32_t fnQNStack_StrCMPI(const char *string, const char *prefix);
 
