@@ -14,9 +14,9 @@
  * inside resolving, connecting, sending or receiving. All contexts share
  * scratch memory and the proxy setting; never drive two from two threads.
  *
- * The client prints short trace lines, without line ends, to standard output;
- * those of a call go out together when it ends. An application that needs its
- * standard output points descriptor 1 elsewhere.
+ * The client prints short trace lines, without line ends, to standard output
+ * as they arise. An application that needs its standard output points
+ * descriptor 1 elsewhere.
  */
 #ifndef QNSTACK_QN_STACK_HTTP_H
 #define QNSTACK_QN_STACK_HTTP_H
@@ -228,8 +228,7 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Connect(const char *host, int32_t port);
 
 /**
  * Appends up to 4000 bytes of a file to the request buffer. A context that is
- * driven still composes its own request behind them. Each call keeps 4000
- * bytes for the life of the process; that is known and stays.
+ * driven still composes its own request behind them.
  *
  * @param ctx the context.
  * @param name file name, as for fnQNFS_ReadFromFile().
@@ -242,8 +241,7 @@ QN_API int32_t fnQNStack_Http_LoadHeadFromFile(QNHttpCtx *ctx, const char *name)
  * Appends up to 4000 bytes of a file to the answer buffer. A stored answer is
  * then taken by fnQNStack_Http_ParseAnswer() and fnQN_MemBuffer_Read(); the
  * read functions of a context would ask the network first, unless its `state`
- * is set to #QN_HTTP_COMPLETE. Keeps 4000 bytes per call as
- * fnQNStack_Http_LoadHeadFromFile() does.
+ * is set to #QN_HTTP_COMPLETE.
  *
  * @param ctx the context.
  * @param name file name, as for fnQNFS_ReadFromFile().
@@ -364,13 +362,14 @@ QN_API int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, 
  * Lines end at CR LF alone. A value is the second word of its line: of more
  * words only the first of the value counts, and a header written without a
  * blank behind its colon has an empty value unless more words follow. A second
- * "Content-Type:" line does not free the first value, which stays valid for
- * those that kept it. "Location:" and "Content-Location:" replace `url`
- * whatever the status; the last one wins.
+ * "Content-Type:" line frees the value of the first and replaces it.
+ * "Location:" and "Content-Location:" replace `url` whatever the status; the
+ * last one wins.
  *
  * @param ctx the context.
  * @return 0 the header has been consumed, now or before; -2 it is not complete
- *         yet; -1 for NULL.
+ *         yet, or the heap refused a line, which the next call takes; -1 for
+ *         NULL.
  */
 QN_API int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx);
 
@@ -391,9 +390,11 @@ QN_API int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx);
  * @param capacity the most bytes to deliver.
  * @return bytes delivered; 0 the body is complete, or @p capacity is 0; -2
  *         nothing yet or redirected, call again; -1 failed, @p ctx is NULL, a
- *         tunnel's answer redirects (the context is of no more use), bytes met
- *         a NULL destination or a negative capacity (the context is as it
- *         was), or the eleventh redirect (whose own body the next call
+ *         tunnel's answer redirects (the context is of no more use), bytes of a
+ *         complete answer met a NULL destination or a negative capacity (while
+ *         one is coming in, those give -2; the context stays as it was), the
+ *         heap refused a header line of a complete answer (the next call goes
+ *         on with it), or the eleventh redirect (whose own body the next call
  *         delivers).
  */
 QN_API int32_t fnQNStack_Http_ReadRecvContext(QNHttpCtx *ctx, void *destination, int32_t capacity);

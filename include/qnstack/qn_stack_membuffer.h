@@ -5,6 +5,17 @@
  * Writers append at the end, a reader consumes from a cursor, and the bytes
  * already read are squeezed out by the next write. The content always ends
  * with a zero byte, so its unread part can be searched as a string.
+ *
+ * The record is all there is to a buffer, so a program may work on it by hand:
+ * - A zero-filled record is an empty buffer. One that stands in a block from
+ *   fnQN_Malloc_Local() can be freed with fnQN_MemBuffer_Free().
+ * - To keep the content without a copy, take `data` over, which fnQN_Free()
+ *   releases, and set `data` to NULL and `length`, `cursor` and `total` to 0.
+ *   The buffer can be written to again or freed.
+ * - To replace the storage, put a block from fnQN_Malloc_Local() of at least
+ *   `capacity` + 10 bytes in place of `data`, and free the old one.
+ * - A copy of the record takes the place of the original, which must then not
+ *   be used any more.
  */
 #ifndef QNSTACK_QN_STACK_MEMBUFFER_H
 #define QNSTACK_QN_STACK_MEMBUFFER_H
@@ -20,14 +31,10 @@ QN_BEGIN_DECLS
  * @{
  */
 
-/**
- * A growable byte buffer; made by fnQN_MemBuffer_New() alone, as more belongs
- * to it than shows here: neither a copy of the record nor one with other
- * storage may be handed to these functions. `data` may move with every call
- * that writes or clears.
- */
+/** A growable byte buffer. `data` may move with every write. */
 typedef struct QNMemBuffer {
-  char *data;        /**< the storage, owned by the buffer: `capacity` + 10 bytes or more */
+  char *data;        /**< the storage, owned by the buffer: NULL, or the start of a block for
+                          fnQN_Free() of `capacity` + 10 bytes or more */
   uint32_t capacity; /**< bytes asked for at creation plus every enlargement */
   uint32_t length;   /**< bytes held, read and unread; `data[length]` is 0 */
   uint32_t cursor;   /**< bytes already read; never above `length` */
@@ -44,7 +51,7 @@ typedef struct QNMemBuffer {
 QN_API QNMemBuffer *fnQN_MemBuffer_New(uint32_t capacity);
 
 /**
- * Frees a buffer and its storage.
+ * Frees a buffer and its storage, if it has any.
  *
  * @param buffer the buffer, not to be used again; NULL does nothing.
  */
@@ -61,7 +68,7 @@ QN_API void fnQN_MemBuffer_Free(QNMemBuffer *buffer);
  * @param bytes what to append; stays the caller's and may lie in the buffer
  *        itself. NULL appends nothing.
  * @param count number of bytes; a negative one does nothing. When the heap
- *        refuses the growth nothing is appended.
+ *        refuses the growth the buffer stays as it was, also its `total`.
  */
 QN_API void fnQN_MemBuffer_Write(QNMemBuffer *buffer, const void *bytes, int32_t count);
 
@@ -91,7 +98,8 @@ QN_API int32_t fnQN_MemBuffer_unRead(QNMemBuffer *buffer, int32_t count);
 /**
  * Takes one item up to a delimiter off the front of the unread part.
  *
- * The search stops at the first zero byte of the unread part.
+ * The search stops at the first zero byte of the unread part. A delimiter that
+ * ends beyond `length` does not count.
  *
  * @param buffer the buffer.
  * @param delimiter terminated string; an empty one gives an empty item.
@@ -118,7 +126,8 @@ QN_API int32_t fnQN_MemBuffer_Printf(QNMemBuffer *buffer, const char *format, ..
  *
  * @param buffer the buffer.
  * @param name text with its own colon and blank, as in "Accept: ".
- * @param value the text behind it. If any argument is NULL nothing is done.
+ * @param value the text behind it. Both may lie in the buffer itself. If any
+ *        argument is NULL nothing is done.
  */
 QN_API void fnQN_MemBuffer_WriteItem(QNMemBuffer *buffer, const char *name, const char *value);
 
@@ -126,7 +135,8 @@ QN_API void fnQN_MemBuffer_WriteItem(QNMemBuffer *buffer, const char *name, cons
  * Empties a buffer and zeroes its storage up to the capacity, which is kept.
  *
  * @param buffer the buffer.
- * @return the storage, still the buffer's; NULL for a NULL buffer.
+ * @return the storage, still the buffer's; NULL for a NULL buffer or one
+ *         without storage.
  */
 QN_API char *fnQN_MemBufer_ClearContent(QNMemBuffer *buffer);
 

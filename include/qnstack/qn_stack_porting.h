@@ -85,7 +85,8 @@ QN_API int32_t fnQN_Stack_Connect(int32_t slot);
 /**
  * Sends bytes with one call to the platform.
  *
- * A peer that is gone gives -1 and never a SIGPIPE.
+ * A peer that is gone gives -1 and never a SIGPIPE; the application's handler,
+ * mask and pending signals are not touched.
  *
  * @param slot 1 to 19, connected.
  * @param bytes what to send; stays the caller's.

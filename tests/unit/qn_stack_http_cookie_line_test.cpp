@@ -75,8 +75,7 @@ TEST_F(QnStackHttpCookieLine, IsWholeOrMissingWhereTheBufferHasRoom) {
       refusals = heap.Refusals();
     }
 
-    EXPECT_EQ(buffer.Fields().held,
-              refusals > 0 ? "" : "Cookie: sid=abc\r\nCookie2: \"1\"\r\n");
+    EXPECT_EQ(buffer.Fields().held, refusals > 0 ? "" : "Cookie: sid=abc\r\nCookie2: \"1\"\r\n");
   }
 }
 

@@ -272,8 +272,7 @@ TEST_F(QnStackHttpCookie, CompareTakesANullTextForDifferent) {
       {{a, a, a, a}, {a, a, nullptr, nullptr}, 0},
   };
   for (const Case &c : kCases) {
-    EXPECT_EQ(qn::CompareCookies(&c.key, &c.stored), c.expected)
-        << "case " << &c - kCases;
+    EXPECT_EQ(qn::CompareCookies(&c.key, &c.stored), c.expected) << "case " << &c - kCases;
   }
 }
 

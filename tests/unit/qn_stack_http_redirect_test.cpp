@@ -40,6 +40,19 @@ TEST(QnStackHttpRedirect, EveryStatusFrom300To399IsFollowed) {
   }
 }
 
+TEST(QnStackHttpRedirect, LeavesNothingOfTheOldAnswerAndRequestInTheirStorage) {
+  AnswerContext ctx;
+  ctx.Feed("HTTP/1.0 302 x\r\nLocation: http://new.test/p\r\n\r\n" + std::string(5000, 'b'));
+  fnQNStack_Http_PrepareQuest(ctx.get());
+
+  EXPECT_EQ(ctx.Read().result, -2);
+
+  for (const QNMemBuffer *buffer : {ctx->recvBuf, ctx->sendBuf}) {
+    EXPECT_EQ(buffer->length, 0U);
+    EXPECT_EQ(std::string(buffer->data, buffer->capacity), std::string(buffer->capacity, '\0'));
+  }
+}
+
 TEST(QnStackHttpRedirect, OtherStatusesAreDelivered) {
   for (const int status : {-300, 0, 30, 100, 200, 299, 400, 401, 500, 3000}) {
     SCOPED_TRACE(status);

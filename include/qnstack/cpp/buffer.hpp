@@ -22,7 +22,8 @@ namespace qnstack {
  */
 
 /**
- * Makes an empty buffer.
+ * Makes an empty buffer. What the header qn_stack_membuffer.h allows with the
+ * record behind the handle, such as taking `data` over, holds here too.
  *
  * @param capacity as for fnQN_MemBuffer_New().
  * @return the buffer.

@@ -5,7 +5,6 @@
 
 #include "qn_owned.h"
 #include "qn_stack_http_internal.h"
-#include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_http_cookie.h"
 #include "qnstack/qn_stack_http_head.h"
 #include "qnstack/qn_stack_porting.h"
@@ -24,8 +23,6 @@ QNHttpCtx *gCtx = nullptr;
 char *qn::http_proxy = nullptr;
 int32_t qn::http_proxy_port = kNoProxyPort;
 int32_t qn::http_net_inited = 0;
-
-bool qn::IsConnect(const QNHttpCtx &ctx) { return fnQN_STRCMP(ctx.method, "CONNECT") == 0; }
 
 QNHttpCtx *qn::NewContext() {
   auto *ctx = NewRecord<QNHttpCtx>();

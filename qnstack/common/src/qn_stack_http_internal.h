@@ -19,9 +19,6 @@ extern int32_t http_net_inited;  // 1 between a successful start and the next cl
 // refuses any of the three.
 QNHttpCtx *NewContext();
 
-// Whether the context is a tunnel.
-bool IsConnect(const QNHttpCtx &ctx);
-
 }  // namespace qn
 
 #endif

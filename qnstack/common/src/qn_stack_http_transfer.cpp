@@ -8,6 +8,7 @@
 #include "qn_stack_membuffer_internal.h"
 #include "qn_stack_porting_internal.h"
 #include "qn_stack_trace.h"
+#include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_porting.h"
 
@@ -16,10 +17,16 @@ namespace {
 constexpr int32_t kChunk = 2048;              // most bytes of one send or receive
 constexpr uint32_t kUnreadHighWater = 20480;  // receiving pauses above this
 constexpr int32_t kMostTries = 3000;          // calls without progress before giving up
-constexpr int32_t kGoOn = 1;                  // of a step: the next one follows in the same call
-constexpr int32_t kWouldBlock = -2;           // of the socket layer, as is the next
+
+// The result of a step after which the next step follows in the same call.
+constexpr int32_t kGoOn = 1;
+
+// Results of the socket layer.
+constexpr int32_t kWouldBlock = -2;
 constexpr int32_t kNullDestination = -3;
-constexpr int32_t kNoMemory = -4;  // bytes came that the buffer has no room for
+
+// The result of receiving a chunk that the heap has no room for.
+constexpr int32_t kNoMemory = -4;
 
 char buffer[kChunk];
 
@@ -27,6 +34,8 @@ char buffer[kChunk];
 void CountTry(QNHttpCtx *ctx) {
   ctx->tryCount = static_cast<int32_t>(static_cast<uint32_t>(ctx->tryCount) + 1);
 }
+
+bool IsTunnel(const QNHttpCtx &ctx) { return fnQN_STRCMP(ctx.method, "CONNECT") == 0; }
 
 int32_t Advance(QNHttpCtx *ctx) {
   ++ctx->state;
@@ -39,7 +48,7 @@ int32_t FailAndCount(QNHttpCtx *ctx, int32_t state) {
   return -1;
 }
 
-// Takes a slot unless the context has one; false when all are taken.
+// Makes a socket unless the context has one; false when all slots are taken.
 bool EnsureSocket(QNHttpCtx *ctx) {
   if (ctx->socket > 0) return true;
   ctx->socket = fnQN_Stack_CreateSocket();
@@ -79,7 +88,7 @@ int32_t Connect(QNHttpCtx *ctx) {
 }
 
 int32_t Compose(QNHttpCtx *ctx) {
-  if (qn::IsConnect(*ctx)) {
+  if (IsTunnel(*ctx)) {
     fnQNStack_Http_PrepareQuest_Connect(ctx);
   } else {
     fnQNStack_Http_PrepareQuest(ctx);
@@ -94,7 +103,8 @@ int32_t Send(QNHttpCtx *ctx) {
   return result;
 }
 
-// What a receive that brought nothing means for the context.
+// Waits or ends after a receive that brought nothing. `result` is what the
+// socket layer gave, or kNoMemory.
 int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
   CountTry(ctx);
   if (result == kWouldBlock || result == kNullDestination) {
@@ -139,7 +149,7 @@ int32_t ReceiveResponse(QNHttpCtx *ctx) {
 }
 
 int32_t Receive(QNHttpCtx *ctx) {
-  if (!qn::IsConnect(*ctx)) return ReceiveResponse(ctx);
+  if (!IsTunnel(*ctx)) return ReceiveResponse(ctx);
   const int32_t result = fnQNStack_Http_RecvConnectData(ctx);
   CountTry(ctx);
   return result;
