@@ -1,7 +1,5 @@
-// Counts the heap blocks that the library leaves behind, and frees them.
-// The library keeps some memory for good and says where; a fuzzer that holds
-// the count against what it knows was kept finds every other leak at once, and
-// runs for hours without growing.
+// Counts the heap blocks that the library leaves behind, and frees them, so that
+// a fuzzer finds every leak at once and runs for hours without growing.
 #ifndef QNSTACK_TESTS_FUZZ_KEPT_BLOCKS_H
 #define QNSTACK_TESTS_FUZZ_KEPT_BLOCKS_H
 

@@ -80,7 +80,7 @@ std::string BodyOf(const std::string &url, int32_t tag) {
   return body;
 }
 
-std::string BodyName(int32_t file_no) { return kCacheFolder + std::to_string(file_no); }
+std::string BodyName(int32_t file_no) { return kCacheDirectory + std::to_string(file_no); }
 
 CachedBody::State StateOf(const QNCacheEntry &entry) {
   std::string body(kBodyBytes + 1, '\0');

@@ -12,7 +12,7 @@ namespace qntest {
 
 inline constexpr char kRecordFile[] = "/data/records";
 inline constexpr char kSettingsFile[] = "/data/settings.ini";
-inline constexpr char kCacheFolder[] = "/wap/ca/";
+inline constexpr char kCacheDirectory[] = "/wap/ca/";
 inline constexpr char kIndexFile[] = "/wap/ca/ca.txt";
 
 using Texts = std::vector<std::string>;

@@ -41,7 +41,7 @@ TEST(QnFsBufferInit, OfNoCapacityIsAtItsEnd) {
 }
 
 TEST(QnFsBufferInit, OfTheLargestCapacityIsReadAsAnyOther) {
-  char storage[] = "abc";
+  char storage[] = "abc\0def";
   QNFSBuffer record = {nullptr, 5, 6};
 
   fnQNFS_Init_Buffer(&record, 0x80000000U);

@@ -65,8 +65,8 @@ void qn::FreeCacheEntry(void *address) {
 }
 
 qn::BodyName::BodyName(int32_t file_no) {
-  fnQN_STRCPY(text_.data(), kCacheFolder);
-  fnQNRTL_itoa(file_no, text_.data() + sizeof kCacheFolder - 1, kDecimal);
+  fnQN_STRCPY(text_.data(), kCacheDirectory);
+  fnQNRTL_itoa(file_no, text_.data() + sizeof kCacheDirectory - 1, kDecimal);
 }
 
 void qn::CountCacheEntry(const QNCacheEntry &entry) {
@@ -86,7 +86,7 @@ int32_t qn::SaveCacheIndex() {
 }
 
 int32_t fnQNStack_LoadCache_To_List(void) {
-  fnQNFS_MkDir(qn::kCacheFolder);
+  fnQNFS_MkDir(qn::kCacheDirectory);
   if (qn::http_cache_list != nullptr) return 1;
   qn::http_cache_list = qn::NewRecord<QNList>();
   if (qn::http_cache_list == nullptr) return 0;
@@ -122,7 +122,7 @@ int32_t fnQNStack_Cache_LoadFileToBuffer(int32_t file_no, void *destination, int
 
 int32_t fnQNStack_Cache_Delete_All(void) {
   QNList *list = fnQNFS_http_cache_list();
-  fnQNFS_DelAllFiles(qn::kCacheFolder);
+  fnQNFS_DelAllFiles(qn::kCacheDirectory);
   fnQNList_Clear(list, qn::FreeCacheEntry);
   return qn::SaveCacheIndex();
 }

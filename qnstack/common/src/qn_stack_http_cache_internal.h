@@ -20,7 +20,7 @@ struct CacheTime {
   int32_t date;
 };
 
-inline constexpr char kCacheFolder[] = "/wap/ca/";
+inline constexpr char kCacheDirectory[] = "/wap/ca/";
 inline constexpr char kCacheIndex[] = "/wap/ca/ca.txt";
 
 extern QNList *http_cache_list;   // the index; null until first used

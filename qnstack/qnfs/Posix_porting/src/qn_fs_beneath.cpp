@@ -15,8 +15,8 @@
 namespace {
 
 constexpr mode_t kFileMode = 0600;
-constexpr mode_t kFolderMode = 0700;
-constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+constexpr mode_t kDirectoryMode = 0700;
+constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
 constexpr int kMostTries = 16;  // where the kernel says that a rename came between
 // So that open() neither waits for a FIFO nor makes a terminal the process's own.
 constexpr int kRegularFlags = O_NONBLOCK | O_NOCTTY;
@@ -52,18 +52,18 @@ int OpenResolved(int root, const char *name, int flags) {
 // Walks the name without following any link.
 int OpenWalked(int root, std::string_view name, int flags) {
   if (name.ends_with('/')) flags |= O_DIRECTORY;
-  qn::Descriptor folder(fcntl(root, F_DUPFD_CLOEXEC, 0));
+  qn::Descriptor directory(fcntl(root, F_DUPFD_CLOEXEC, 0));
   char component[QNFS_PATH_BYTES];
-  while (folder.IsOpen()) {
+  while (directory.IsOpen()) {
     const std::size_t end = std::min(name.find('/'), name.size());
     std::memcpy(component, name.data(), end);
     component[end] = '\0';
     name.remove_prefix(std::min(end + 1, name.size()));
     if (end == 0 && !name.empty()) continue;
     const char *step = end == 0 ? "." : component;
-    if (name.empty()) return openat(folder.Get(), step, flags | O_NOFOLLOW | O_CLOEXEC);
-    folder =
-        qn::Descriptor(openat(folder.Get(), step, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (name.empty()) return openat(directory.Get(), step, flags | O_NOFOLLOW | O_CLOEXEC);
+    directory = qn::Descriptor(
+        openat(directory.Get(), step, O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   }
   return -1;
 }
@@ -107,7 +107,7 @@ qn::Descriptor qn::OpenOrCreateRegular(const char *name, int flags) {
   if (file.IsOpen()) return file;
   const Place place = FindPlace(name);
   if (!place.IsFound()) return {};
-  return Descriptor(openat(place.folder.Get(), place.base,
+  return Descriptor(openat(place.directory.Get(), place.base,
                            flags | kRegularFlags | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
                            kFileMode));
 }
@@ -117,14 +117,14 @@ qn::Place qn::FindPlace(const char *name) {
   if (name == nullptr) return place;
   const std::string_view text(name);
   const std::size_t slash = text.rfind('/');
-  const std::size_t folder_length = slash == std::string_view::npos ? 0 : slash + 1;
-  const std::string_view base(text.data() + folder_length, text.size() - folder_length);
-  const BeneathName folder(std::string_view(text.data(), folder_length));
+  const std::size_t directory_length = slash == std::string_view::npos ? 0 : slash + 1;
+  const std::string_view base(text.data() + directory_length, text.size() - directory_length);
+  const BeneathName directory(std::string_view(text.data(), directory_length));
   const bool is_file = !base.empty() && base != "." && BeneathName(text).IsUsable();
   const Descriptor root = OpenRoot();
   if (!is_file || !root.IsOpen()) return place;
   std::memcpy(place.base, base.data(), base.size());
-  place.folder = OpenIn(root, folder, kFolderFlags);
+  place.directory = OpenIn(root, directory, kDirectoryFlags);
   return place;
 }
 
@@ -140,19 +140,19 @@ bool qn::IsRegular(const char *name) {
 
 bool qn::IsReplaceable(const char *name, const Place &place) {
   struct stat status = {};
-  if (fstatat(place.folder.Get(), place.base, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+  if (fstatat(place.directory.Get(), place.base, &status, AT_SYMLINK_NOFOLLOW) != 0) {
     return errno == ENOENT;
   }
   return IsRegularFile(status) || IsRegular(name);
 }
 
-bool qn::MakeFolders(std::string_view path) {
+bool qn::MakeDirectories(std::string_view path) {
   if (!BeneathName(path).IsUsable()) return false;
   for (std::size_t end = 0; end < path.size(); ++end) {
     end = std::min(path.find('/', end), path.size());
     const Place place = FindPlace(BeneathName({path.data(), end}).Text());
-    if (place.IsFound()) mkdirat(place.folder.Get(), place.base, kFolderMode);
+    if (place.IsFound()) mkdirat(place.directory.Get(), place.base, kDirectoryMode);
   }
-  // What was there already is no failure; only the folder itself counts.
-  return OpenBeneath(BeneathName(path).Text(), kFolderFlags).IsOpen();
+  // What was there already is no failure; only the directory itself counts.
+  return OpenBeneath(BeneathName(path).Text(), kDirectoryFlags).IsOpen();
 }

@@ -13,7 +13,7 @@
 
 namespace qn {
 
-// A name as the system takes it below the root: without leading slashes.
+// A name relative to the root: without leading slashes.
 class BeneathName {
  public:
   explicit BeneathName(std::string_view name);
@@ -28,41 +28,40 @@ class BeneathName {
   bool usable_ = false;
 };
 
-// A file by its folder, which is open, and its name there.
+// A file's directory, opened, and the file's name in it.
 struct Place {
-  Descriptor folder;
+  Descriptor directory;
   char base[QNFS_PATH_BYTES] = {};
 
-  bool IsFound() const { return folder.IsOpen(); }
+  bool IsFound() const { return directory.IsOpen(); }
 };
 
-// Opens a name; `flags` as for open(2). Links that stay below the root are
-// followed.
+// Opens a name with the flags of open(2). Symbolic links that stay below the
+// root are followed.
 Descriptor OpenBeneath(const char *name, int flags);
 
-// Opens a regular file; anything else in its place is not opened, and a FIFO
-// is not waited for.
+// Opens a regular file and nothing else. It does not wait for a FIFO.
 Descriptor OpenRegular(const char *name, int flags);
 
-// Opens a regular file and creates it (0600) if there is none. A dangling link
-// is no place to create one.
+// Opens a regular file and creates it (0600) if there is none. It creates none
+// where a symbolic link to nothing stands.
 Descriptor OpenOrCreateRegular(const char *name, int flags);
 
-// The folder that a file is or would be in.
+// The directory that a file is or would be in.
 Place FindPlace(const char *name);
 
-// What a name stands for, links followed below the root; false if there is
-// nothing.
+// The status of what a name stands for; symbolic links below the root are
+// followed. False if there is nothing.
 bool StatBeneath(const char *name, struct stat *status);
 
 // Whether the name is a regular file.
 bool IsRegular(const char *name);
 
-// Whether a file can be put there: a regular one is, or nothing.
+// Whether a file can be put at a place: there is a regular one, or nothing.
 bool IsReplaceable(const char *name, const Place &place);
 
-// Creates a folder (0700) and those it is in, as far as they are missing.
-bool MakeFolders(std::string_view path);
+// Creates a directory (0700) and those it is in, as far as they are missing.
+bool MakeDirectories(std::string_view path);
 
 }  // namespace qn
 

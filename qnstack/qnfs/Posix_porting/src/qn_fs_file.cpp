@@ -22,7 +22,7 @@
 namespace {
 
 constexpr int32_t kFailed = -1;
-// Loading a file takes its size and so much more in 32 bits.
+// A load adds 10000 bytes to the size, in 32 bits.
 constexpr off_t kMostFileSize = std::numeric_limits<int32_t>::max() - 10000;
 
 std::size_t Size(int32_t length) { return static_cast<std::size_t>(length); }
@@ -45,20 +45,21 @@ bool CopyWhole(int from, int to) {
   return got == 0;
 }
 
-bool IsFolder(int folder, const dirent &entry) {
+bool IsDirectory(int directory, const dirent &entry) {
   if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
   struct stat status = {};
-  return fstatat(folder, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+  return fstatat(directory, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
          S_ISDIR(status.st_mode);
 }
 
-// Deletes all that is not a folder; false if something stayed.
+// Deletes all that is not a directory; false if something stayed.
 bool DeleteEntries(DIR *entries) {
-  const int folder = dirfd(entries);
+  const int directory = dirfd(entries);
   bool all = true;
   errno = 0;
   while (const dirent *entry = readdir(entries)) {
-    if (!IsFolder(folder, *entry) && unlinkat(folder, entry->d_name, 0) != 0 && errno != ENOENT) {
+    if (!IsDirectory(directory, *entry) && unlinkat(directory, entry->d_name, 0) != 0 &&
+        errno != ENOENT) {
       all = false;
     }
     errno = 0;
@@ -100,7 +101,9 @@ const Mode *FindMode(const char *text) {
 
 int32_t fnQNFS_isFileExisted(const char *name) { return qn::IsRegular(name) ? 1 : 0; }
 
-int32_t fnQNFS_MkDir(const char *path) { return path != nullptr && qn::MakeFolders(path) ? 1 : 0; }
+int32_t fnQNFS_MkDir(const char *path) {
+  return path != nullptr && qn::MakeDirectories(path) ? 1 : 0;
+}
 
 QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
   const Mode *way = FindMode(mode);
@@ -141,33 +144,33 @@ int32_t fnQNFS_MoveFile(const char *destination, const char *source) {
   const qn::Place to = qn::FindPlace(destination);
   if (!from.IsFound() || !to.IsFound()) return 0;
   if (!qn::IsRegular(source) || !qn::IsReplaceable(destination, to)) return 0;
-  if (renameat(from.folder.Get(), from.base, to.folder.Get(), to.base) != 0) return 0;
-  qn::SyncFolder(to.folder);
-  qn::SyncFolder(from.folder);
+  if (renameat(from.directory.Get(), from.base, to.directory.Get(), to.base) != 0) return 0;
+  qn::SyncDirectory(to.directory);
+  qn::SyncDirectory(from.directory);
   return 1;
 }
 
 int32_t fnQNFS_DeleteFile(const char *name) {
   const qn::Place place = qn::FindPlace(name);
-  return place.IsFound() && unlinkat(place.folder.Get(), place.base, 0) == 0 ? 1 : 0;
+  return place.IsFound() && unlinkat(place.directory.Get(), place.base, 0) == 0 ? 1 : 0;
 }
 
 int32_t fnQNFS_DelAllFiles(const char *path) {
-  qn::Descriptor folder = qn::OpenBeneath(path, O_RDONLY | O_DIRECTORY);
-  if (!folder.IsOpen()) return 0;
-  DIR *entries = fdopendir(folder.Get());
+  qn::Descriptor directory = qn::OpenBeneath(path, O_RDONLY | O_DIRECTORY);
+  if (!directory.IsOpen()) return 0;
+  DIR *entries = fdopendir(directory.Get());
   if (entries == nullptr) return 0;
-  folder.Release();
+  directory.Release();
   const bool all = DeleteEntries(entries);
   return closedir(entries) == 0 && all ? 1 : 0;
 }
 
 int32_t fnQNFS_RmDir(const char *path) {
-  std::string_view folder(path == nullptr ? "" : path);
-  while (folder.ends_with('/')) folder.remove_suffix(1);
-  const qn::BeneathName name(folder);
+  std::string_view directory(path == nullptr ? "" : path);
+  while (directory.ends_with('/')) directory.remove_suffix(1);
+  const qn::BeneathName name(directory);
   const qn::Place place = qn::FindPlace(name.Text());
-  return place.IsFound() && unlinkat(place.folder.Get(), place.base, AT_REMOVEDIR) == 0 ? 1 : 0;
+  return place.IsFound() && unlinkat(place.directory.Get(), place.base, AT_REMOVEDIR) == 0 ? 1 : 0;
 }
 
 uint32_t fnQNFS_File_CreateDir(const char *path) {
@@ -175,8 +178,8 @@ uint32_t fnQNFS_File_CreateDir(const char *path) {
   if (length == 0 || length >= QNFS_PATH_BYTES) return 0;
   const std::string_view text(path, length);
   const std::size_t last_slash = text.rfind('/');
-  const std::string_view folders(path, last_slash == std::string_view::npos ? 0 : last_slash);
-  return qn::MakeFolders(folders) ? static_cast<uint32_t>(length) : 0;
+  const std::string_view directories(path, last_slash == std::string_view::npos ? 0 : last_slash);
+  return qn::MakeDirectories(directories) ? static_cast<uint32_t>(length) : 0;
 }
 
 int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination, int32_t *count) {

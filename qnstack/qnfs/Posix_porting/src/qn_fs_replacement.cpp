@@ -25,11 +25,11 @@ bool Lock(int fd) {
 }
 
 // Whether the open file still has that name.
-bool IsStillNamed(int fd, int folder, const char *name) {
+bool IsStillNamed(int fd, int directory, const char *name) {
   struct stat open_file = {};
   struct stat named = {};
   return fstat(fd, &open_file) == 0 && S_ISREG(open_file.st_mode) &&
-         fstatat(folder, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
+         fstatat(directory, name, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
          open_file.st_dev == named.st_dev && open_file.st_ino == named.st_ino;
 }
 
@@ -38,7 +38,7 @@ bool IsStillNamed(int fd, int folder, const char *name) {
 qn::Replacement::Replacement(const char *name) : place_(FindPlace(name)) {
   if (!place_.IsFound() || !IsReplaceable(name, place_) || !NameTemporary()) return;
   for (int tries = 0; tries < kMostTries && OpenTemporary(); ++tries) {
-    if (IsStillNamed(file_.Get(), place_.folder.Get(), temporary_)) break;
+    if (IsStillNamed(file_.Get(), place_.directory.Get(), temporary_)) break;
     file_.Close();
   }
   // A crash may have left old content in it.
@@ -46,7 +46,7 @@ qn::Replacement::Replacement(const char *name) : place_(FindPlace(name)) {
 }
 
 qn::Replacement::~Replacement() {
-  if (file_.IsOpen() || lock_.IsOpen()) unlinkat(place_.folder.Get(), temporary_, 0);
+  if (file_.IsOpen() || lock_.IsOpen()) unlinkat(place_.directory.Get(), temporary_, 0);
 }
 
 bool qn::Replacement::NameTemporary() {
@@ -58,7 +58,7 @@ bool qn::Replacement::NameTemporary() {
 }
 
 bool qn::Replacement::OpenTemporary() {
-  file_ = Descriptor(openat(place_.folder.Get(), temporary_,
+  file_ = Descriptor(openat(place_.directory.Get(), temporary_,
                             O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC,
                             kFileMode));
   if (file_.IsOpen() && !Lock(file_.Get())) file_.Close();
@@ -71,11 +71,11 @@ bool qn::Replacement::Commit() {
   // same open file holds the lock until the file has its name.
   lock_ = Descriptor(fcntl(file_.Get(), F_DUPFD_CLOEXEC, 0));
   if (!lock_.IsOpen() || !file_.Close()) return false;
-  const int folder = place_.folder.Get();
-  if (renameat(folder, temporary_, folder, place_.base) != 0) return false;
+  const int directory = place_.directory.Get();
+  if (renameat(directory, temporary_, directory, place_.base) != 0) return false;
   lock_.Close();
-  SyncFolder(place_.folder);
+  SyncDirectory(place_.directory);
   return true;
 }
 
-void qn::SyncFolder(const Descriptor &folder) { fsync(folder.Get()); }
+void qn::SyncDirectory(const Descriptor &directory) { fsync(directory.Get()); }

@@ -33,9 +33,9 @@ class Replacement {
   Descriptor lock_;  // the same open file; keeps its lock when file_ is closed
 };
 
-// Makes what was done to a folder's entries last. Some file systems cannot;
-// the entries are in place all the same.
-void SyncFolder(const Descriptor &folder);
+// Writes a directory's entries to the medium. Where the file system cannot do
+// that, the entries are in place all the same.
+void SyncDirectory(const Descriptor &directory);
 
 }  // namespace qn
 

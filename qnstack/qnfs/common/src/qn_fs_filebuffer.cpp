@@ -134,8 +134,8 @@ void fnQNFS_Buffer_WriteLine(QNFSBuffer *record, const char *string) {
 char *fnQNFS_Buffer_ReadString(QNFSBuffer *record) {
   if (record == nullptr) return nullptr;
   const std::string_view rest = Rest(record);
-  // Without a zero byte the last byte ends the field, and is the field's as
-  // well unless there is no other.
+  // Where no zero byte ends the field, the buffer's last byte does. It belongs to
+  // the field too, unless it would be the only one.
   const std::size_t zero = rest.find('\0');
   const std::size_t before_end = std::min(zero, rest.empty() ? 0 : rest.size() - 1);
   const std::size_t length =
@@ -156,7 +156,7 @@ int32_t fnQNFS_Buffer_ReadLong(QNFSBuffer *record, int32_t *status) {
 }
 
 QNTime fnQNFS_Buffer_ReadDateTime(QNFSBuffer *record, int32_t *flag) {
-  // A missing record counts as valid, unlike a field that cannot be read.
+  // A NULL record counts as valid, a field that cannot be read does not.
   bool valid = record == nullptr;
   QNTime time = {};
   const qn::Owned<char> field(fnQNFS_Buffer_ReadString(record));
