@@ -31,8 +31,7 @@ QN_BEGIN_DECLS
  *         text does not fit, @p len, with the first @p len - 1 characters
  *         stored. With a @p len of 0, the full length of the text.
  */
-QN_API int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list args)
-    QN_PRINTF_LIKE(3, 0);
+QN_API int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list args);
 
 /**
  * Formats into a bounded area, with the arguments given one by one.
@@ -42,8 +41,7 @@ QN_API int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va
  * @param format the format; not NULL.
  * @return as fnQNRTL_vsnprintf().
  */
-QN_API int32_t fnQNRTL_snprintf(char *buf, uint32_t len, const char *format, ...)
-    QN_PRINTF_LIKE(3, 4);
+QN_API int32_t fnQNRTL_snprintf(char *buf, uint32_t len, const char *format, ...);
 
 /** @} */
 

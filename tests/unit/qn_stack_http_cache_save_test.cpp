@@ -86,12 +86,13 @@ TEST_F(QnCacheSave, KeepsAnEmptyLabelAndAnEmptyBody) {
   EXPECT_EQ(Body(kFileNoOfNow), "");
 }
 
-TEST_F(QnCacheSave, KeepsAnAnswerWithoutAUrlWhereNoLookupFindsIt) {
-  EXPECT_EQ(fnQNStack_Cache_Save(nullptr, nullptr, "body", 4, kFresh, 0), 1);
+TEST_F(QnCacheSave, RefusesAnAnswerWithoutAUrlAndThrowsNothingOut) {
+  const std::vector<CachedAnswer> stale = Answers(1, kNow - 1);
+  Start(stale);
 
-  EXPECT_EQ(fnQNStack_Cache_FindbyUrl(nullptr), nullptr);
-  EXPECT_EQ(fnQNStack_Cache_FindbyUrl(""), nullptr);
-  EXPECT_EQ(IndexFile(), IndexOf({Saved("", 4)}));
+  EXPECT_EQ(fnQNStack_Cache_Save(nullptr, nullptr, "body", 4, kFresh, 0), 0);
+
+  EXPECT_EQ(Held(), stale);
 }
 
 TEST_F(QnCacheSave, PutsTheNewEntryInFrontAndCountsIt) {

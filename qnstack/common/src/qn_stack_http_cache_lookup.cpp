@@ -106,7 +106,7 @@ OwnedEntry NewEntry(const char *url, const char *label) {
   if (entry == nullptr) return nullptr;
   entry->url = fnQNStack_StrDup(url);
   entry->label = fnQNStack_StrDup(label != nullptr ? label : kNoLabel);
-  const bool complete = (entry->url != nullptr || url == nullptr) && entry->label != nullptr;
+  const bool complete = entry->url != nullptr && entry->label != nullptr;
   return complete ? std::move(entry) : nullptr;
 }
 
@@ -114,6 +114,7 @@ OwnedEntry NewEntry(const char *url, const char *label) {
 
 int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *body, int32_t length,
                              int32_t expires, int32_t tag) {
+  if (url == nullptr) return 0;
   Body saved = {body, length, nullptr};
   OwnedEntry entry = NewEntry(url, label);
   const QNListNode *old = FindNode(url);

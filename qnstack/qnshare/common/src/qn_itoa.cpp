@@ -62,11 +62,13 @@ char *qn::xtoa(uint32_t value, char *buf, uint32_t radix, int negative) {
 }
 
 char *fnQNRTL_itoa(int32_t value, char *buf, int32_t radix) {
+  if (buf == nullptr) return nullptr;
   const auto usable_radix = static_cast<uint32_t>(std::max(radix, 0));
   return qn::xtoa(static_cast<uint32_t>(value), buf, usable_radix, radix == 10 && value < 0);
 }
 
 char *fnQNRTL_ftoa(double value, char *buf, int32_t radix) {
+  if (buf == nullptr) return nullptr;
   const int32_t integer_part = TruncateToInt32(value);
   fnQNRTL_itoa(integer_part, buf, radix);
   const std::size_t length = fnQN_STRLEN(buf);

@@ -122,7 +122,7 @@ void *fnQNList_RemoveTail(QNList *list) {
 }
 
 int32_t fnQNList_Delete_ByNum(QNList *list, int32_t index, QNListRelease release) {
-  if (list == nullptr || index < 0 || index >= list->count) return 0;
+  if (list == nullptr || release == nullptr || index < 0 || index >= list->count) return 0;
   QNListNode *node = fnQNList_Find_ByNum(list, index);
   if (node == nullptr) return 0;
   void *data = node->data;
@@ -200,6 +200,7 @@ void fnQNList_Move(QNList *list, QNListNode *node, QNListNode *before) {
 }
 
 void fnQNList_Reverse(QNList *list) {
+  if (list == nullptr) return;
   QNListNode *old_head = list->head;
   for (QNListNode *node = old_head; node != nullptr;) {
     QNListNode *next = node->next;

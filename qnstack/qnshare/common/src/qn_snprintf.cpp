@@ -87,6 +87,7 @@ bool CountsInto(const char *format) {
 }  // namespace
 
 int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list args) {
+  if (format == nullptr || (buf == nullptr && len != 0)) return -1;
   const char *whole_format = format;
   va_list whole_args;
   va_copy(whole_args, args);
