@@ -56,9 +56,7 @@ TEST_F(NullInClient, AsContextFails) {
   EXPECT_EQ(fnQNStack_Http_Socket_Recvata(nullptr, piece, 4), -1);
 }
 
-TEST_F(NullInClient, AsContextOfACallbackIsDone) {
-  EXPECT_EQ(fnQNStack_Http_Call_Run(nullptr), 0);
-}
+TEST_F(NullInClient, AsContextOfACallbackIsDone) { EXPECT_EQ(fnQNStack_Http_Call_Run(nullptr), 0); }
 
 TEST_F(NullInClient, IsFreedAndStoppedWithoutAnEffect) {
   Context ctx = Answered(QN_HTTP_RECEIVING);
