@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Each pointer that an exported function takes is NULL in some call of the given
 # test sources, and the page that says what NULL gives names every one of these
 # functions. The parameters come from the headers, the names from the list.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What NULL gives in the list, the buffer, the number formatting and the
 // bounded printf.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What NULL gives in the file primitives of the inert port: its fixed results,
 // as for every other argument.
 #include <gtest/gtest.h>

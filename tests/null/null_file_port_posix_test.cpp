@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What NULL gives in the file primitives of the POSIX port: failure, with no
 // file changed and nobody told.
 #include <gtest/gtest.h>

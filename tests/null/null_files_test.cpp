@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What NULL gives in the record files, the typed file buffer, the settings and
 // the cache. The same on both file ports; on the POSIX one the files are there,
 // so that NULL alone is the reason for a failure.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What NULL gives in the HTTP client, its tables, the WAP facade and the socket
 // layer.
 #include <gtest/gtest.h>

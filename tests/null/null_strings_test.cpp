@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What NULL gives in the string and memory primitives, the comparisons and the
 // helpers that take text apart.
 #include <gtest/gtest.h>

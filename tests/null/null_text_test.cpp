@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What NULL gives in the character sets, the dates and the small tools.
 #include <gtest/gtest.h>
 
