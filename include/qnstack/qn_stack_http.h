@@ -54,8 +54,11 @@ enum {
 
 /**
  * One HTTP exchange. Made by an open function, released by
- * fnQNStack_Http_FreeCtx(). Read the answer fields as you like; strings belong
- * to the context and may be replaced or freed by any call that drives it.
+ * fnQNStack_Http_FreeCtx(). A program may read every field. Strings belong to
+ * the context and may be replaced or freed by any call that drives it.
+ *
+ * A redirect keeps `retCtxLen` and `retValue` until the next answer has its own.
+ * A `retCtxLen` of 2147483647 cannot be compared with what came.
  */
 typedef struct QNHttpCtx {
   char *url;             /**< the URL as given; replaced by an answer's location */
@@ -77,11 +80,8 @@ typedef struct QNHttpCtx {
   int32_t retEncoding;   /**< 0 no "Content-Encoding:", -1 "gzip", 1 any other; bodies are never
                               decoded */
   int32_t retCtxLen;     /**< the answer's "Content-Length:", for information; 0 if there was
-                              none, -1 if its number cannot be read, 2147483647 for that and every
-                              larger number, so such a length cannot be checked; kept over a
-                              redirect until the next answer has one */
-  int32_t retValue;      /**< the answer's status code; 0 if it cannot be read; kept over a
-                              redirect until the next answer has one */
+                              none, -1 if unreadable, 2147483647 for all larger numbers */
+  int32_t retValue;      /**< the answer's status code; 0 if it cannot be read */
   int32_t redirectCount; /**< redirects followed so far; never reset */
   int32_t tryCount;      /**< calls in a row without progress */
 } QNHttpCtx;
