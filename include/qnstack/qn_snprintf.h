@@ -7,33 +7,33 @@
  *
  * | Write | For |
  * |---|---|
- * | `%d` `%i` `%u` `%x` `%X` `%o` | `int` and `unsigned`, with `h` also `short` |
+ * | "%d" "%i" "%u" "%x" "%X" "%o" | `int` and `unsigned`, with `h` also `short` |
  * | the same with `l` | `long` and `unsigned long` |
  * | `"%" PRId64`, `"%" PRIu64` | 64-bit numbers; from `<inttypes.h>` |
- * | `%f` `%e` `%E` `%g` `%G` | `double` |
- * | `%s` | a string; NULL is shown as "(null)" |
- * | `%c` | a character |
- * | `%pp` | a pointer, as hexadecimal digits without "0x" |
- * | `%n` | the `int` that receives the number of characters so far |
- * | `%%` | one percent sign |
+ * | "%f" "%e" "%E" "%g" "%G" | `double` |
+ * | "%s" | a string; NULL is shown as "(null)" |
+ * | "%c" | a character |
+ * | "%pp" | a pointer, as hexadecimal digits without "0x" |
+ * | "%n" | the `int` that receives the number of characters so far |
+ * | "%%" | one percent sign |
  *
  * Flags (`-`, `+`, blank, `#`, `0`), a width, a precision and `*` for either
- * work as in C. Two digits differ: `%g` writes no zero before the point (".5",
- * "1.e+10"), and `%f` is wrong from 1e80 on.
+ * work as in C. Two digits differ: "%g" writes no zero before the point (".5",
+ * "1.e+10"), and "%f" is wrong from 1e80 on.
  *
- * APR does not know `%zu`, `%zd`, `%lld`, `%llu`, `%hhd`, `%jd`, `%td`, `%a`,
- * `%F`, `%Lf`, `%'d`, a bare `%p`, or positions such as `%1$s`. It writes such a
- * conversion as text and does not take its argument. The next conversion then
- * gets the wrong argument, and a `%s` behind it crashes. A compiler does not warn
- * of this: the functions carry no `printf` attribute, which would promise all of
- * C's conversions. Cast instead:
+ * APR does not know "%zu", "%zd", "%hhd", "%jd", "%td", "%a", "%F", "%Lf", "%'d",
+ * a bare "%p", or positions such as "%1$s", and where a `long` has 64 bits it does
+ * not know "%lld" and "%llu". It writes such a conversion as text and does not
+ * take its argument. The next conversion then gets the wrong argument, and a "%s"
+ * behind it crashes. A compiler does not warn of this: the functions carry no
+ * `printf` attribute, which would promise all of C's conversions. Cast instead:
  *
  * | Instead of | Write |
  * |---|---|
- * | `%zu`, `%td` | `%lu` with `(unsigned long)`, `%ld` with `(long)` |
- * | `%lld`, `%jd` | `"%" PRId64` with `(int64_t)` |
- * | `%hhd` | `%d` |
- * | `%p` | `%pp` |
+ * | "%zu", "%td" | "%lu" with `(unsigned long)`, "%ld" with `(long)` |
+ * | "%lld", "%jd" | `"%" PRId64` with `(int64_t)` |
+ * | "%hhd" | "%d" |
+ * | "%p" | "%pp" |
  */
 #ifndef QNSTACK_QN_SNPRINTF_H
 #define QNSTACK_QN_SNPRINTF_H

@@ -26,8 +26,8 @@
  *   in globals.
  * - NULL. Four functions must not get a NULL pointer: fnQN_MEMCPY(),
  *   fnQN_MEMSET(), fnQN_MEMCHR() and fnQN_MEMCMP(). Every other function takes
- *   NULL for each of its pointers, and its text says what that gives. A table of
- *   all of them is on the page @ref nulls.
+ *   NULL for each of its pointers, and its text says what that gives. The page
+ *   "What NULL gives" of the reference has a table of all of them.
  */
 #ifndef QNSTACK_QNSTACK_H
 #define QNSTACK_QNSTACK_H
