@@ -2,12 +2,12 @@
  * @file Transcode.h
  * @brief Text in the character sets of multimedia messages, to UTF-8 and back.
  *
- * The converters write into areas that they do not check; each says how much
- * room it needs. They report nothing: what cannot be decoded is taken by the
- * bit rules given here. Where these rules are not Unicode's (RFC 3629,
- * RFC 2781) the function says so; readers have always seen those bytes, so
- * they stay. None waits for a terminator in its source: the length alone
- * counts, and a negative one counts as an empty text.
+ * The converters do not check the size of the area they write to; each says how
+ * much room it needs. They report no errors: what is not valid text is converted
+ * by the bit rules given here. Where these rules are not those of Unicode
+ * (RFC 3629, RFC 2781) the function says so; programs rely on those bytes, so
+ * they stay. The length alone ends the source, not a terminator, and a negative
+ * length counts as 0.
  */
 #ifndef QNSTACK_TRANSCODE_H
 #define QNSTACK_TRANSCODE_H
@@ -25,9 +25,9 @@ QN_BEGIN_DECLS
 
 /** Character sets that fnCharSet_DecodeString2Local() knows, by IANA MIBenum. */
 enum {
-  QN_CHARSET_US_ASCII = 3, /**< US-ASCII, taken as it is */
+  QN_CHARSET_US_ASCII = 3, /**< US-ASCII; copied */
   QN_CHARSET_LATIN1 = 4,   /**< ISO-8859-1 */
-  QN_CHARSET_UTF8 = 106,   /**< UTF-8, taken as it is */
+  QN_CHARSET_UTF8 = 106,   /**< UTF-8; copied */
   QN_CHARSET_UCS2 = 1000,  /**< ISO-10646-UCS-2, with a byte-order mark */
   QN_CHARSET_UTF16 = 1015  /**< UTF-16, big-endian unless a mark says otherwise */
 };
@@ -35,12 +35,12 @@ enum {
 /**
  * Converts big-endian UCS-2 bytes to UTF-8.
  *
- * Of characters from U+0400 to U+07FF the lead byte loses one bit (U+0410
+ * In characters from U+0400 to U+07FF the lead byte loses one bit (U+0410
  * gives C0 90). Surrogates are encoded one by one.
  *
  * @param src the bytes; NULL converts nothing.
- * @param len their number. With an odd one you vouch for one byte more: it is
- *        read as the second byte of the last unit.
+ * @param len their number. An odd number reads one byte more: the byte behind
+ *        the last one completes its pair, so it must be there.
  * @param out room for 3 bytes per started pair and 1 more; terminated. NULL
  *        converts nothing.
  */
@@ -81,9 +81,9 @@ QN_API void UCS4toUTF8(const uint32_t *src, int32_t count, char *out);
 /**
  * Converts UTF-8 to UCS-2 units.
  *
- * Following bytes are not checked, stray ones lead a pair, four-byte leads are
- * taken for three-byte ones, and a sequence cut by the end is skipped byte by
- * byte.
+ * Nothing is checked: any byte may follow a lead byte, a continuation byte
+ * without a lead byte begins a pair, and a four-byte sequence is read as one of
+ * three bytes. A sequence that the end cuts off is skipped byte by byte.
  *
  * @param src the bytes; NULL converts nothing.
  * @param len their number.
@@ -95,28 +95,30 @@ QN_API void UTF8toUCS2(const char *src, int32_t len, uint16_t *out);
 /**
  * Converts UTF-16 bytes to UCS-4 values.
  *
- * The order is big-endian unless the text starts with FF FE. A mark in order
- * is dropped wherever it stands, one out of order is dropped and switches the
+ * The order is big-endian unless the text starts with FF FE. Byte-order marks
+ * are dropped wherever they stand; one in the other order also switches the
  * order. The conversion ends at a surrogate that has no partner.
  *
  * @param src the bytes; NULL converts nothing.
  * @param len their number; an odd last byte is not looked at.
  * @param out room for one value per pair and 1 more; terminated by a 0 value.
  *        NULL converts nothing.
- * @return the number of values, without the terminator.
+ * @return the number of values, without the terminator; 0 for NULL.
  */
 QN_API int32_t UTF16toUCS4(const void *src, int32_t len, uint32_t *out);
 
 /**
- * Decodes a text to UTF-8, by the rules of the converters above: set 1000 as
- * the byte streams of UCS-2, so that U+0400 to U+07FF lose a bit; set 1015 as
- * UTF16toUCS4() and UCS4toUTF8(), so that the text ends at a surrogate without
- * a partner and values above U+1FFFF take five or six bytes. Nothing behind
- * @p len bytes is read: where a text in set 1000 ends within a unit, its second
- * byte counts as 0.
+ * Decodes a text to UTF-8, by the rules of the converters above.
  *
- * @param charset an IANA MIBenum; a set that is not known is taken as it is.
- *        Set 1000 needs a byte-order mark.
+ * - Set 1000 is converted as BigEndianUCS2toUTF8() and LitEndianUCS2toUTF8() do:
+ *   U+0400 to U+07FF lose a bit. After an odd last byte the missing one counts
+ *   as 0; nothing behind the text is read.
+ * - Set 1015 is converted as UTF16toUCS4() and UCS4toUTF8() do: the text ends at
+ *   a surrogate without a partner, and values above U+1FFFF take five or six
+ *   bytes.
+ *
+ * @param charset an IANA MIBenum. Text in a set that is not known is copied as
+ *        it is. Set 1000 needs a byte-order mark.
  * @param src the text; stays the caller's.
  * @param len in: its length in bytes; out: the length of the result up to its
  *        first zero byte. Untouched when the result is NULL.

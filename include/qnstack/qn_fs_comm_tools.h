@@ -5,13 +5,17 @@
  * Time comes in two forms: the broken-down #QNTime, and "julian seconds", an
  * unsigned 32-bit count that JULIANTOSECONDS() makes and GETJULIANDATE() reads
  * back. The two are not exact inverses, and the clock readers feed the
- * system's raw fields (years since 1900, months from 0) into the first. What
- * is stored and compared was made by these same functions, so their values
+ * system's raw fields (years since 1900, months from 0) into the first. Values
+ * that programs have stored were made by these same functions, so the functions
  * stay as they are, also where they disagree with the civil calendar:
  *
- * - "now" (GETTIMESECONDS() and all that is made of it) is negative for years
- *   to come and does not always grow: it can step back at the end of a month.
- * - Dates that were parsed lie far ahead of "now" of the same instant.
+ * - "Now" (GETTIMESECONDS() and all that is made of it) is negative until 2029
+ *   and does not always grow: at the end of a month it steps back or forward by
+ *   up to a month. It is local time, so it also follows summer time.
+ * - A date that was parsed lies about 60 years ahead of "now" of the same instant.
+ *
+ * The clock readers and the cache read the time zone once in a process. A zone
+ * that changes later counts only after the program calls `tzset()`.
  */
 #ifndef QNSTACK_QN_FS_COMM_TOOLS_H
 #define QNSTACK_QN_FS_COMM_TOOLS_H
@@ -36,8 +40,7 @@ typedef struct QNTime {
   uint32_t hour;   /**< 0 to 23 */
   uint32_t minute; /**< 0 to 59 */
   uint32_t second; /**< 0 to 59 */
-  uint32_t extra;  /**< week of the year from GETJULIANDATE(); 0 from the clock; else what was put
-                        there */
+  uint32_t extra;  /**< week of the year from GETJULIANDATE(); 0 from the clock readers */
 } QNTime;
 
 /** For the application's use, as in timing a run; 0 at start, never touched by the library. */
@@ -49,9 +52,9 @@ extern QN_API uint32_t end_time;
  * Converts a date and time to julian seconds.
  *
  * The count starts at 1969-12-31 00:00:00, for the day is added as it stands.
- * The years are walked downwards in 16 bits until 1970 has been added, so a
- * year of 1970 or less counts 64 thousand years more; the clock readers
- * depend on it.
+ * The years are walked downwards in 16 bits until 1970 has been added. A year of
+ * 1970 or less wraps to 65535 on the way and so counts some 64 thousand years
+ * more; "now" is made in this way.
  *
  * @param t the date; `extra` is not read. A month of 0 adds no months, one
  *        above 13 all twelve.
@@ -74,8 +77,8 @@ QN_API void GETJULIANDATE(uint32_t seconds, QNTime *t);
 /**
  * "Now": julian seconds of the current local time's raw fields.
  *
- * @return the count read as signed; see the top of this file for what it is
- *         good for.
+ * @return the count read as signed; the top of this file says how it differs
+ *         from a calendar.
  */
 QN_API int32_t GETTIMESECONDS(void);
 
@@ -134,10 +137,10 @@ QN_API int32_t parse_date_str(const char *text);
  * Writes a date in the manner of an HTTP header, as in
  * "Mon, 6 Jan 2009 -5:7:9 GMT".
  *
- * It shifts the hour by -8 without touching the day, pads nothing, and takes
- * the name of the weekday from the week of the year; readers have always seen
- * it so. From week 19 on that name is empty. Seconds that fall on no date are
- * written as "Mon, 0  0 -8:0:0 GMT".
+ * It shifts the hour by -8 without touching the day, pads no number, and takes
+ * the name of the weekday from the week of the year. Readers of this text rely
+ * on that, so it stays. From week 19 on the name is empty. Where GETJULIANDATE()
+ * writes nothing, the text is "Mon, 0  0 -8:0:0 GMT".
  *
  * @param seconds julian seconds.
  * @param out receives the terminated text; 48 bytes do.
@@ -190,8 +193,7 @@ QN_API int32_t fnQNFS_Time_IsValid(uint32_t year, uint32_t month, uint32_t day, 
                                    uint32_t minute, uint32_t second);
 
 /**
- * Reads the local time: the system's raw fields, with `extra` 0. The time zone
- * is looked up once in a process.
+ * Reads the local time: the system's raw fields, with `extra` 0.
  *
  * @param t receives them; NULL receives nothing.
  * @return @p t.
@@ -245,7 +247,7 @@ typedef intptr_t (*QNFSTimerFunction)(intptr_t argument);
  *
  * @param id the timer's number; not read.
  * @param milliseconds the interval; not read.
- * @param function what to call; not read.
+ * @param function what to call; not read, so NULL is fine.
  * @param argument what to call it with; not read.
  * @return always 1.
  */
@@ -312,11 +314,10 @@ QN_API intptr_t fnQNFS_CallBackOper(const QNFSCallBack *record, intptr_t a1, int
                                     intptr_t a7);
 
 /**
- * Sets the source path and line of the log text that comes next. A copy of the
- * path is kept until the next call.
+ * Sets the source path and line that the next log text is about.
  *
- * @param path source path; what stands before its last backslash is dropped.
- *        NULL leaves no path.
+ * @param path source path, copied; what stands before its last backslash is
+ *        dropped. NULL clears the path.
  * @param line source line.
  */
 QN_API void fnQNFS_printLog_param(const char *path, int32_t line);
@@ -324,7 +325,7 @@ QN_API void fnQNFS_printLog_param(const char *path, int32_t line);
 /**
  * Would write a log text; writes nothing in this port.
  *
- * @param format as for `printf`; not read.
+ * @param format as for `printf`; not read, so NULL is fine.
  */
 QN_API void fnQNFS_printLog(const char *format, ...) QN_PRINTF_LIKE(1, 2);
 
@@ -362,9 +363,9 @@ QN_API void fnQNFS_getPseudoRandom(void *buf, uint32_t n);
  * Position of an element, by identity.
  *
  * @param list the list, or NULL.
- * @param data the element's pointer.
+ * @param data the element's pointer, or NULL.
  * @return the 0-based position of the first node that holds it; -1 if none
- *         does or @p list is NULL.
+ *         does or an argument is NULL.
  */
 QN_API int32_t fnQNFS_List_getPos(const QNList *list, const void *data);
 

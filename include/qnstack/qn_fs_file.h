@@ -3,15 +3,19 @@
  * @brief The file primitives: the only place where the library touches files.
  *
  * This text is the contract for any port: what each function says under
- * "Contract" is what the rest of the library relies on. The port that comes
- * with `libqnstack` is inert: the stream operations work, the root directory
- * and the synchronisation callback are kept, and every whole-file operation
- * reports the fixed result given under "Inert port" without touching a file,
- * so that everything above it takes its failure path.
+ * "Contract" is what the rest of the library relies on. Two ports come with it.
+ * The one in `libqnstack_posix` keeps files. The one in `libqnstack` is inert:
+ * the stream operations work, the root directory and the synchronisation
+ * callback are kept, and every whole-file operation gives the fixed result that
+ * stands under "Inert port" and touches no file. The services above then fail
+ * as they do when a file cannot be read or written.
  *
  * Names are strings such as "/wap/ca/x", taken below the root directory.
  * Set the root and the callback once at start, before any file service is
  * used. One thread only.
+ *
+ * NULL as a name, a mode, an area or a count is a failure in the POSIX port. The
+ * inert port gives its fixed result for NULL too.
  */
 #ifndef QNSTACK_QN_FS_FILE_H
 #define QNSTACK_QN_FS_FILE_H
@@ -80,7 +84,7 @@ QN_API void fnQNFS_SetCardSynFileFunc(QNFSCardSynFile callback);
  * Tells whether a file exists.
  *
  * @param name file name.
- * @return Contract: above 0 if it exists. Inert port: 0.
+ * @return Contract: above 0 if it exists; 0 if not, and for NULL. Inert port: 0.
  */
 QN_API int32_t fnQNFS_isFileExisted(const char *name);
 
@@ -88,7 +92,8 @@ QN_API int32_t fnQNFS_isFileExisted(const char *name);
  * Creates a directory.
  *
  * @param path directory name; the HTTP cache passes "/wap/ca/".
- * @return Contract: 1 when it is there, 0 on failure. Inert port: 0.
+ * @return Contract: 1 when it is there; 0 on failure, and for NULL. Inert port:
+ *         0.
  */
 QN_API int32_t fnQNFS_MkDir(const char *path);
 
@@ -96,25 +101,29 @@ QN_API int32_t fnQNFS_MkDir(const char *path);
  * Opens a file as a stream.
  *
  * @param name file name; not read by the inert port.
- * @param mode as for `fopen`; not read by the inert port.
- * @return Contract: a new handle, NULL on failure. Inert port: NULL.
+ * @param mode one of the modes of `fopen` "r", "r+", "w", "w+", "a" and "a+",
+ *        each with or without a 'b' behind its first letter. The POSIX port
+ *        takes no other letter: "rt", "wx", "we" and "r+e" give NULL. Not read
+ *        by the inert port.
+ * @return Contract: a new handle; NULL on failure, and for a NULL argument.
+ *         Inert port: NULL.
  */
 QN_API QNFSFile fnQNFS_File_Open(const char *name, const char *mode);
 
 /**
  * Writes to a stream: @p count elements of @p size × @p count bytes each.
  *
- * Mind the element size: the call writes size × count × count bytes, so
- * @p data must hold that many; pass a @p count of 1 to write @p size bytes.
- * Callers rely on this call shape, so it stays. The product is taken in 32
- * bits.
+ * The call writes size × count × count bytes, so @p data must hold that many;
+ * pass a @p count of 1 to write @p size bytes. Callers rely on this, so it
+ * stays. The product size × count is taken in 32 bits.
  *
  * @param data the bytes.
  * @param size first factor of the element size.
  * @param count second factor of the element size, and number of elements.
  * @param handle an open handle.
  * @return the number of elements written; 0 when size × count is 0; -1 if
- *         nothing was written or a pointer is NULL.
+ *         nothing was written, or for NULL as @p data, as @p handle or as its
+ *         stream.
  */
 QN_API int32_t fnQNFS_File_Write(const void *data, uint32_t size, uint32_t count, QNFSFile handle);
 
@@ -127,7 +136,7 @@ QN_API int32_t fnQNFS_File_Write(const void *data, uint32_t size, uint32_t count
  * @param handle an open handle.
  * @return the number of bytes read; 0 if none was and @p size is 0; -1 if none
  *         was read otherwise (the end of the file and a @p count of 0
- *         included), or a pointer is NULL.
+ *         included), or for NULL as @p buffer, as @p handle or as its stream.
  */
 QN_API int32_t fnQNFS_File_Read(void *buffer, uint32_t size, uint32_t count, QNFSFile handle);
 
@@ -138,7 +147,8 @@ QN_API int32_t fnQNFS_File_Read(void *buffer, uint32_t size, uint32_t count, QNF
  * @param origin #QNFS_SEEK_BEGIN, #QNFS_SEEK_END or #QNFS_SEEK_CURRENT; any
  *        other value counts from the current position.
  * @param offset bytes from there.
- * @return what `fseek` gives: 0, or -1 on failure; -1 for NULL.
+ * @return what `fseek` gives: 0, or -1 on failure; -1 for NULL as @p handle or
+ *         as its stream.
  */
 QN_API int32_t fnQNFS_File_Seek(QNFSFile handle, int32_t origin, int32_t offset);
 
@@ -154,7 +164,8 @@ QN_API void fnQNFS_File_Close(QNFSFile handle);
  * Size of a file.
  *
  * @param name file name.
- * @return Contract: the size in bytes, -1 when unknown. Inert port: 0.
+ * @return Contract: the size in bytes; -1 when it is unknown, as for NULL. Inert
+ *         port: 0.
  */
 QN_API int32_t fnQNFS_getFileSize(const char *name);
 
@@ -163,7 +174,7 @@ QN_API int32_t fnQNFS_getFileSize(const char *name);
  *
  * @param destination name of the copy.
  * @param source name of the file.
- * @return Contract: 1, or 0 on failure. Inert port: 0.
+ * @return Contract: 1; 0 on failure, and for a NULL argument. Inert port: 0.
  */
 QN_API int32_t fnQNFS_CopyFile(const char *destination, const char *source);
 
@@ -172,7 +183,7 @@ QN_API int32_t fnQNFS_CopyFile(const char *destination, const char *source);
  *
  * @param destination the new name.
  * @param source the old name.
- * @return Contract: 1, or 0 on failure. Inert port: 0.
+ * @return Contract: 1; 0 on failure, and for a NULL argument. Inert port: 0.
  */
 QN_API int32_t fnQNFS_MoveFile(const char *destination, const char *source);
 
@@ -180,7 +191,7 @@ QN_API int32_t fnQNFS_MoveFile(const char *destination, const char *source);
  * Deletes a file.
  *
  * @param name file name.
- * @return Contract: 1, or 0 on failure. Inert port: 1.
+ * @return Contract: 1; 0 on failure, and for NULL. Inert port: 1.
  */
 QN_API int32_t fnQNFS_DeleteFile(const char *name);
 
@@ -188,7 +199,7 @@ QN_API int32_t fnQNFS_DeleteFile(const char *name);
  * Deletes every file in a directory, but no directory.
  *
  * @param path directory name; the HTTP cache passes "/wap/ca/".
- * @return Contract: 1, or 0 on failure. Inert port: 1.
+ * @return Contract: 1; 0 on failure, and for NULL. Inert port: 1.
  */
 QN_API int32_t fnQNFS_DelAllFiles(const char *path);
 
@@ -196,7 +207,7 @@ QN_API int32_t fnQNFS_DelAllFiles(const char *path);
  * Removes a directory.
  *
  * @param path directory name.
- * @return Contract: 1, or 0 on failure. Inert port: 1.
+ * @return Contract: 1; 0 on failure, and for NULL. Inert port: 1.
  */
 QN_API int32_t fnQNFS_RmDir(const char *path);
 
@@ -204,9 +215,8 @@ QN_API int32_t fnQNFS_RmDir(const char *path);
  * Creates every directory along a path: at each '/', the one before it.
  *
  * @param path the path, below 1024 bytes; or NULL.
- * @return the length of the path in bytes, 0 for NULL or where the POSIX port
- *         could not make the directories. Inert port: the length, with nothing
- *         created.
+ * @return Contract: the length of the path in bytes; 0 for NULL, and on failure.
+ *         Inert port: the length, with nothing created.
  */
 QN_API uint32_t fnQNFS_File_CreateDir(const char *path);
 
@@ -218,7 +228,8 @@ QN_API uint32_t fnQNFS_File_CreateDir(const char *path);
  * @param destination room for @p maximum bytes.
  * @param count Contract: receives the number of bytes read. Inert port: not
  *        written.
- * @return Contract: 0; anything else is failure. Inert port: -1.
+ * @return Contract: 0; anything else is failure, as for a NULL argument. Inert
+ *         port: -1.
  */
 QN_API int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination,
                                    int32_t *count);
@@ -226,26 +237,28 @@ QN_API int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *dest
 /**
  * Replaces a file's content.
  *
- * @param data the bytes; stay the caller's.
+ * @param data the bytes; stay the caller's. NULL fails also with a length of 0:
+ *        to empty a file hand in "".
  * @param length number of bytes.
  * @param name file name.
- * @return Contract: the number of bytes written; -1 on failure; the callback
- *         is called with (name, 2) after success. Inert port: -1, after calling
- *         the callback, if one is installed, with (name, 2) whatever the
- *         arguments.
+ * @return Contract: the number of bytes written, with the callback called as
+ *         (name, 2) afterwards; -1 on failure, and for a NULL argument. Inert
+ *         port: -1, with the callback, if one is installed, called as (name, 2)
+ *         whatever the arguments are.
  */
 QN_API int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name);
 
 /**
  * Appends to a file.
  *
- * @param data the bytes; stay the caller's.
+ * @param data the bytes; stay the caller's. NULL fails also with a length of 0.
  * @param length number of bytes.
  * @param name file name.
- * @return Contract: the number of bytes written; -1 on failure; the callback
- *         is called with (name, 2) after success. Inert port: -1; the
- *         callback, if one is installed, is called only when @p data or
- *         @p name is NULL, the reverse of what one would expect, and stays so.
+ * @return Contract: the number of bytes written, with the callback called as
+ *         (name, 2) afterwards; -1 on failure, and for a NULL argument. Inert
+ *         port: -1. Its callback, if one is installed, is called only when
+ *         @p data or @p name is NULL. That is the reverse of what one would
+ *         expect; it is kept for callers that rely on it.
  */
 QN_API int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name);
 
@@ -256,8 +269,8 @@ QN_API int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char 
  * @param length number of bytes; not read by the inert port.
  * @param position byte offset in the file; not read by the inert port.
  * @param name file name; not read by the inert port.
- * @return Contract: the number of bytes written, -1 on failure. Inert port:
- *         -1.
+ * @return Contract: the number of bytes written; -1 on failure, and for a NULL
+ *         argument. Inert port: -1.
  */
 QN_API int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t position,
                                        const char *name);
@@ -269,7 +282,8 @@ QN_API int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t
  * @param position byte offset in the file; not read by the inert port.
  * @param length the most bytes to read; not read by the inert port.
  * @param destination room for @p length bytes; not written by the inert port.
- * @return Contract: the number of bytes read, -1 on failure. Inert port: -1.
+ * @return Contract: the number of bytes read; -1 on failure, and for a NULL
+ *         argument. Inert port: -1.
  */
 QN_API int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t length,
                                         void *destination);

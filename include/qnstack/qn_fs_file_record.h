@@ -4,8 +4,11 @@
  *
  * The caller's write function turns one element into fields of a typed file
  * buffer, and its read function makes one element of the same fields. A file
- * has no header and no count. A saved list may grow by 10000 bytes over the
- * file's size before; what does not fit is dropped.
+ * has no header and no count. A save may make the file up to 10000 bytes larger
+ * than it was; what does not fit is dropped.
+ *
+ * A load may write: it puts the backup of an unfinished save in place, as
+ * fnQNFS_Load_File_To_Buffer() says.
  */
 #ifndef QNSTACK_QN_FS_FILE_RECORD_H
 #define QNSTACK_QN_FS_FILE_RECORD_H
@@ -32,12 +35,12 @@ QN_BEGIN_DECLS
 typedef void (*QNFSRecordWrite)(QNFSBuffer *record, void *data);
 
 /**
- * Reads one element: exactly the fields that were written for it. A reader
- * that takes no field 1000 times in a row ends the load.
+ * Reads one element: exactly the fields that were written for it. If 1000 calls
+ * in a row take no field, the load ends.
  *
  * @param record where from.
- * @return a new element, the list's from then on; NULL if there was none, which
- *         is passed over.
+ * @return a new element, owned by the list from then on; NULL if there was none:
+ *         then nothing is added, and the load goes on.
  */
 typedef void *(*QNFSRecordRead)(QNFSBuffer *record);
 
@@ -68,7 +71,7 @@ QN_API void fnQNFS_Load_File_To_ListEx(const char *name, QNList *list, QNFSRecor
  * @param name file name.
  * @param list the list.
  * @param write writes one element.
- * @return 1; 0 if an argument is NULL, an element is, the heap refuses, or
+ * @return 1; 0 if an argument or an element is NULL, the heap refuses, or
  *         writing failed.
  */
 QN_API int32_t fnQNFS_Save_List_To_File(const char *name, QNList *list, QNFSRecordWrite write);

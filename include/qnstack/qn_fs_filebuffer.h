@@ -9,11 +9,13 @@
  * they were written.
  *
  * A save keeps the old content under the file's name with ".bak" until the new
- * content is written, and a load that finds such a file takes it for the
- * content of a save that did not finish, also where it is there because it
- * could not be deleted. So load before you write: a program
- * that crashed while saving and then saves again without having loaded puts
- * the ".bak" away.
+ * content is written. A load that finds such a file takes it for the content of
+ * a save that did not finish, and moves it back in place; so a program that only
+ * loads also writes. The ".bak" of a save that finished, but could not delete it,
+ * is taken for one too.
+ *
+ * Load before you save: after a crash within a save, the next save deletes the
+ * ".bak" with the old content unless a load has put it back.
  */
 #ifndef QNSTACK_QN_FS_FILEBUFFER_H
 #define QNSTACK_QN_FS_FILEBUFFER_H
@@ -32,8 +34,8 @@ QN_BEGIN_DECLS
 
 /** A typed file buffer; the record is the caller's. */
 typedef struct QNFSBuffer {
-  char *data;   /**< the storage, from fnQN_Malloc_Local(); one byte more than the capacity, as the
-                     last field's zero byte may stand there */
+  char *data;   /**< the storage, from fnQN_Malloc_Local(): the capacity and one byte more, where
+                     the zero byte of the last field may stand */
   int32_t pos;  /**< index of the last byte written or read; -1 at first */
   int32_t last; /**< index of the last usable byte; equal to `pos` once a write did not fit */
 } QNFSBuffer;
@@ -47,12 +49,21 @@ typedef struct QNFSBuffer {
 QN_API void fnQNFS_Init_Buffer(QNFSBuffer *record, uint32_t capacity);
 
 /**
- * Writes a string field. One that does not fit is dropped and closes the
- * buffer: later fields are dropped too, except that empty ones still move
- * `pos` on, every second one by one. Make sure that the storage holds `pos` + 1 bytes before you
- * save such a buffer. Whether the zero byte fits is not asked, so a field may
- * fill the storage to its end. A field that begins with "\n" behind another one
- * loses that byte when it is read: it is taken for a line tag.
+ * Writes a string field.
+ *
+ * A field fits if its characters do; its zero byte may stand in the one byte
+ * behind the capacity. A field that does not fit is dropped and closes the buffer
+ * (`last` becomes `pos`): every later field with a character in it is dropped
+ * too.
+ *
+ * An empty field in a closed buffer is not always dropped. The first one is
+ * taken and moves `pos` on by one byte, the second is dropped, the third is
+ * taken, and so on, also beyond the end of the storage. A save writes `pos` + 1
+ * bytes, so before you save a closed buffer with empty fields in it make the
+ * storage that large. (Record files and settings do so themselves.)
+ *
+ * A field that begins with "\n" loses this character when it is read, unless it
+ * is the first field: a "\n" behind a zero byte is read as a line tag.
  *
  * @param record the record; NULL does nothing.
  * @param string the characters; NULL writes an empty field. The string "\n" is
@@ -114,9 +125,9 @@ QN_API void fnQNFS_Buffer_WriteLine(QNFSBuffer *record, const char *string);
 
 /**
  * Reads the next field as a string, and a line tag behind it. At the end of
- * the buffer it gives empty strings and goes on counting. A field without a
- * zero byte behind it goes to the end of the buffer; a single byte there is
- * taken for the end of an empty one.
+ * the buffer it gives empty strings, and `pos` still grows. A field without a
+ * zero byte behind it ends with the buffer; if it has only one byte, it is read
+ * as an empty field.
  *
  * @param record the record.
  * @return the field, terminated, owned by the caller and released with
@@ -130,7 +141,7 @@ QN_API char *fnQNFS_Buffer_ReadString(QNFSBuffer *record);
  *
  * @param record the record.
  * @param status receives 0, or -1 on failure; NULL receives nothing.
- * @return the number; 1 on failure (a NULL record, or no memory), so ask
+ * @return the number; 1 on failure (a NULL record, or no memory), so look at
  *         @p status.
  */
 QN_API int32_t fnQNFS_Buffer_ReadInteger(QNFSBuffer *record, int32_t *status);
@@ -145,27 +156,27 @@ QN_API int32_t fnQNFS_Buffer_ReadInteger(QNFSBuffer *record, int32_t *status);
 QN_API int32_t fnQNFS_Buffer_ReadLong(QNFSBuffer *record, int32_t *status);
 
 /**
- * Reads the next field as a date and time: of its first 39 characters seven
- * numbers with ':' between them, of each at most 14 characters and of its
- * value the low 16 bits.
+ * Reads the next field as a date and time: seven numbers with ':' between them.
+ * Of the field the first 39 characters count, of each number the first 14
+ * characters and the low 16 bits.
  *
  * @param record the record.
  * @param flag receives 1 if the value can be a date and time (see
  *        fnQNFS_Time_IsValid()) and also for a NULL record, else 0; NULL
  *        receives nothing.
- * @return the value; a part is 0 where it, or the ':' behind one of the first
- *         six, is missing.
+ * @return the value. A part that is missing is 0, and so is one of the first six
+ *         without a ':' behind it. All parts are 0 for a NULL record.
  */
 QN_API QNTime fnQNFS_Buffer_ReadDateTime(QNFSBuffer *record, int32_t *flag);
 
 /**
  * Reads raw bytes and the zero byte behind them, and a line tag behind that.
- * Mind the order of arguments: the length comes first.
+ * The length comes first, unlike in fnQNFS_Buffer_WriteMem().
  *
  * @param record the record; NULL does nothing.
  * @param length number of bytes; a negative one does nothing.
  * @param destination room for @p length bytes; what the buffer does not hold
- *        is filled with zeros.
+ *        is filled with zeros. NULL reads nothing, unless @p length is 0.
  */
 QN_API void fnQNFS_Buffer_ReadMem(QNFSBuffer *record, int32_t length, void *destination);
 
@@ -178,23 +189,23 @@ QN_API void fnQNFS_Buffer_ReadMem(QNFSBuffer *record, int32_t length, void *dest
 QN_API int32_t fnQNFS_Buffer_IsEnd(const QNFSBuffer *record);
 
 /**
- * Replaces a file's content by what was written, `pos` + 1 bytes, keeping the
- * old content as ".bak" until that is done. Names below 3 characters have no
+ * Replaces a file's content by what was written, `pos` + 1 bytes. The old
+ * content is kept as ".bak" until that is done. Names below 3 characters have no
  * ".bak".
  *
  * @param name file name.
  * @param record the record.
- * @return 1; 0 if an argument is NULL or writing failed, with the old content
- *         in place again, unless there was no ".bak": the name is shorter than
- *         3 characters, the heap refused the longer name, or the move did not
- *         work, as on a medium that takes no change at all.
+ * @return 1; 0 if an argument is NULL or writing failed. After a failure the old
+ *         content is in place again, unless there was no ".bak": the name is
+ *         shorter than 3 characters, the heap refused the longer name, or the
+ *         old file could not be moved.
  */
 QN_API int32_t fnQNFS_Write_Buffer_To_File(const char *name, QNFSBuffer *record);
 
 /**
- * Appends what was written to a file, in the same manner. The old content is
- * moved to ".bak" and copied back before the append; should that copy alone
- * fail, the append starts a new file and the old content goes with the ".bak".
+ * Appends what was written to a file. The old content is moved to ".bak" and
+ * copied back before the append. If that copy alone fails, the append starts a
+ * new file, and the old content is deleted with the ".bak".
  *
  * @param name file name.
  * @param record the record.
@@ -204,16 +215,17 @@ QN_API int32_t fnQNFS_Write_Buffer_To_File(const char *name, QNFSBuffer *record)
 QN_API int32_t fnQNFS_Append_Buffer_To_File(const char *name, QNFSBuffer *record);
 
 /**
- * Loads a file, after putting a ".bak" that a save left behind in its place.
+ * Loads a file. If a save left a ".bak" behind, that is first moved to the
+ * file's name.
  *
  * @param name file name.
- * @param record the record, prepared anew for each load by
- *        fnQNFS_Init_Buffer() with the file's size plus 10000 bytes. Where the file turns out to be
- * larger (a restored ".bak" may be), the storage is replaced by a larger one from the heap, so it
- * must come from there.
+ * @param record the record, prepared for each load by fnQNFS_Init_Buffer() with
+ *        the file's size plus 10000 bytes. If the file is larger by then, as a
+ *        ".bak" that was moved back may be, the storage is freed and replaced by
+ *        a larger one; so it must come from fnQN_Malloc_Local().
  * @return 1; 0 if an argument is NULL, the size is unknown (the record is then
  *         untouched), or reading failed (the buffer is then empty). Also 1,
- *         with an empty buffer, if the port read well and gave no count.
+ *         with an empty buffer, if the port's read succeeded without a count.
  */
 QN_API int32_t fnQNFS_Load_File_To_Buffer(const char *name, QNFSBuffer *record);
 

@@ -6,6 +6,9 @@
  * byte, value, zero byte, line tag. Keys are compared exactly; where a file
  * has a key twice, the first counts. Release a list with
  * `fnQNList_Clear(list, fnQNFS_INI_FreeNode)`.
+ *
+ * A load may write: it puts the backup of an unfinished save in place, as
+ * fnQNFS_Load_File_To_Buffer() says.
  */
 #ifndef QNSTACK_QN_FS_INI_H
 #define QNSTACK_QN_FS_INI_H
@@ -31,30 +34,32 @@ typedef struct QNFSIniEntry {
 /**
  * Initialises a list record and loads a file into it.
  *
- * @param name file name.
- * @param list the record; what it held is forgotten, not released.
+ * @param name file name; NULL loads nothing.
+ * @param list the record; what it held is forgotten, not released. NULL does
+ *        nothing.
  */
 QN_API void fnQNFS_INI_List_Init(const char *name, QNList *list);
 
 /**
- * Empties a settings list and loads a file into it; a file that cannot be read
- * leaves it empty, and when the heap refuses the load ends with the settings
- * before.
+ * Empties a settings list and loads a file into it. A file that cannot be read
+ * leaves it empty. When the heap refuses a setting, the load ends with those
+ * before it; when it refuses the memory for the file, the list stays as it was.
  *
- * @param name file name.
+ * @param name file name; NULL empties the list and loads nothing.
  * @param list the list; NULL loads nothing.
  */
 QN_API void fnQNFS_Load_INI_To_List(const char *name, QNList *list);
 
 /**
  * Writes the settings to a file, replacing it as fnQNFS_Write_Buffer_To_File()
- * does. They may grow by 10000 bytes over the file's size before; what does not
- * fit is dropped. A key or value that begins with "\n" loses that byte when it
- * is loaded again, and one that is "\n" alone shifts all that follow.
+ * does. The file may become up to 10000 bytes larger than it was; what does not
+ * fit is dropped. A key or value that begins with "\n" loses that character when
+ * it is loaded again. A key or value that is "\n" alone is written as a line tag,
+ * so that a load takes the next value for a key, and so on to the end.
  *
  * @param name file name.
  * @param list the list.
- * @return 1; 0 if @p list is NULL, the heap refuses, or writing failed.
+ * @return 1; 0 if an argument is NULL, the heap refuses, or writing failed.
  */
 QN_API int32_t fnQNFS_Write_INI_To_File(const char *name, QNList *list);
 
@@ -66,8 +71,9 @@ QN_API int32_t fnQNFS_Write_INI_To_File(const char *name, QNList *list);
  * @param key copied if it is new.
  * @param value copied; NULL as an empty string. It may be the stored one.
  * @return 1; 0 if @p name, @p list or @p key is NULL, the heap refuses, or
- *         writing failed, in which case the value in memory is set all the
- *         same.
+ *         writing failed. After a failed write the value in memory is set all
+ *         the same. If the heap refuses the new value of a key that is there,
+ *         its old value is gone and the entry's `value` is NULL.
  */
 QN_API int32_t fnQNFS_INI_Write(const char *name, QNList *list, const char *key, const char *value);
 
@@ -77,7 +83,8 @@ QN_API int32_t fnQNFS_INI_Write(const char *name, QNList *list, const char *key,
  * @param list the list.
  * @param key copied if it is new.
  * @param value as for fnQNFS_INI_Write().
- * @return 1; 0 if @p list or @p key is NULL or the heap refuses.
+ * @return 1; 0 if @p list or @p key is NULL or the heap refuses, with what that
+ *         leaves as for fnQNFS_INI_Write().
  */
 QN_API int32_t fnQNFS_INI_WriteRAM(QNList *list, const char *key, const char *value);
 
@@ -99,7 +106,7 @@ QN_API int32_t fnQNFS_INI_Read(const char *name, QNList *list, const char *key, 
  *
  * @param key the address of a variable that holds the key.
  * @param entry the entry.
- * @return as fnQN_STRCMP() of the two keys.
+ * @return as fnQN_STRCMP() of the two keys; -1 for a NULL argument.
  */
 QN_API int fnQNFS_INI_Compare(const void *key, const void *entry);
 

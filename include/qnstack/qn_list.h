@@ -34,7 +34,8 @@ typedef struct QNList {
   QNListNode *head;  /**< first node; NULL when the list is empty */
   QNListNode *tail;  /**< last node; NULL when the list is empty */
   int32_t count;     /**< number of nodes */
-  uint32_t reserved; /**< zeroed by fnQNList_Init(); the caller's to use */
+  uint32_t reserved; /**< zeroed by fnQNList_Init(); the list never reads it, so the caller may
+                          use it */
 } QNList;
 
 /**
@@ -139,7 +140,7 @@ QN_API QNListNode *fnQNList_PrevIter(const QNListNode *iter);
  *
  * @param list the list.
  * @param data the element; stays the caller's.
- * @return the new node; NULL with the list unchanged if an argument is NULL or
+ * @return the new node; NULL, with the list unchanged, if an argument is NULL or
  *         the heap refuses.
  */
 QN_API QNListNode *fnQNList_AddTail(QNList *list, void *data);
@@ -212,10 +213,9 @@ QN_API void *fnQNList_RemoveTail(QNList *list);
  *
  * @param list the list, or NULL.
  * @param index 0-based position.
- * @param release called with the address of a copy of the element's pointer;
- *        required.
- * @return 1 if an element was removed; 0 if there is none at @p index, as for
- *         every negative one.
+ * @param release called with the address of a copy of the element's pointer.
+ * @return 1 if an element was removed; 0 for an index outside the list (a
+ *         negative one included), or a NULL argument.
  */
 QN_API int32_t fnQNList_Delete_ByNum(QNList *list, int32_t index, QNListRelease release);
 
@@ -290,7 +290,7 @@ QN_API void fnQNList_Move(QNList *list, QNListNode *node, QNListNode *before);
 /**
  * Reverses the order of the nodes in place.
  *
- * @param list the list; not NULL.
+ * @param list the list, or NULL, which does nothing.
  */
 QN_API void fnQNList_Reverse(QNList *list);
 
@@ -298,8 +298,8 @@ QN_API void fnQNList_Reverse(QNList *list);
  * Sorts a list in ascending order by moving elements between its nodes.
  *
  * Not stable: equal elements may change places. Takes up to
- * count × (count − 1) / 2 comparisons, and count + 1 bytes of memory while it
- * runs.
+ * count × (count − 1) / 2 comparisons, and count + 1 bytes of memory until it
+ * returns.
  *
  * @param list the list, or NULL.
  * @param cmp above 0 when its first argument belongs after its second; NULL
@@ -312,11 +312,11 @@ QN_API QNList *fnQNList_Sort(QNList *list, QNListCompare cmp);
 /**
  * Frees the first element and its node only.
  *
- * It does not free the list: use fnQNList_Clear() for that. Afterwards `head`
- * is NULL while `tail` and `count` keep their old values, and the other nodes
- * are out of reach. Call fnQNList_Init() before the list is used again:
- * fnQNList_AddTail() would link a new node to the old `tail`, which is freed
- * memory if the list had one node.
+ * It does not empty the list: use fnQNList_Clear() for that. Afterwards `head`
+ * is NULL, `tail` and `count` keep their old values, and the other nodes cannot
+ * be reached from the head any more. Call fnQNList_Init() before the list is used
+ * again: fnQNList_AddTail() would link a new node to the old `tail`, which is
+ * freed memory if the list had one node.
  *
  * @param list the list, or NULL, which does nothing; the element must come
  *        from the heap.

@@ -3,9 +3,8 @@
  * @brief Allocation and raw memory: the calls that every module makes instead
  *        of the C library's.
  *
- * Memory from the allocating function is zero-filled. Whatever the library
- * hands over is given back with fnQN_Free(), which also clears the caller's
- * pointer.
+ * fnQN_Malloc_Local() gives zero-filled memory. Whatever the library hands over
+ * is given back with fnQN_Free(), which also clears the caller's pointer.
  */
 #ifndef QNSTACK_QN_SHARE_MEM_H
 #define QNSTACK_QN_SHARE_MEM_H
@@ -25,8 +24,9 @@ QN_BEGIN_DECLS
 /**
  * Allocates zero-filled memory from the system heap.
  *
- * @param size number of bytes.
- * @param file the caller's source path; accepted and ignored.
+ * @param size number of bytes. A size of 0 gives a block too, so NULL always
+ *        means that the heap refused.
+ * @param file the caller's source path; accepted and ignored, NULL included.
  * @param line the caller's line number; accepted and ignored.
  * @return the memory, owned by the caller and released with fnQN_Free(); NULL
  *         when the heap refuses.
@@ -51,11 +51,11 @@ QN_API void fnQN_Free(void *address);
  *
  * @param ptr a block from this library or the system heap, or NULL.
  * @param size the new size in bytes.
- * @param file the caller's source path; accepted and ignored.
+ * @param file the caller's source path; accepted and ignored, NULL included.
  * @param line the caller's line number; accepted and ignored.
  * @return the resized block, owned by the caller; NULL when the heap refuses,
- *         in which case @p ptr stays valid. With a size of 0 it is what the
- *         system's `realloc` makes of that, mostly NULL with the block freed.
+ *         in which case @p ptr stays valid. With a size of 0 the system's `realloc`
+ *         decides; glibc frees the block and gives NULL.
  */
 QN_API void *fnQN_Realloc_Local(void *ptr, uint32_t size, const char *file, int32_t line);
 

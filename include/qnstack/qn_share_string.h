@@ -1,7 +1,7 @@
 /**
  * @file qn_share_string.h
- * @brief Portable string primitives: the C library's, made tolerant of NULL,
- *        and a few of the library's own.
+ * @brief Portable string primitives: those of the C library, which also take
+ *        NULL here, and a few of the library's own.
  *
  * No function here consults a locale. Several differ from their namesakes in
  * the C library on purpose; each such function says how.

@@ -6,6 +6,7 @@
  * call a read function until it gives 0 or -1, free the context, close the
  * stack. Requests are HTTP/1.0 (RFC 1945) and an answer ends when the server
  * closes the connection; a CONNECT request to a proxy is HTTP/1.1 (RFC 2817).
+ * Nothing checks that an answer came whole: compare what came with `retCtxLen`.
  *
  * Results of the functions here: -1 failed; -2 not finished, call again; 0
  * done, or nothing more to deliver; above 0 a count of delivered bytes.
@@ -14,8 +15,8 @@
  * inside resolving, connecting, sending or receiving. All contexts share
  * scratch memory and the proxy setting; never drive two from two threads.
  *
- * The client prints short trace lines, without line ends, to standard output
- * as they arise. An application that needs its standard output points
+ * The client prints short trace texts, without line ends, to standard output,
+ * each where it arises. An application that needs its standard output points
  * descriptor 1 elsewhere.
  */
 #ifndef QNSTACK_QN_STACK_HTTP_H
@@ -53,8 +54,11 @@ enum {
 
 /**
  * One HTTP exchange. Made by an open function, released by
- * fnQNStack_Http_FreeCtx(). Read the answer fields as you like; strings belong
- * to the context and may be replaced or freed by any call that drives it.
+ * fnQNStack_Http_FreeCtx(). A program may read every field. Strings belong to
+ * the context and may be replaced or freed by any call that drives it.
+ *
+ * A redirect keeps `retCtxLen` and `retValue` until the next answer has its own.
+ * A `retCtxLen` of 2147483647 cannot be compared with what came.
  */
 typedef struct QNHttpCtx {
   char *url;             /**< the URL as given; replaced by an answer's location */
@@ -76,9 +80,8 @@ typedef struct QNHttpCtx {
   int32_t retEncoding;   /**< 0 no "Content-Encoding:", -1 "gzip", 1 any other; bodies are never
                               decoded */
   int32_t retCtxLen;     /**< the answer's "Content-Length:", for information; 0 if there was
-                              none, -1 if its number cannot be read; kept over a redirect */
-  int32_t retValue;      /**< the answer's status code; 0 if it cannot be read; kept over a
-                              redirect */
+                              none, -1 if unreadable, 2147483647 for all larger numbers */
+  int32_t retValue;      /**< the answer's status code; 0 if it cannot be read */
   int32_t redirectCount; /**< redirects followed so far; never reset */
   int32_t tryCount;      /**< calls in a row without progress */
 } QNHttpCtx;
@@ -127,8 +130,9 @@ QN_API int32_t fnQNStack_Have_Proxy(void);
  * Releases a context, its buffers and its slot.
  *
  * Must be called for every context, whatever its state. Free a finished
- * context before you open the next: it still holds its old slot number and
- * closes whatever stands there now. The request body is left alone.
+ * context before you open the next: it still holds its old slot number, and
+ * freeing it closes the socket that has this slot now. The request body is left
+ * alone.
  *
  * @param ctx the context, not to be used again; NULL does nothing.
  */
@@ -146,7 +150,7 @@ QN_API int32_t fnQNStack_Http_getState(const QNHttpCtx *ctx);
  * Stops a context for good and closes its socket. What it has received can
  * still be read with fnQNStack_Http_ReadRecvContext(); if that is a redirect,
  * reading it starts the context anew. A finished context still holds its old
- * slot number, and stopping it closes whatever stands there now.
+ * slot number, and stopping it closes the socket that has this slot now.
  *
  * @param ctx the context; NULL does nothing.
  */
@@ -155,19 +159,23 @@ QN_API void fnQNStack_Http_Stop(QNHttpCtx *ctx);
 /**
  * Opens a GET request.
  *
- * The URL is split into host, port and path as RFC 1738 writes them. The
- * scheme is ignored: "://" is looked for anywhere in the text, and what stands
- * before it does not matter. The host ends at the first ':', '/' or '?'; a
- * port that is no number keeps 80, a '?' right after the host makes a path
- * without a slash, and the text after a ':' runs to the next '/', so
- * "h:81?x" has the path "/".
+ * The URL is split into host, port and path as RFC 1738 writes them.
+ *
+ * - The scheme is ignored: "://" is looked for anywhere in the text, and what
+ *   stands before it does not matter.
+ * - The host ends at the first ':', '/' or '?'. A '?' right after the host makes
+ *   a path without a slash.
+ * - The port ends at the next '/', so "h:81?x" has the path "/". A port that is
+ *   no number is 80.
+ * - A '#' means nothing: the fragment behind it is sent with the path, and right
+ *   after the host it becomes part of the host. Cut it off before the call.
  *
  * @param url terminated string; copied.
  * @return a new context in state #QN_HTTP_NEW, owned by the caller and
  *         released with fnQNStack_Http_FreeCtx(); NULL for a NULL URL or when
- *         the heap refuses the context. A text that it refused alone is NULL
- *         and shows as "(null)" in the request; a header line or a body for
- *         which there is no memory is left out.
+ *         the heap refuses the context. If the heap refuses only a text of it,
+ *         that text is NULL and shows as "(null)" in the request; a header line
+ *         or body for which there is no memory is left out.
  */
 QN_API QNHttpCtx *fnQNStack_Http_Open_Get(const char *url);
 
@@ -185,8 +193,8 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Head(const char *url);
  * @param url as for fnQNStack_Http_Open_Get().
  * @param body the request body. It is not copied now: it must stay valid and
  *        unchanged until the request has been composed (state 3). Never freed
- *        by the library. NULL only with a length of 0: the server would wait
- *        for bytes that never come.
+ *        by the library. NULL sends no body; with a length above 0 the server
+ *        would then wait for bytes that never come.
  * @param length length of the body in bytes; 0 or less sends no body and none
  *        of its headers.
  * @param type media type of the body, copied; NULL means
@@ -198,7 +206,7 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Post(const char *url, const void *body, in
 
 /**
  * Opens a PUT request. With a body it carries the line
- * " Expect: 100-Continue", whose leading blank is kept as it always was.
+ * " Expect: 100-Continue". Its leading blank is kept: peers have always seen it.
  *
  * @param url as for fnQNStack_Http_Open_Get().
  * @param body as for fnQNStack_Http_Open_Post().
@@ -210,8 +218,8 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Put(const char *url, const void *body, int
                                           const char *type);
 
 /**
- * Opens a tunnel through the proxy (RFC 2817, section 5). It works only while
- * a proxy is set; `url` and `path` stay NULL.
+ * Opens a tunnel through the proxy (RFC 2817, section 5). `url` and `path` stay
+ * NULL.
  *
  * Call fnQNStack_Http_Run() until the state is #QN_HTTP_SENDING and `sendBuf`
  * has its cursor at its length, and no further: from then on Run(), Call_Run()
@@ -219,10 +227,15 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Put(const char *url, const void *body, int
  * which may never return. Exchange bytes with fnQNStack_Http_Socket_SendData()
  * and fnQNStack_Http_Socket_Recvata() instead.
  *
- * @param host host to reach through the proxy; copied.
+ * @warning Set a proxy before the first Run(). Without one the context connects
+ * to the host itself, sends nothing and waits for data, so that the very first
+ * call may never return.
+ *
+ * @param host host to reach through the proxy; copied. With NULL the request
+ *        names "(null)"; without a proxy the first Run() fails.
  * @param port its port.
- * @return a new context as from fnQNStack_Http_Open_Get(); NULL when the heap
- *         refuses.
+ * @return a new context as from fnQNStack_Http_Open_Get(), also for a NULL host;
+ *         NULL when the heap refuses.
  */
 QN_API QNHttpCtx *fnQNStack_Http_Open_Connect(const char *host, int32_t port);
 
@@ -232,16 +245,16 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Connect(const char *host, int32_t port);
  *
  * @param ctx the context.
  * @param name file name, as for fnQNFS_ReadFromFile().
- * @return 0; -1 if the file gave nothing, the heap refused, or @p ctx is NULL,
- *         with the buffer unchanged.
+ * @return 0; -1, with the buffer unchanged, if the file gave nothing, the heap
+ *         refused, or an argument is NULL.
  */
 QN_API int32_t fnQNStack_Http_LoadHeadFromFile(QNHttpCtx *ctx, const char *name);
 
 /**
- * Appends up to 4000 bytes of a file to the answer buffer. A stored answer is
- * then taken by fnQNStack_Http_ParseAnswer() and fnQN_MemBuffer_Read(); the
- * read functions of a context would ask the network first, unless its `state`
- * is set to #QN_HTTP_COMPLETE.
+ * Appends up to 4000 bytes of a file to the answer buffer. Read a stored answer
+ * with fnQNStack_Http_ParseAnswer() and fnQN_MemBuffer_Read(). The read functions
+ * of a context ask the network first, unless its `state` is set to
+ * #QN_HTTP_COMPLETE.
  *
  * @param ctx the context.
  * @param name file name, as for fnQNFS_ReadFromFile().
@@ -253,10 +266,10 @@ QN_API int32_t fnQNStack_Http_LoadReponseFromFile(QNHttpCtx *ctx, const char *na
  * Composes the request of a GET, HEAD, POST or PUT context into its request
  * buffer, which is assumed to be empty. Called by fnQNStack_Http_Run().
  *
- * Each formatted piece is cut at 2047 bytes: the method with the target, the
- * "Host:" and the "Content-Type:" line with their line ends, so that the next
- * line joins them, and the cookie without its own. Header values and the body
- * are not cut.
+ * These pieces are cut at 2047 bytes each: the method with the target; the
+ * "Host:" and the "Content-Type:" line, whose line ends are then lost, so that
+ * the next line joins them; and the cookie, whose line end stays. The lines of
+ * the header table and the body are not cut.
  *
  * @param ctx the context.
  * @return 0; -1 for NULL.
@@ -299,18 +312,23 @@ QN_API int32_t fnQNStack_Http_Call_Run(QNHttpCtx *ctx);
  * @param ctx the context.
  * @param destination room for @p capacity bytes.
  * @param capacity the most bytes to deliver.
- * @return bytes delivered; 0 all has been delivered, or @p capacity is 0; -2
- *         nothing yet, call again; -1 failed, @p ctx is NULL, or a complete
- *         answer met a NULL destination or a negative capacity (while one is
- *         coming in, those give -2). A failure of the step itself shows as -2
- *         first and as -1 on the next call. On a stopped context it is -1, and
- *         the bytes it would have delivered are gone.
+ * @return bytes delivered.
+ *         - 0: all that came has been delivered, or the answer is complete and
+ *           @p capacity is 0.
+ *         - -2: nothing yet, call again. While the answer comes in, also for a
+ *           @p capacity of 0 or less and a NULL @p destination. A step that
+ *           failed gives -2 first and -1 on the next call.
+ *         - -1: failed, or @p ctx is NULL. After the answer is complete, also
+ *           for a negative @p capacity, and for a NULL @p destination while
+ *           bytes are left. On a stopped context, where the bytes that would
+ *           have been delivered are lost.
  */
 QN_API int32_t fnQNStack_Http_ReadRecvData(QNHttpCtx *ctx, void *destination, int32_t capacity);
 
 /**
  * Sends one chunk of the request: at most 2048 bytes, one call to the
- * platform. Called by fnQNStack_Http_Run().
+ * platform. Called by fnQNStack_Http_Run(). Before the last chunk of a request
+ * that takes several, it sets TCP_NODELAY on the socket, where it stays on.
  *
  * @param ctx the context, connected and composed.
  * @return 0 everything has been sent; -2 a chunk went out or must be tried
@@ -325,8 +343,8 @@ QN_API int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx);
  *
  * @warning It returns only when data arrives or more than 20480 bytes wait to
  * be read. When the proxy closes the tunnel or the connection fails, it never
- * returns; callers rely on the wait, so it stays. Once the request is sent,
- * use fnQNStack_Http_Socket_Recvata(), which reports the end as 0.
+ * returns. Callers rely on the wait, so it stays. Once the request is sent,
+ * use fnQNStack_Http_Socket_Recvata(), which gives 0 at the end.
  *
  * @param ctx the tunnel's context.
  * @return -2; -1 for NULL. Bytes that the heap has no room for are lost, and
@@ -350,8 +368,8 @@ QN_API int32_t fnQNStack_Http_Socket_SendData(QNHttpCtx *ctx, const void *bytes,
  * @param ctx the context.
  * @param destination room for @p capacity bytes.
  * @param capacity the most bytes to receive.
- * @return as fnQN_Stack_RecvData(), so 0 when the peer has closed; -1 for a
- *         NULL context.
+ * @return as fnQN_Stack_RecvData(), so 0 when the peer has closed, or for a
+ *         @p capacity of 0; -1 for a NULL context.
  */
 QN_API int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, int32_t capacity);
 
@@ -359,12 +377,15 @@ QN_API int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, 
  * Consumes as much of an answer's header as has been received and fills the
  * answer fields. Called by fnQNStack_Http_ReadRecvContext().
  *
- * Lines end at CR LF alone. A value is the second word of its line: of more
- * words only the first of the value counts, and a header written without a
- * blank behind its colon has an empty value unless more words follow. A second
- * "Content-Type:" line frees the value of the first and replaces it.
- * "Location:" and "Content-Location:" replace `url` whatever the status; the
- * last one wins.
+ * - Lines end at CR LF alone.
+ * - A value is the second word of its line, and words behind it do not count. So
+ *   a header field without a blank behind its colon has no value, or the word
+ *   that follows. "Content-Length:", "Set-Cookie:" and "Set-Cookie2:" are read
+ *   from the colon on and need no blank.
+ * - A "Set-Cookie:" without '=' stores nothing.
+ * - "Location:" and "Content-Location:" replace `url` whatever the status; the
+ *   last one counts. If the heap refuses the copy, `url` is NULL.
+ * - A second "Content-Type:" line frees the first value and replaces it.
  *
  * @param ctx the context.
  * @return 0 the header has been consumed, now or before; -2 it is not complete
@@ -377,25 +398,37 @@ QN_API int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx);
  * Drives a context one step and delivers the answer's body; the way to read
  * an answer.
  *
- * Any status from 300 to 399 is followed as a GET, up to ten times; without a
- * location the same URL is asked again. A location is taken as a whole URL: a
- * relative one has no host, and its request ends in #QN_HTTP_RESOLVE_FAILED
- * unless a proxy makes sense of it. A finished context closes its old slot
- * number when it follows one, so read it to its end before the next is opened.
+ * Redirects:
+ *
+ * - Any status from 300 to 399 is followed as a GET, up to ten times. Without a
+ *   location the same URL is asked again.
+ * - A location is taken as a whole URL. One that begins with '/' or '?' has no
+ *   host, and its request ends in #QN_HTTP_RESOLVE_FAILED unless a proxy makes
+ *   sense of it. Any other relative one names a host: "next/page" asks the host
+ *   "next".
+ * - `retValue` and `retCtxLen` stay until the next answer has its own.
+ * - A tunnel's answer that redirects with a location goes on as a GET too;
+ *   without one it fails, and the context is of no more use.
+ * - A finished context that follows one closes the slot with its old number, so
+ *   read it to its end before the next is opened.
+ *
  * A header line of more than 20480 bytes stalls its answer until the context
  * gives up.
  *
  * @param ctx the context.
  * @param destination room for @p capacity bytes.
  * @param capacity the most bytes to deliver.
- * @return bytes delivered; 0 the body is complete, or @p capacity is 0; -2
- *         nothing yet or redirected, call again; -1 failed, @p ctx is NULL, a
- *         tunnel's answer redirects (the context is of no more use), bytes of a
- *         complete answer met a NULL destination or a negative capacity (while
- *         one is coming in, those give -2; the context stays as it was), the
- *         heap refused a header line of a complete answer (the next call goes
- *         on with it), or the eleventh redirect (whose own body the next call
- *         delivers).
+ * @return bytes delivered.
+ *         - 0: the end of what came; or the answer is complete and @p capacity
+ *           is 0. It is no proof that the body is whole: look at `retCtxLen`.
+ *         - -2: nothing yet, or redirected; call again. While the answer comes
+ *           in, also for a @p capacity of 0 or less and a NULL @p destination.
+ *         - -1: failed, or @p ctx is NULL. After the answer is complete or
+ *           stopped, also for a negative @p capacity, and for a NULL
+ *           @p destination while bytes are left; the context is as it was. Where
+ *           the heap refused a header line of a complete answer, and the next
+ *           call goes on with that line. On
+ *           the eleventh redirect, whose own body the next call delivers.
  */
 QN_API int32_t fnQNStack_Http_ReadRecvContext(QNHttpCtx *ctx, void *destination, int32_t capacity);
 

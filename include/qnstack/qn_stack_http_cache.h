@@ -11,9 +11,20 @@
  * gave -1.
  *
  * Times are the signed seconds of qn_fs_comm_tools.h. "Now" and the dates of
- * headers are not on one basis there, and are compared here as they are: an
- * answer with "Expires:" stays fresh very long, one with "max-age=" as long as
- * it says. One index for the process; one thread only.
+ * headers are not on one basis there, and are compared here as they are. What
+ * follows from that:
+ *
+ * - An answer with "Expires:" is fresh for some sixty years, whatever its date
+ *   says; so is one with "Date:" and an earlier day in "Last-Modified:".
+ * - An answer with "max-age=" is fresh as long as it says, except that "now"
+ *   steps at the end of a month: back by up to 31 days, forward by up to 30, and
+ *   by an hour at the ends of summer time.
+ * - These dates count for nothing: those of the year 1970, those from 19 January
+ *   2038 to 6 February 2106, and every text that is not in the form of RFC 1123.
+ *   Earlier and later years are taken for some other time, or for none.
+ *
+ * One index for the process; one thread only. A look-up or save reads the index
+ * file first, and that may write: see fnQNFS_Load_File_To_Buffer().
  */
 #ifndef QNSTACK_QN_STACK_HTTP_CACHE_H
 #define QNSTACK_QN_STACK_HTTP_CACHE_H
@@ -52,7 +63,7 @@ QN_API int32_t fnQNStack_LoadCache_To_List(void);
 /** Loads the index unless it is loaded, and counts its entries and bytes. Call it at start. */
 QN_API void fnQNStack_Cache_Init(void);
 
-/** Releases the index in memory; the files stay, and so do the counters' values. */
+/** Releases the index in memory; the files stay, and the counters keep their values. */
 QN_API void fnQNStack_Cache_Free(void);
 
 /**
@@ -67,7 +78,7 @@ QN_API QNList *fnQNFS_http_cache_list(void);
  * Reads a body.
  *
  * @param file_no the entry's `file_no`.
- * @param destination room for @p maximum bytes.
+ * @param destination room for @p maximum bytes; NULL is a failure.
  * @param maximum the most bytes to read; take the length from the entry's
  *        `size`.
  * @return 0 (not a length); anything else is failure.
@@ -77,7 +88,8 @@ QN_API int32_t fnQNStack_Cache_LoadFileToBuffer(int32_t file_no, void *destinati
 
 /**
  * Deletes all bodies and writes an empty index. The counters keep their values
- * until fnQNStack_Cache_Init() counts again.
+ * until fnQNStack_Cache_Init() counts again; call it next, for with the old
+ * counters a save can find no room in the empty cache.
  *
  * @return 1; 0 if the index could not be held or written.
  */
@@ -97,9 +109,10 @@ QN_API void fnQNStack_Cache_InitTime(void);
 QN_API int32_t fnQNStack_Cache_ParseCacheTime(const char *line);
 
 /**
- * When the answer expires: at its "Expires:", else after its lifetime, else
- * after 3000 seconds if it was modified on its very day, else after a tenth of
- * its age (the heuristic of RFC 7234, section 4.2.2).
+ * When the answer expires: at its "Expires:" if that is a date that counts, also
+ * where there is a "max-age="; else after its lifetime; else after 3000 seconds
+ * if it was modified on the day of its "Date:"; else at "Date:" plus a tenth of
+ * the time since "Last-Modified:" (the heuristic of RFC 7234, section 4.2.2).
  *
  * @return the time; -1 when it must not be kept.
  */
@@ -108,23 +121,32 @@ QN_API int32_t fnQNStack_Cache_getExpired(void);
 /**
  * Saves an answer in front of the index and writes the index.
  *
- * Before that, what expires within 99 seconds is thrown out, and so are the
- * oldest entries until there is room: at most 199 entries and 1 MiB by the
- * counters, which count from fnQNStack_Cache_Init() on. A URL that is saved again loses its old body at
- * once; its old entry stays behind the new one for a while, and is taken off
- * the counters twice. When the new one expires is not asked before the next
- * save.
+ * Before that, entries that expire within 99 seconds are thrown out, and then the
+ * oldest ones until there is room: at most 199 entries and 1 MiB by the counters,
+ * which count from fnQNStack_Cache_Init() on. The new entry's own expiry is not
+ * looked at before the next save.
+ *
+ * A URL that is saved again loses its old body at once. Its old entry stays behind
+ * the new one until it is thrown out, and is taken off the counters twice. So the
+ * list grows with every save of the same URL until fnQNStack_Cache_Init() counts
+ * anew.
+ *
+ * The index file grows by 10000 bytes at most in a save. An entry whose URL and
+ * label have more than about 9900 bytes together loses its numbers, or empties
+ * the index. A label of "\n" is written as a line tag, so that the next load reads
+ * every field from there on as the one before it.
  *
  * @param url the key; copied, and may be that of an entry. NULL is refused.
  * @param label any text, copied; NULL is kept as "NULL".
- * @param body the body; stays the caller's, and may be a string of an entry.
+ * @param body the body; stays the caller's, and may be a string of an entry. NULL
+ *        fails also with a length of 0: for an empty body hand in "".
  * @param length its length in bytes.
  * @param expires from fnQNStack_Cache_getExpired().
  * @param tag any number.
- * @return 1, also when the index could not be written; 0 if @p url is NULL (then
- *         nothing is done), there is no room, the heap refuses, or the body could not be written. What was thrown
- *         out by then is gone, in memory alone until the next save that
- *         succeeds.
+ * @return 1, also when the index could not be written; 0 if @p url is NULL, there
+ *         is no room, the heap refuses, or the body could not be written. Entries
+ *         thrown out by then stay out; the index file tells so after the next
+ *         save that succeeds.
  */
 QN_API int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *body,
                                     int32_t length, int32_t expires, int32_t tag);
@@ -134,8 +156,9 @@ QN_API int32_t fnQNStack_Cache_Save(const char *url, const char *label, const vo
  *
  * @param url the key; compared exactly.
  * @return the entry, owned by the cache until it is thrown out or the index is
- *         released; NULL if there is none. Its body may be gone already, so a
- *         failed fnQNStack_Cache_LoadFileToBuffer() counts as a miss.
+ *         released; NULL if there is none, and for a NULL URL. Its body may be
+ *         gone already, so a failed fnQNStack_Cache_LoadFileToBuffer() counts as
+ *         a miss.
  */
 QN_API QNCacheEntry *fnQNStack_Cache_FindbyUrl(const char *url);
 
@@ -163,8 +186,8 @@ QN_API void fnQNStack_Cache_setMode(int32_t mode);
 QN_API int32_t fnQNStack_Cache_getState(void);
 
 /**
- * Finds a string in another, ignoring the case of ASCII letters, as
- * fnQN_STRISTR() does.
+ * Finds a string in another, ignoring the case of ASCII letters; no memory is
+ * allocated.
  *
  * @param haystack terminated string, or NULL.
  * @param needle terminated string, or NULL; an empty one is found at once.

@@ -26,9 +26,10 @@ QN_BEGIN_DECLS
  * domain or the same path is added anew in front of the older one. Callers
  * rely on this rule, so it stays. The oldest of 51 cookies is dropped.
  *
- * @param name cookie name.
- * @param value cookie value; NULL is kept as NULL.
- * @param domain host of the request whose answer set it; NULL differs from all.
+ * @param name cookie name; NULL equals no name and is sent as "(null)".
+ * @param value cookie value; NULL is sent as "(null)".
+ * @param domain host of the request whose answer set it; NULL differs from all
+ *        and is no host's.
  * @param path the cookie's path; NULL differs from all.
  */
 QN_API void fnQNStack_Http_Cookie_Set(const char *name, const char *value, const char *domain,
@@ -36,14 +37,18 @@ QN_API void fnQNStack_Http_Cookie_Set(const char *name, const char *value, const
 
 /**
  * Appends the cookie lines of a request: the newest cookie of the jar, if its
- * domain is this host, as a "Cookie:" line and a "Cookie2:" line (RFC 2965).
+ * domain is this host, as a "Cookie:" line and the line `Cookie2: "1"`.
  *
- * No other cookie is looked at and paths are not compared. Name and value are
- * cut where they pass 2047 bytes together with what stands before them. When
- * the heap refuses them, none of the lines is there.
+ * By RFC 2965 a client says with "Cookie2:" that it understands the newer form
+ * of cookies, and writes `$Version="1"` there. This client understands neither
+ * form in full; the shorter line is what peers have always seen.
  *
- * @param buffer the request.
- * @param host host name of the request; case counts.
+ * No other cookie is looked at and paths are not compared. The "Cookie:" line is
+ * cut at 2047 bytes, without its line end. When the heap refuses it, none of the
+ * lines is there.
+ *
+ * @param buffer the request; NULL does nothing.
+ * @param host host name of the request; case counts. NULL does nothing.
  */
 QN_API void fnQNStack_Http_Cookie_AddToHead(QNMemBuffer *buffer, const char *host);
 

@@ -21,8 +21,8 @@ QN_BEGIN_DECLS
 /**
  * Stores a header value, replacing the one under the same name.
  *
- * @param name header name without a colon; case counts. It is copied. A NULL
- *        name never matches, so each such write adds an entry.
+ * @param name header name without a colon; case counts. It is copied. Each write
+ *        with a NULL name adds an entry with an empty name.
  * @param value the value; it is copied, NULL as an empty string, and may be
  *        one that fnQNStack_Http_Head_Read() gave. Values go out as they are: a
  *        line end in one begins a further header line. When the heap refuses,
@@ -35,7 +35,7 @@ QN_API void fnQNStack_Http_Head_Write(const char *name, const char *value);
  *
  * @param name header name without a colon; case counts.
  * @return the value, owned by the table and valid until it is replaced or the
- *         table freed; NULL if there is none.
+ *         table freed; NULL if there is none, and for a NULL name.
  */
 QN_API const char *fnQNStack_Http_Head_Read(const char *name);
 

@@ -118,8 +118,7 @@ QN_API char *fnQN_MemBuffer_ReadBySubstr(QNMemBuffer *buffer, const char *delimi
  * @return what fnQNRTL_vsnprintf() gave: the length, or 2048 when the text was
  *         cut; -1 when the heap refuses the scratch area or @p format is NULL.
  */
-QN_API int32_t fnQN_MemBuffer_Printf(QNMemBuffer *buffer, const char *format, ...)
-    QN_PRINTF_LIKE(2, 3);
+QN_API int32_t fnQN_MemBuffer_Printf(QNMemBuffer *buffer, const char *format, ...);
 
 /**
  * Appends a name, a value and CR LF, in three writes; nothing is cut.

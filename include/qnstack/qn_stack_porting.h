@@ -2,13 +2,13 @@
  * @file qn_stack_porting.h
  * @brief The socket layer: IPv4 stream sockets behind small slot numbers.
  *
- * This text is the contract for any port; one more function, which the client
- * calls before the last piece of a longer request, stands in the port's
- * internal header. A slot is a number from 1 to 19 into
- * #socket_list; it is taken by fnQN_Stack_CreateSocket() and given back by
- * fnQN_Stack_CloseSocket() alone, so a slot whose connection failed stays
- * taken. Sockets block: connecting, sending and receiving wait, and a signal
- * that interrupts such a wait is a failure like any other. One thread only.
+ * This text is the contract for any port. One more function of a port, which the
+ * client calls before the last piece of a longer request, stands in the port's
+ * internal header. A slot is a number from 1 to 19 into #socket_list. It is taken
+ * by fnQN_Stack_CreateSocket() and given back by fnQN_Stack_CloseSocket() alone,
+ * so a slot whose connection failed stays taken. Sockets block: connecting,
+ * sending and receiving wait, and a signal that interrupts such a wait is a
+ * failure like any other. One thread only.
  */
 #ifndef QNSTACK_QN_STACK_PORTING_H
 #define QNSTACK_QN_STACK_PORTING_H
@@ -37,7 +37,7 @@ typedef struct QNSocketSlot {
                           (never set by this port) */
 } QNSocketSlot;
 
-/** The process-wide table of sockets; `fd` may be polled, nothing else written. */
+/** The process-wide table of sockets. A program may poll an `fd`; it writes nothing here. */
 extern QN_API QNSocketSlot socket_list[QN_SOCKET_SLOTS];
 
 /**
@@ -85,8 +85,8 @@ QN_API int32_t fnQN_Stack_Connect(int32_t slot);
 /**
  * Sends bytes with one call to the platform.
  *
- * A peer that is gone gives -1 and never a SIGPIPE; the application's handler,
- * mask and pending signals are not touched.
+ * A peer that is gone gives -1 and never a SIGPIPE. The program's handler, mask
+ * and pending signals are not touched.
  *
  * @param slot 1 to 19, connected.
  * @param bytes what to send; stays the caller's.
@@ -103,9 +103,10 @@ QN_API int32_t fnQN_Stack_SendData(int32_t slot, const void *bytes, int32_t coun
  * @param slot 1 to 19, connected.
  * @param destination room for @p capacity bytes.
  * @param capacity the most bytes to receive.
- * @return the number of bytes received; 0 when the peer has closed; -1 on
- *         failure, a slot out of range or not connected, or a negative
- *         capacity; -3 for a NULL destination.
+ * @return the number of bytes received; 0 when the peer has closed. With a
+ *         @p capacity of 0 it is 0 while the peer is there too, as soon as data
+ *         waits. -1 on failure, a slot out of range or not connected, or a
+ *         negative capacity; -3 for a NULL destination.
  */
 QN_API int32_t fnQN_Stack_RecvData(int32_t slot, void *destination, int32_t capacity);
 

@@ -1,7 +1,7 @@
 /**
  * @file qnstack.h
- * @brief Everything: an HTTP client that looks like a handset, and the services
- *        below a multimedia-messaging client.
+ * @brief Includes all public headers of the library: an HTTP client that looks
+ *        like a handset, and the services below a multimedia-messaging client.
  *
  * What holds for every function, unless its own text says otherwise:
  *
@@ -13,11 +13,21 @@
  *   count. The socket layer: 1 success, 0 or -1 failure, -2 under way. Files,
  *   records, cache and settings: 1 success, 0 failure. File primitives that
  *   read and write: -1 failure. Look-ups: NULL for nothing found.
- * - Memory from the library is zero-filled. When the heap refuses, a function
- *   fails by its result and leaves what was there as it was.
+ * - Zeroed memory. fnQN_Malloc_Local() gives zero-filled memory, and records
+ *   that the library makes start zeroed. What fnQN_Realloc_Local(),
+ *   fnQNStack_ReMalloc() and a growing buffer add is not zeroed.
+ * - No memory. When the heap refuses, a function fails by its result, or does
+ *   nothing if it has none, and what was there stays as it was. Four functions
+ *   are exceptions: fnQNStack_Http_ParseAnswer() sets a location or media type
+ *   that it cannot copy to NULL; fnQNFS_INI_Write() and fnQNFS_INI_WriteRAM()
+ *   leave the key with a NULL value; fnQNStack_Cache_Save() has thrown out older
+ *   entries by then.
  * - One thread. The library starts none, takes no locks, and keeps its state
  *   in globals.
- * - NULL. Where a NULL argument means something, the function says so.
+ * - NULL. Four functions must not get a NULL pointer: fnQN_MEMCPY(),
+ *   fnQN_MEMSET(), fnQN_MEMCHR() and fnQN_MEMCMP(). Every other function takes
+ *   NULL for each of its pointers, and its text says what that gives. The page
+ *   "What NULL gives" of the reference has a table of all of them.
  */
 #ifndef QNSTACK_QNSTACK_H
 #define QNSTACK_QNSTACK_H

@@ -3,10 +3,10 @@
  * @brief The C++ face: handles that own, lists as containers, files and the
  *        cache as objects, strings and enums.
  *
- * For C++17 and later, in headers alone. Each function is one of the C interface,
- * or the loop that its text prescribes, and what holds there holds here; where a
- * handle does a little more, its text says so. Every handle gives the C pointer
- * by `get()`, so whatever is not here is called as it is in C.
+ * For C++17 and later, in headers alone. Each function calls one of the C
+ * interface, or is the loop around it that the C text describes, and the same
+ * rules hold. Where a handle does a little more, its text says so. Every handle
+ * gives the C pointer by `get()`; call what is not here as in C.
  *
  * Nothing here throws by itself, and a program may be built without exceptions.
  * A `std::string` throws when the heap refuses it; nothing leaks then.

@@ -92,6 +92,15 @@ TEST_F(QnCacheSave, RefusesANullUrl) {
   EXPECT_THAT(FilePort().Calls(), testing::IsEmpty());
 }
 
+TEST_F(QnCacheSave, RefusesAnAnswerWithoutAUrlAndThrowsNothingOut) {
+  const std::vector<CachedAnswer> stale = Answers(1, kNow - 1);
+  Start(stale);
+
+  EXPECT_EQ(fnQNStack_Cache_Save(nullptr, nullptr, "body", 4, kFresh, 0), 0);
+
+  EXPECT_EQ(Held(), stale);
+}
+
 TEST_F(QnCacheSave, PutsTheNewEntryInFrontAndCountsIt) {
   const std::vector<CachedAnswer> old = Answers(2, kFresh, 10);
   Start(old);

@@ -24,7 +24,7 @@ namespace qnstack {
  * @{
  */
 
-/** What a call that drives or reads a context said. */
+/** The result of a call that drives or reads a context. */
 enum class Result {
   kDone,   /**< all has been delivered */
   kData,   /**< some bytes have been delivered; call again */
@@ -35,9 +35,10 @@ enum class Result {
 };
 
 /**
- * What a number says that the HTTP client gave.
+ * Turns a number that the HTTP client gave into a Result.
  *
- * @param value the result of fnQNStack_Http_Run(), a read function or a kin.
+ * @param value the result of fnQNStack_Http_Run(), a read function or a similar
+ *        one.
  * @return Result::kData for a count; Result::kFailed for any number below 0
  *         but -2.
  */
@@ -61,13 +62,13 @@ inline bool HasNoBody(const QNHttpCtx &ctx) noexcept {
   return ctx.retValue == kNoContent || ctx.retValue == kNotModified;
 }
 
-// The library keeps both over a redirect, and a length that no line told is 0.
+// The library keeps both over a redirect, and a missing length is 0 there.
 inline void ForgetEarlierAnswer(QNHttpCtx *ctx) noexcept {
   ctx->retCtxLen = kUnknownLength;
   ctx->retValue = 0;
 }
 
-// Prepares for a header of which nothing has been taken off the answer yet.
+// Prepares for a header, if nothing of it has been consumed yet.
 inline void ExpectHead(Context &context) noexcept {
   const QNMemBuffer &answer = *context->recvBuf;
   if (answer.total != answer.length - answer.cursor) return;
@@ -75,16 +76,16 @@ inline void ExpectHead(Context &context) noexcept {
   context.get_deleter().reading = Reading();
 }
 
-// An interim answer such as "100 Continue" comes before the one that counts.
-// What was taken of it is squeezed out, so that its empty line is not mistaken
-// for that of the next header.
+// An interim answer such as "100 Continue" comes before the final one. The write
+// of no bytes drops what has been read of it, so that its empty line is not
+// mistaken for that of the next header.
 inline void ExpectNextHead(QNHttpCtx *ctx) noexcept {
   ctx->headParsed = 0;
   ForgetEarlierAnswer(ctx);
   fnQN_MemBuffer_Write(ctx->recvBuf, "", 0);
 }
 
-// Whether the line taken off last was the empty one at a header's end.
+// Whether the line that was read last is the empty one at a header's end.
 inline bool TookEmptyLine(const QNMemBuffer &answer) noexcept {
   constexpr std::string_view kEmptyLine = "\r\n";
   constexpr std::string_view kHeadEnd = "\r\n\r\n";
@@ -94,8 +95,8 @@ inline bool TookEmptyLine(const QNMemBuffer &answer) noexcept {
          taken.substr(taken.size() - kHeadEnd.size()) == kHeadEnd;
 }
 
-// One step of reading. A redirect that waits in a complete context would close
-// the slot whose number the context keeps, so that is put away for the call.
+// One step of reading. Following a redirect in a complete context would close the
+// slot whose old number the context has, so the number is hidden for the call.
 inline int32_t ReadStep(QNHttpCtx *ctx, void *piece, int32_t room) noexcept {
   if (ctx->state != QN_HTTP_COMPLETE) return fnQNStack_Http_ReadRecvContext(ctx, piece, room);
   const int32_t slot = std::exchange(ctx->socket, -1);
@@ -105,8 +106,8 @@ inline int32_t ReadStep(QNHttpCtx *ctx, void *piece, int32_t room) noexcept {
 }
 
 // Whether the connection broke, or was stopped, rather than closed by the peer.
-// An answer that the program put there itself has no socket either, but then
-// nothing was tried.
+// An answer that the program put into the buffer itself has no socket either, but
+// then no step was tried.
 inline bool BrokeOff(const QNHttpCtx &ctx) noexcept {
   if (ctx.state == QN_HTTP_STOPPED) return true;
   return ctx.state == QN_HTTP_COMPLETE && ctx.socket < 0 && ctx.tryCount > 0;
@@ -139,9 +140,8 @@ inline Result ReadAll(QNHttpCtx *ctx, std::string &text, std::size_t most, uint6
  * look at `retValue`, `retCtxType` and BodyLength() first.
  *
  * Redirects are followed as by fnQNStack_Http_ReadRecvContext(), and interim
- * answers ("100 Continue") are stepped over. Status and length of an earlier
- * answer are forgotten: until the header says others, `retValue` is 0 and
- * `retCtxLen` -1.
+ * answers ("100 Continue") are skipped. Status and length of an earlier answer
+ * are cleared: until the header has its own, `retValue` is 0 and `retCtxLen` -1.
  *
  * @param context the context; an empty one fails.
  * @return Result::kDone, also when it has been read before; Result::kCut when
@@ -166,15 +166,15 @@ inline Result ReadAll(QNHttpCtx *ctx, std::string &text, std::size_t most, uint6
 }
 
 /**
- * The length of an answer's body, as its header announced it; to be asked after
+ * The length of an answer's body, as its header announced it. Call it after
  * ReadHead() or ReadBody().
  *
  * @param context the context.
  * @return the length; 0 for an answer that has no body whatever its header says
  *         (to a HEAD request, or with status 204 or 304). None if no header has
- *         been read, or it named no length that can be read, or one above
- *         2147483646: such a body ends with the connection, and nothing tells
- *         whether it is whole.
+ *         been read, or if it has no readable length, or one above 2147483646.
+ *         Such a body ends with the connection, and nothing tells whether it is
+ *         whole.
  */
 [[nodiscard]] inline std::optional<int32_t> BodyLength(const Context &context) noexcept {
   if (context == nullptr || context->headParsed == 0) return std::nullopt;
@@ -188,11 +188,11 @@ inline Result ReadAll(QNHttpCtx *ctx, std::string &text, std::size_t most, uint6
  * Reads an answer's body to its end by fnQNStack_Http_ReadRecvContext(), after
  * its header as ReadHead() does.
  *
- * The end is the end of the connection. Where the header announced a length,
- * Result::kDone means that so many bytes came, or more; where it did not (see
- * BodyLength()), that the peer closed in order, which a peer may do too early.
- * Read header and body by these two functions alone: bytes that were taken in
- * another way are missed, and the body is then called cut.
+ * The body ends when the connection does. If the header announced a length,
+ * Result::kDone means that so many bytes came, or more. If it did not (see
+ * BodyLength()), Result::kDone means that the peer closed the connection, which
+ * it may do too early. Read header and body by these two functions alone: bytes
+ * that were read in another way are not counted, and the body then seems cut.
  *
  * @param context the context; an empty one fails.
  * @param body the bytes are appended to it, also those before a failure.

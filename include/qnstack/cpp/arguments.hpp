@@ -1,7 +1,7 @@
 /**
  * @file arguments.hpp
- * @brief What is handed in: a text with the terminator that C wants, bytes with
- *        the length that it takes. Included by qnstack.hpp.
+ * @brief Arguments: texts with the terminator that C needs, and lengths in the
+ *        type that C takes. Included by qnstack.hpp.
  */
 #ifndef QNSTACK_CPP_ARGUMENTS_HPP
 #define QNSTACK_CPP_ARGUMENTS_HPP
@@ -31,7 +31,7 @@ constexpr int32_t LengthOf(std::size_t size) noexcept {
   return size <= kMost ? static_cast<int32_t>(size) : -1;
 }
 
-// False where C would take the text for a shorter one.
+// False for a text with a zero byte: C would take it for a shorter one.
 inline bool IsOneString(std::string_view text) noexcept {
   return text.find('\0') == std::string_view::npos;
 }
@@ -49,9 +49,8 @@ inline Text CopyOf(std::string_view text) noexcept {
 /** @endcond */
 
 /**
- * A text that is handed in: a C string, a `std::string` or a
- * `std::string_view`. It is the type of parameters and of nothing else, as it
- * refers to what it was made of.
+ * A text as an argument: a C string, a `std::string` or a `std::string_view`. Use
+ * it for parameters only, as it refers to the text it was made of.
  *
  * A view has no terminator, so it is copied, on the library's heap. A string or
  * a view with a zero byte in it is refused rather than cut, and so is a view

@@ -36,7 +36,7 @@ namespace qnstack {
  * Appends bytes to a buffer by fnQN_MemBuffer_Write().
  *
  * @param buffer the buffer; an empty handle appends nothing.
- * @param bytes what to append; above 2 GiB nothing is.
+ * @param bytes what to append; of more than 2 GiB nothing is appended.
  */
 inline void Append(Buffer &buffer, std::string_view bytes) noexcept {
   fnQN_MemBuffer_Write(buffer.get(), bytes.data(), detail::LengthOf(bytes.size()));

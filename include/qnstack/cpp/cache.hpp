@@ -1,7 +1,7 @@
 /**
  * @file cache.hpp
- * @brief The HTTP cache, loaded and let go with an object. Included by
- *        qnstack.hpp.
+ * @brief The HTTP cache as an object: loaded when it is made, released at its
+ *        end. Included by qnstack.hpp.
  */
 #ifndef QNSTACK_CPP_CACHE_HPP
 #define QNSTACK_CPP_CACHE_HPP
@@ -23,18 +23,18 @@ namespace qnstack {
  */
 
 /**
- * The cache: loaded when the object is made, let go in memory at its end; the
- * files stay. There is one for the process, so make one object; it can be
- * neither copied nor moved.
+ * The cache: its index is loaded when the object is made and released in memory
+ * at its end; the files stay. There is one for the process, so make one object;
+ * it can be neither copied nor moved.
  *
- * Entries are the cache's. A pointer to one, or a Range of them, is borrowed: it
- * ends with the next Save() or Clear(), or with the cache, whichever comes first.
+ * Entries belong to the cache. A pointer to one, or a Range of them, is valid
+ * until the next Save() or Clear(), or the end of the cache.
  */
 class Cache {
  public:
   /** Loads the index by fnQNStack_Cache_Init(). The file port's root is set before. */
   Cache() noexcept { fnQNStack_Cache_Init(); }
-  /** Lets the index go by fnQNStack_Cache_Free(). */
+  /** Releases the index by fnQNStack_Cache_Free(). */
   ~Cache() { fnQNStack_Cache_Free(); }
   Cache(const Cache &) = delete;
   Cache &operator=(const Cache &) = delete;
@@ -44,8 +44,8 @@ class Cache {
    * which moves it to the front.
    *
    * @param url the URL, compared exactly.
-   * @return the entry, borrowed; NULL if there is none, and for NULL or a text
-   *         that is refused.
+   * @return the entry; NULL if there is none, and for NULL or a text that is
+   *         refused.
    */
   [[nodiscard]] const QNCacheEntry *FindFresh(const Terminated &url) noexcept {
     return url.get() == nullptr ? nullptr : fnQNStack_Cache_FindbyUrl_NoExpired(url.get());
@@ -59,7 +59,7 @@ class Cache {
   [[nodiscard]] const QNCacheEntry *Find(const Terminated &url) const noexcept {
     return url.get() == nullptr ? nullptr : fnQNStack_Cache_FindbyUrl(url.get());
   }
-  /** @return all entries, most recently saved or used first, borrowed. */
+  /** @return all entries, most recently saved or used first. */
   [[nodiscard]] Range<const QNCacheEntry> entries() const noexcept {
     return Range<const QNCacheEntry>(fnQNFS_http_cache_list());
   }
@@ -81,7 +81,7 @@ class Cache {
   }
 
   /**
-   * Saves a body by fnQNStack_Cache_Save(); what was borrowed ends.
+   * Saves a body by fnQNStack_Cache_Save(); pointers to entries end.
    *
    * @param url as there, but never NULL.
    * @param body the body; it may be a string of an entry.
@@ -99,7 +99,7 @@ class Cache {
   }
   /**
    * Deletes all bodies and writes an empty index by fnQNStack_Cache_Delete_All(),
-   * and counts anew; what was borrowed ends.
+   * and counts anew; pointers to entries end.
    *
    * @return whether the index has been written.
    */
@@ -122,8 +122,8 @@ class Cache {
     return fnQNStack_Cache_ParseCacheTime(line.get()) == 0;
   }
   /**
-   * When the answer expires, by fnQNStack_Cache_getExpired(); what its dates are
-   * worth says @ref caching.
+   * When the answer expires, by fnQNStack_Cache_getExpired(); @ref caching says
+   * what becomes of its dates.
    *
    * @return the time for Save(); none when the answer must not be kept.
    */

@@ -3,9 +3,9 @@
  * @brief Text in the character sets of messages, to UTF-8 and back, as strings
  *        of the right length. Included by qnstack.hpp.
  *
- * The bytes are those of the C functions, whose oddities stay: each is said
- * here too. A text above 2 GiB is converted to nothing. Zero bytes and zero
- * units within a text are kept where not said otherwise.
+ * The bytes are those of the C functions with their oddities, which are named
+ * here too. A text above 2 GiB gives an empty result. Zero bytes and zero units
+ * within a text are kept, except by Decode().
  */
 #ifndef QNSTACK_CPP_CHARSET_HPP
 #define QNSTACK_CPP_CHARSET_HPP
@@ -52,9 +52,9 @@ namespace detail {
 constexpr std::size_t kBytesPerUnit = 3;
 constexpr std::size_t kBytesPerValue = 6;
 
-// The converters end what they write by a zero and tell no length, and a zero
-// may stand in the text too. So the area is filled with what is no zero: the
-// last one in it is the end.
+// The converters write a zero at the end and do not tell the length, and the
+// text may hold zeros too. So the area is filled with another value first: the
+// last zero in it is then the end.
 template <typename Area, typename Convert>
 Area Converted(std::size_t most, Convert convert) {
   using Unit = typename Area::value_type;
@@ -69,15 +69,12 @@ inline bool CanBeConverted(std::size_t size) noexcept { return LengthOf(size) > 
 
 using ConvertStream = void (*)(const void *, int32_t, char *);
 
+// With an odd length a converter reads one byte more, so that byte is added.
 inline std::string FromStream(std::string_view bytes, ConvertStream convert) {
   if (!CanBeConverted(bytes.size())) return {};
-  // Of an odd length the converters read one byte more. A copy has a zero there.
-  const bool odd = bytes.size() % 2 != 0;
-  const std::string copy(odd ? bytes : std::string_view());
-  const char *source = odd ? copy.c_str() : bytes.data();
-  const std::size_t units = bytes.size() / 2 + bytes.size() % 2;
-  return Converted<std::string>(units * kBytesPerUnit, [&](char *out) {
-    convert(source, LengthOf(bytes.size()), out);
+  if (bytes.size() % 2 != 0) return FromStream(std::string(bytes).append(1, '\0'), convert);
+  return Converted<std::string>(bytes.size() / 2 * kBytesPerUnit, [&](char *out) {
+    convert(bytes.data(), LengthOf(bytes.size()), out);
   });
 }
 

@@ -1,6 +1,7 @@
 /**
  * @file handles.hpp
- * @brief Handles that own what the library made. Included by qnstack.hpp.
+ * @brief Handles that own buffers and texts of the library. Included by
+ *        qnstack.hpp.
  */
 #ifndef QNSTACK_CPP_HANDLES_HPP
 #define QNSTACK_CPP_HANDLES_HPP
@@ -16,12 +17,12 @@ namespace qnstack {
  * @{
  */
 
-/** Releases what the library made, each by the function made for it. */
+/** Releases contexts, buffers and texts, each by its own function of the C interface. */
 struct Release {
   /**
-   * Releases a context. One that is complete keeps the number of a slot that
-   * was closed when the peer closed; the number is forgotten first, as another
-   * context may have that slot by now.
+   * Releases a context. A complete one still has the number of a slot that was
+   * closed with the connection. That number is cleared first, as another context
+   * may have the slot by now.
    *
    * @param ctx the context.
    */
@@ -43,7 +44,13 @@ struct Release {
   void operator()(char *text) const noexcept { fnQN_Free(&text); }
 };
 
-/** Owns a buffer; empty where the C interface gives NULL. */
+/**
+ * Owns a buffer; empty where the C interface gives NULL.
+ *
+ * To keep the bytes without the buffer, take its `data` and set `data` to NULL
+ * and `capacity`, `length` and `cursor` to 0. The bytes are then released with
+ * fnQN_Free(), and the buffer can be used again or let go.
+ */
 using Buffer = std::unique_ptr<QNMemBuffer, Release>;
 /** Owns a text of the library, such as fnQNStack_StrDup() gives. */
 using Text = std::unique_ptr<char, Release>;

@@ -21,9 +21,9 @@ namespace qnstack {
  */
 
 /**
- * Stands on an element of a list, or behind the last one. It stays where it is
- * when other elements come and go, or the list's elements move to another List;
- * to step back from the end it needs the list where it was.
+ * Stands on an element of a list, or behind the last one. It stays valid when
+ * other elements come and go, or when the list's elements move to another List.
+ * Only the step back from the end needs the list at its old place.
  *
  * @tparam Element the type of the elements, `const` where they are only looked
  *         at.

@@ -108,7 +108,8 @@ OwnedEntry NewEntry(const char *url, const char *label) {
   if (entry == nullptr) return nullptr;
   entry->url = fnQNStack_StrDup(url);
   entry->label = fnQNStack_StrDup(label != nullptr ? label : kNoLabel);
-  return entry->url != nullptr && entry->label != nullptr ? std::move(entry) : nullptr;
+  const bool complete = entry->url != nullptr && entry->label != nullptr;
+  return complete ? std::move(entry) : nullptr;
 }
 
 }  // namespace

@@ -89,6 +89,7 @@ int32_t fnQNFS_INI_Read(const char *name, QNList *list, const char *key, char *d
 }
 
 int fnQNFS_INI_Compare(const void *key, const void *entry) {
+  if (key == nullptr || entry == nullptr) return -1;
   return fnQN_STRCMP(qn::PointerAt<const char>(key), static_cast<const QNFSIniEntry *>(entry)->key);
 }
 

@@ -36,6 +36,7 @@ double FractionOf(double value, int32_t integer_part) {
 }  // namespace
 
 char *fnQNRTL_itoa(int32_t value, char *buf, int32_t radix) {
+  if (buf == nullptr) return nullptr;
   char *out = buf;
   if (radix >= 2) {
     auto rest = static_cast<uint32_t>(value);
@@ -56,6 +57,7 @@ char *fnQNRTL_itoa(int32_t value, char *buf, int32_t radix) {
 }
 
 char *fnQNRTL_ftoa(double value, char *buf, int32_t radix) {
+  if (buf == nullptr) return nullptr;
   const int32_t integer_part = TruncateToInt32(value);
   fnQNRTL_itoa(integer_part, buf, radix);
   if (radix < 2) return buf;

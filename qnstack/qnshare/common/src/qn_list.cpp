@@ -152,7 +152,7 @@ void *fnQNList_RemoveTail(QNList *list) {
 
 int32_t fnQNList_Delete_ByNum(QNList *list, int32_t index, QNListRelease release) {
   // The walk finds out that no element stands at an index equal to the count.
-  if (list == nullptr || index < 0 || index > list->count) return 0;
+  if (list == nullptr || release == nullptr || index < 0 || index > list->count) return 0;
   QNListNode *node = NodeAt(list, index);
   if (node == nullptr) return 0;
   void *data = node->data;
@@ -225,6 +225,7 @@ void fnQNList_Move(QNList *list, QNListNode *node, QNListNode *before) {
 }
 
 void fnQNList_Reverse(QNList *list) {
+  if (list == nullptr) return;
   for (QNListNode *node = list->head; node != nullptr; node = node->prev) {
     std::swap(node->prev, node->next);
   }

@@ -12,6 +12,7 @@ int RefuseToFlush(apr_vformatter_buff_t * /*area*/) { return -1; }
 }  // namespace
 
 int32_t fnQNRTL_vsnprintf(char *buf, uint32_t len, const char *format, va_list args) {
+  if (format == nullptr || (buf == nullptr && len != 0)) return -1;
   // The last byte is kept for the terminator. Without an area APR only counts.
   apr_vformatter_buff_t area = {nullptr, nullptr};
   if (len != 0) area = {buf, buf + (len - 1)};
