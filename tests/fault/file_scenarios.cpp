@@ -197,10 +197,6 @@ Texts LoadIndex() {
   return texts;
 }
 
-// A list that is saved says so at its begin and its end.
-constexpr int kLogPlaces = 2;
-constexpr int kReadArea = 1;
-
 constexpr char kUrl[] = "http://mmsc.test/body";
 
 void PlantBody() {
@@ -238,27 +234,20 @@ Texts LoadAnswer() {
   return fnQNStack_Http_ReadRecvContext(ctx.get(), body, sizeof body) > 0 ? Texts{body} : Texts{};
 }
 
-ScenarioKind Load(const char *name, void (*save)(), Texts (*load)(), const Texts &saved,
-                  int kept_blocks = 0) {
+ScenarioKind Load(const char *name, void (*save)(), Texts (*load)(), const Texts &saved) {
   ScenarioKind kind;
   kind.name = name;
-  kind.kept_blocks = kept_blocks;
   kind.make = [=] { return std::make_unique<LoadAct>(save, load, saved); };
   return kind;
 }
 
-// What is kept for good and what is excepted, for the scenarios of the stores.
+// What is excepted, for the scenarios of the stores.
 ScenarioKind KnownOf(const std::string &scenario) {
   static const std::map<std::string, ScenarioKind> kKnown = {
-      {"save", {.kept_blocks = kLogPlaces, .exceptions = {{kUndeleted, 11}}}},
-      {"first save", {.kept_blocks = kLogPlaces}},
+      {"save", {.exceptions = {{kUndeleted, 11}}}},
       {"append", {.exceptions = {{kUnread, 24}, {kUndeleted, 8}}}},
-      {"cache save with eviction",
-       {.kept_blocks = kLogPlaces, .exceptions = {{kUnread, 21}, {kCut, 9}, {kUncounted, 1}}}},
-      {"cache save of a known URL",
-       {.kept_blocks = kLogPlaces, .exceptions = {{kUnread, 21}, {kCut, 18}}}},
-      {"cache hit", {.kept_blocks = kLogPlaces}},
-      {"cache delete all", {.kept_blocks = kLogPlaces}},
+      {"cache save with eviction", {.exceptions = {{kUnread, 21}, {kCut, 9}, {kUncounted, 1}}}},
+      {"cache save of a known URL", {.exceptions = {{kUnread, 21}, {kCut, 18}}}},
       {"INI write", {.exceptions = {{kUnread, 16}, {kUndeleted, 11}, {kCut, 4}}}},
   };
   const auto known = kKnown.find(scenario);
@@ -272,8 +261,8 @@ std::vector<ScenarioKind> FileScenarios() {
       Load("record load", PlantRecords, LoadRecords, kRecords),
       Load("INI load", PlantSettings, LoadSettings, kSettings),
       Load("cache index load", PlantIndex, LoadIndex, kIndex),
-      Load("cached hit with its body", PlantBody, LoadBody, kBody, kLogPlaces),
-      Load("stored answer", PlantAnswer, LoadAnswer, kBody, kReadArea),
+      Load("cached hit with its body", PlantBody, LoadBody, kBody),
+      Load("stored answer", PlantAnswer, LoadAnswer, kBody),
   };
   for (const StoreScenario &scenario : StoreScenarios()) {
     ScenarioKind kind = KnownOf(scenario.name);

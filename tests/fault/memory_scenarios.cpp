@@ -108,8 +108,8 @@ class Sort : public Scenario {
 
 std::vector<ScenarioKind> MemoryScenarios() {
   return {
-      {.name = "charsets", .make = std::make_unique<Charsets>, .kept_blocks = 1},
-      {.name = "sort", .make = std::make_unique<Sort>, .kept_blocks = 1},
+      {.name = "charsets", .make = std::make_unique<Charsets>},
+      {.name = "sort", .make = std::make_unique<Sort>},
   };
 }
 
