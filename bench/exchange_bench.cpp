@@ -16,6 +16,7 @@
 #include "origin.h"
 #include "platform.h"
 #include "qnstack/qn_stack_http.h"
+#include "recording.h"
 #include "rounds.h"
 
 namespace bench {
@@ -33,6 +34,7 @@ struct Options {
   int rounds = 0;  // 0: what is usual
   std::string exchange;
   std::string contender;
+  std::string json;
 };
 
 struct Size {
@@ -116,7 +118,10 @@ void Run(const Options &options) {
   const Origin origin(apart ? cpus.back() : -1);
   if (apart) RunOn(cpus.front());
   if (fnQNStack_Http_InitStack() != 0) Fail("the stack does not start");
-  Report(report, Measure(origin.port(), options));
+  const std::vector<Result> results = Measure(origin.port(), options);
+  Report(report, results);
+  Recording recording(options.json);
+  Record(recording, results);
   fnQNStack_Http_CloseStack();
   std::fclose(report);
 }
@@ -131,6 +136,7 @@ int main(int argc, char **argv) try {
   app.add_option("--rounds", options.rounds, "rounds of each exchange")->check(CLI::PositiveNumber);
   app.add_option("--exchange", options.exchange, "only those with this in their name");
   app.add_option("--contender", options.contender, "only those with this in their name");
+  app.add_option("--json", options.json, "also write all rounds to this file");
   CLI11_PARSE(app, argc, argv);
   bench::Run(options);
   return 0;

@@ -1,12 +1,14 @@
 #include "exchange_report.h"
 
+#include <cstdint>
+
 namespace bench {
 namespace {
 
 using Values = std::vector<double> Series::*;
 
 // CPU of `contender` at most `factor` times that of `peer`. The loop to be held
-// against is the one that moves as much at a time as the interface promises.
+// against is the one that moves 2 KB at a time, as the library does.
 struct Goal {
   const char *exchange;
   const char *contender;
@@ -14,13 +16,13 @@ struct Goal {
   double factor;
 };
 constexpr Goal kGoals[] = {
-    {"GET 1 KB", kLibrary4K, kLoop2K, 1.05},      {"GET 1 KB", kLibrary64K, kLoop2K, 1.05},
-    {"GET 1 KB", kLibrary4K, kCurlReused, 0.80},  {"GET 1 KB", kLibrary64K, kCurlReused, 0.80},
-    {"GET 30 KB", kLibrary4K, kLoop2K, 1.10},     {"GET 30 KB", kLibrary64K, kLoop2K, 1.10},
-    {"GET 30 KB", kLibrary4K, kCurlReused, 0.90}, {"GET 30 KB", kLibrary64K, kCurlReused, 0.90},
-    {"GET 300 KB", kLibrary4K, kLoop2K, 1.15},    {"GET 300 KB", kLibrary64K, kLoop2K, 1.12},
-    {"GET 64 MB", kLibrary4K, kLoop2K, 1.15},     {"GET 64 MB", kLibrary64K, kLoop2K, 1.15},
-    {"POST 300 KB", kLibrary4K, kLoop2K, 1.00},
+    {"GET 1 KB", kLibrary4K, kLoop2K, 1.08},      {"GET 1 KB", kLibrary64K, kLoop2K, 1.08},
+    {"GET 1 KB", kLibrary4K, kCurlReused, 0.60},  {"GET 1 KB", kLibrary64K, kCurlReused, 0.60},
+    {"GET 30 KB", kLibrary4K, kLoop2K, 1.13},     {"GET 30 KB", kLibrary64K, kLoop2K, 1.13},
+    {"GET 30 KB", kLibrary4K, kCurlReused, 0.75}, {"GET 30 KB", kLibrary64K, kCurlReused, 0.75},
+    {"GET 300 KB", kLibrary4K, kLoop2K, 1.28},    {"GET 300 KB", kLibrary64K, kLoop2K, 1.16},
+    {"GET 64 MB", kLibrary4K, kLoop2K, 1.32},     {"GET 64 MB", kLibrary64K, kLoop2K, 1.15},
+    {"POST 300 KB", kLibrary4K, kLoop2K, 1.00},   {"POST 300 KB", kLibrary64K, kLoop2K, 1.00},
 };
 
 const Series *Find(const Result &result, const std::string &contender) {
@@ -90,19 +92,46 @@ void PrintGoal(std::FILE *out, const Result &result, const Goal &goal) {
                ratio.median <= goal.factor ? "met" : "missed");
 }
 
-// What a sender loses when its last piece waits for an acknowledgement: that
-// meets many exchanges, where a busy scheduler holds up a few.
-constexpr double kMostStalled = 0.01;
+bool IsOurs(const Series &series) {
+  return series.name == kLibrary4K || series.name == kLibrary64K;
+}
 
+// A sender stalls whose last piece waits for an acknowledgement.
 void PrintStalls(std::FILE *out, const Result &result) {
   if (!result.exchange.starts_with("POST")) return;
   for (const Series &series : result.series) {
-    const bool ours = series.name == kLibrary4K || series.name == kLibrary64K;
-    const char *verdict = series.stalls <= kMostStalled * series.exchanges ? "met" : "missed";
+    const char *verdict = series.stalls == 0 ? "0 | met" : "0 | missed";
     PrintRowStart(out, result);
-    std::fprintf(out, " stalled exchanges, %s | %d of %d | | %s | %s |\n", series.name.c_str(),
-                 series.stalls, series.exchanges, ours ? "≤ 1 %" : "", ours ? verdict : "");
+    std::fprintf(out, " stalled exchanges, %s | %d of %d | | %s |\n", series.name.c_str(),
+                 series.stalls, series.exchanges, IsOurs(series) ? verdict : "|");
   }
+}
+
+// One round in Google Benchmark's words. `goal` is 0 where there is none.
+benchmark::BenchmarkReporter::Run RunOf(const std::string &name, const Series &series,
+                                        std::size_t round, double goal) {
+  constexpr double kMicrosecondsPerSecond = 1e6;
+  benchmark::BenchmarkReporter::Run run;
+  run.run_name.function_name = name;
+  run.family_index = 0;
+  run.per_family_instance_index = 0;
+  run.repetitions = static_cast<std::int64_t>(series.cpu.size());
+  run.repetition_index = static_cast<std::int64_t>(round);
+  run.time_unit = benchmark::kMicrosecond;
+  run.cpu_accumulated_time = series.cpu[round] / kMicrosecondsPerSecond;
+  run.real_accumulated_time = series.wall[round] / kMicrosecondsPerSecond;
+  if (goal > 0) run.counters["goal"] = goal;
+  return run;
+}
+
+double GoalBesideLoop(const std::string &exchange, const std::string &contender) {
+  for (const Goal &goal : kGoals) {
+    if (exchange == goal.exchange && contender == goal.contender &&
+        goal.peer == std::string(kLoop2K)) {
+      return goal.factor;
+    }
+  }
+  return 0;
 }
 
 }  // namespace
@@ -123,6 +152,18 @@ void Report(std::FILE *out, const std::vector<Result> &results) {
       if (result.exchange == goal.exchange) PrintGoal(out, result, goal);
     }
     PrintStalls(out, result);
+  }
+}
+
+void Record(Recording &recording, const std::vector<Result> &results) {
+  for (const Result &result : results) {
+    for (const Series &series : result.series) {
+      const std::string name = result.exchange + "/" + Way(result) + "/" + series.name;
+      const double goal = GoalBesideLoop(result.exchange, series.name);
+      for (std::size_t round = 0; round < series.cpu.size(); ++round) {
+        recording.Add({RunOf(name, series, round, goal)});
+      }
+    }
   }
 }
 

@@ -1,5 +1,6 @@
-// The tables of the exchange benchmark, as markdown: what each contender cost,
-// what the library costs over its peers, and which goals that meets.
+// The tables of the exchange benchmark, as Markdown: what each contender cost,
+// what the library costs beside its peers, and which goals that meets. The same
+// rounds are recorded for the chart.
 #ifndef BENCH_EXCHANGE_REPORT_H
 #define BENCH_EXCHANGE_REPORT_H
 
@@ -7,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "recording.h"
 #include "rounds.h"
 
 namespace bench {
@@ -26,6 +28,10 @@ struct Result {
 
 // Contenders that did not run have no column, and goals that need them no row.
 void Report(std::FILE *out, const std::vector<Result> &results);
+
+// Each round of each contender is a run "exchange/way/contender". A run of the
+// library has its goal beside the loop as the counter "goal".
+void Record(Recording &recording, const std::vector<Result> &results);
 
 }  // namespace bench
 

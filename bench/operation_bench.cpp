@@ -51,16 +51,18 @@ int main(int argc, char **argv) {
   double seconds = 0.01;
   bool quick = false;
   std::string filter;
+  std::string json;
   CLI::App app("Measures the library's operations beside what would be picked instead");
   app.add_option("--rounds", rounds, "rounds of each contender")->capture_default_str();
   app.add_option("--seconds", seconds, "length of a round")->capture_default_str();
   app.add_flag("--quick", quick, "short rounds, for a first look");
+  app.add_option("--json", json, "also write all rounds to this file");
   app.add_option("filter", filter, "regular expression: which operations, as group/operation");
   CLI11_PARSE(app, argc, argv);
 
   KeepFilesInMemory();
   RegisterAll();
   Configure(rounds, quick ? seconds / 10 : seconds);
-  qnbench::PrintOperations(filter);
+  qnbench::PrintOperations(filter, json);
   return 0;
 }

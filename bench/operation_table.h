@@ -8,8 +8,11 @@ namespace qnbench {
 
 // Runs every operation whose "group/operation" matches `filter` (a regular
 // expression). The rounds of a row's contenders are interleaved, so that what
-// disturbs the machine disturbs them alike.
-void PrintOperations(const std::string &filter);
+// disturbs the machine disturbs them alike. A row meets its goal at or ahead of
+// the best peer, or where held_rows.cpp names what holds it. Each round is
+// recorded in the file `json`, if it is named: the library's with the verdict as
+// their label.
+void PrintOperations(const std::string &filter, const std::string &json);
 
 }  // namespace qnbench
 

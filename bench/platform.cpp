@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 
 namespace bench {
 namespace {
@@ -38,6 +39,15 @@ std::vector<int> AllowedCpus() {
     if (CPU_ISSET(static_cast<unsigned>(cpu), &allowed)) cpus.push_back(cpu);
   }
   return cpus;
+}
+
+std::string ProcessorName() {
+  std::ifstream description("/proc/cpuinfo");
+  for (std::string line; std::getline(description, line);) {
+    const std::size_t value = line.find(": ");
+    if (line.starts_with("model name") && value != std::string::npos) return line.substr(value + 2);
+  }
+  return "processor";
 }
 
 void RunOn(int cpu) {

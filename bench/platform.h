@@ -1,5 +1,5 @@
-// What the benchmarks of exchanges need from the platform: the cost of this
-// process so far, processors to run on, and an end with a word.
+// What the benchmarks need from the platform: the cost of this process so far,
+// the machine's processors, and an end with a word.
 #ifndef BENCH_PLATFORM_H
 #define BENCH_PLATFORM_H
 
@@ -19,6 +19,9 @@ double WallClock();
 
 // The processors that this process may run on.
 std::vector<int> AllowedCpus();
+
+// The name that the processor's maker gives it, "processor" where none is known.
+std::string ProcessorName();
 
 // Keeps the calling process on that processor; -1 leaves it where it may be.
 void RunOn(int cpu);

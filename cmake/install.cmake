@@ -48,7 +48,7 @@ foreach(library qnstack qnstack_posix)
   install(FILES ${file} DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
 endforeach()
 
-install(FILES README.md CHANGELOG.md
+install(FILES README.md CHANGELOG.md LICENSE
   DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Documentation)
 if(QNSTACK_BUILD_DOCS)
   install(DIRECTORY ${PROJECT_BINARY_DIR}/docs/html

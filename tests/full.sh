@@ -9,7 +9,6 @@ cd "$(dirname "$0")/.."
 
 readonly seconds=$1 logs=build/full
 mkdir -p "$logs"
-export LSAN_OPTIONS=suppressions=$PWD/tests/kept_leaks.txt:print_suppressions=0
 
 heading() {
   printf '\n## %s\n\n' "$1"

@@ -69,6 +69,7 @@ done
 expect_one_sentence 2 "'package' takes --chroot --twice, not '--chrot'" package --chrot
 expect_one_sentence 2 "'abi' takes --update, not ''" abi ''
 expect_one_sentence 2 "'format' takes --check, not 'all'" format all
+expect_one_sentence 2 "'bench' takes operations exchanges --keep, not '--quick'" bench --keep --quick
 expect_one_sentence 2 "'full' takes seconds, not 'x'" full x
 expect_one_sentence 2 "'full' takes no second word, '6'" full 5 6
 expect_one_sentence 2 "'fuzz' takes seconds, not '0'" fuzz 0

@@ -234,11 +234,9 @@ Texts LoadAnswer() {
   return fnQNStack_Http_ReadRecvContext(ctx.get(), body, sizeof body) > 0 ? Texts{body} : Texts{};
 }
 
-ScenarioKind Load(const char *name, void (*save)(), Texts (*load)(), const Texts &saved,
-                  int kept_blocks = 0) {
+ScenarioKind Load(const char *name, void (*save)(), Texts (*load)(), const Texts &saved) {
   ScenarioKind kind;
   kind.name = name;
-  kind.kept_blocks = kept_blocks;
   kind.make = [=] { return std::make_unique<LoadAct>(save, load, saved); };
   return kind;
 }

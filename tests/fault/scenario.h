@@ -49,9 +49,6 @@ class Scenario {
 struct ScenarioKind {
   const char *name = "";
   std::function<std::unique_ptr<Scenario>()> make = nullptr;
-  // Blocks that the undisturbed run keeps for good, see tests/kept_leaks.txt;
-  // no run keeps more.
-  int kept_blocks = 0;
   // Points at which the known exceptions are met, by their names, over all
   // ways of failing; more are none.
   std::map<std::string, int> exceptions = {};

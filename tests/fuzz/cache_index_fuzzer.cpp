@@ -15,9 +15,7 @@
 #include <vector>
 
 #include "fuzz/exact_bytes.h"
-#include "fuzz/kept_blocks.h"
 #include "qn_stack_http_cache_internal.h"
-#include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_stack_http_cache.h"
 #include "support/cache_test.h"
 #include "support/field_model.h"
@@ -101,7 +99,6 @@ class CacheAndModel {
   }
   ~CacheAndModel() {
     fnQNStack_Cache_Free();
-    fnQNFS_printLog_param(nullptr, 0);
     FilePort().Reset();
   }
   CacheAndModel(const CacheAndModel &) = delete;
@@ -307,7 +304,7 @@ class CacheAndModel {
   int32_t size_ = 0;
 };
 
-void Try(const std::string &index, const std::vector<Step> &steps) {
+void DoAll(const std::string &index, const std::vector<Step> &steps) {
   CacheAndModel both(index);
   for (const Step &step : steps) both.Do(step);
 }
@@ -324,8 +321,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   }
   const std::string index = input.ConsumeRemainingBytesAsString();
   const qntest::ScriptedClock clock({.year = 2009, .month = 6, .day = 15, .hour = 12});
-  qntest::KeptBlocks kept;
-  Try(index, steps);
-  EXPECT_EQ(kept.Release(), std::vector<std::size_t>{});
+  DoAll(index, steps);
   return 0;
 }

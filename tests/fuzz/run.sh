@@ -20,7 +20,6 @@ fi
 
 export ASAN_OPTIONS=quarantine_size_mb=64
 export UBSAN_OPTIONS=print_stacktrace=1
-export LSAN_OPTIONS=suppressions=$PWD/tests/kept_leaks.txt:print_suppressions=0
 
 # The longest input worth trying.
 longest() {

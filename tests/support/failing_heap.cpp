@@ -17,21 +17,10 @@ bool Admit(std::string_view name, size_t bytes) {
   return !qntest::CallFaults::Fail(qntest::kHeapCalls, name);
 }
 
-constinit const qntest::HeapWatcher *watcher = nullptr;
-
-void *Watched(void *block, size_t bytes) {
-  if (watcher != nullptr && block != nullptr) watcher->given(block, bytes);
-  return block;
-}
-
-void TakenBack(void *block) {
-  if (watcher != nullptr && block != nullptr) watcher->taken_back(block);
-}
-
 // A block on its way to the caller.
-void *Given(void *block, size_t bytes) {
+void *Given(void *block) {
   if (block != nullptr) qntest::CallFaults::NoteBlock(malloc_usable_size(block));
-  return Watched(block, bytes);
+  return block;
 }
 
 }  // namespace
@@ -53,41 +42,31 @@ char *__wrap_strdup(const char *text);
 void __wrap_free(void *block);
 
 void *__wrap_malloc(size_t size) {
-  return Admit("malloc", size) ? Given(__real_malloc(size), size) : nullptr;
+  return Admit("malloc", size) ? Given(__real_malloc(size)) : nullptr;
 }
 
 void *__wrap_calloc(size_t count, size_t size) {
-  return Admit("calloc", count * size) ? Given(__real_calloc(count, size), count * size) : nullptr;
+  return Admit("calloc", count * size) ? Given(__real_calloc(count, size)) : nullptr;
 }
 
 void *__wrap_realloc(void *block, size_t size) {
   if (!Admit("realloc", size)) return nullptr;
   const size_t before = malloc_usable_size(block);
   void *resized = __real_realloc(block, size);
-  if (block == nullptr) return Given(resized, size);
-  if (resized != nullptr) {
-    qntest::CallFaults::NoteResize(before, malloc_usable_size(resized));
-    TakenBack(block);
-  }
-  return Watched(resized, size);
+  if (block == nullptr) return Given(resized);
+  if (resized != nullptr) qntest::CallFaults::NoteResize(before, malloc_usable_size(resized));
+  return resized;
 }
 
 char *__wrap_strdup(const char *text) {
-  const size_t size = std::strlen(text) + 1;
-  return Admit("strdup", size) ? static_cast<char *>(Given(__real_strdup(text), size)) : nullptr;
+  return Admit("strdup", std::strlen(text) + 1) ? static_cast<char *>(Given(__real_strdup(text)))
+                                                : nullptr;
 }
 
 void __wrap_free(void *block) {
   if (block != nullptr) qntest::CallFaults::NoteFree(malloc_usable_size(block));
-  TakenBack(block);
   __real_free(block);
 }
 
 }  // extern "C"
 // NOLINTEND(bugprone-reserved-identifier)
-
-namespace qntest {
-
-void WatchHeap(const HeapWatcher *new_watcher) { watcher = new_watcher; }
-
-}  // namespace qntest

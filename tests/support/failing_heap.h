@@ -55,15 +55,6 @@ class FailingHeap {
   CallFaults calls_;
 };
 
-// Told of every block that these calls give out and take back, armed or not.
-struct HeapWatcher {
-  void (*given)(void *block, size_t bytes);
-  void (*taken_back)(void *block);
-};
-
-// Null for none, as at start.
-void WatchHeap(const HeapWatcher *watcher);
-
 }  // namespace qntest
 
 #endif
