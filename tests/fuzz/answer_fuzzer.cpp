@@ -20,6 +20,7 @@
 
 #include "fuzz/exact_bytes.h"
 #include "fuzz/kept_blocks.h"
+#include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_porting.h"
