@@ -13,6 +13,7 @@
 
 #include "fuzz/exact_bytes.h"
 #include "qn_stack_http_open_internal.h"
+#include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_http_cookie.h"
 #include "qnstack/qn_stack_http_head.h"
