@@ -389,7 +389,7 @@ QN_API int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, 
  *
  * @param ctx the context.
  * @return 0 the header has been consumed, now or before; -2 it is not complete
- *         yet, or the heap refused a line, which the next call takes; -1 for
+ *         yet, or the heap refused a line, which the next call then takes; -1 for
  *         NULL.
  */
 QN_API int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx);
@@ -425,10 +425,10 @@ QN_API int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx);
  *           in, also for a @p capacity of 0 or less and a NULL @p destination.
  *         - -1: failed, or @p ctx is NULL. After the answer is complete or
  *           stopped, also for a negative @p capacity, and for a NULL
- *           @p destination while bytes are left; the context is as it was. Where
- *           the heap refused a header line of a complete answer, and the next
- *           call goes on with that line. On
- *           the eleventh redirect, whose own body the next call delivers.
+ *           @p destination while bytes are left; the context is as it was. When
+ *           the heap refuses a header line of a complete answer; the next call
+ *           takes it. On the eleventh redirect, whose own body the next call
+ *           delivers.
  */
 QN_API int32_t fnQNStack_Http_ReadRecvContext(QNHttpCtx *ctx, void *destination, int32_t capacity);
 

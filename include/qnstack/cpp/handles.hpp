@@ -48,8 +48,8 @@ struct Release {
  * Owns a buffer; empty where the C interface gives NULL.
  *
  * To keep the bytes without the buffer, take its `data` and set `data` to NULL
- * and `capacity`, `length` and `cursor` to 0. The bytes are then released with
- * fnQN_Free(), and the buffer can be used again or let go.
+ * and `length`, `cursor` and `total` to 0. The bytes are then released with
+ * fnQN_Free(), and the buffer can be used again or released.
  */
 using Buffer = std::unique_ptr<QNMemBuffer, Release>;
 /** Owns a text of the library, such as fnQNStack_StrDup() gives. */
