@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The floor: what remains of an exchange when a program knows all beforehand.
 #include <arpa/inet.h>
 #include <netinet/in.h>

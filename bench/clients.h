@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The contenders of the exchange benchmark. Each function prepares a client for
 // one exchange, which must outlive it.
 #ifndef BENCH_CLIENTS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // libcurl's easy interface as an application would use it for the same request.
 #include <curl/curl.h>
 

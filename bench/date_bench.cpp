@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The clock and dates beside the C library's.
 #include <cstdio>
 #include <ctime>

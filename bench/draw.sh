@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Draws what a benchmark measured as a chart with the day, the processor's name
 # and the number of its cores.
 # usage: draw.sh operations|exchanges MEASURED.json CHART.svg

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One HTTP exchange with the local origin as every contender makes it, and what
 // a contender is: something that makes the exchange once.
 #ifndef BENCH_EXCHANGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole exchanges with a local origin: this library beside loops on bare
 // sockets and beside libcurl. What counts is the client's CPU per exchange; the
 // origin is another process, on another processor where there is one.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "exchange_report.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tables of the exchange benchmark, as Markdown: what each contender cost,
 // what the library costs beside its peers, and which goals that meets. The same
 // rounds are recorded for the chart.

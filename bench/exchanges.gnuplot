@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The client's CPU of whole exchanges beside a loop on bare sockets, for every
 # contender: straight to the origin above, through a proxy below.
 # usage: gnuplot -c exchanges.gnuplot TABLE CHART CAPTION

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The rounds of the exchanges as two tables for the chart, straight to the origin
 # and through a proxy: a line for each exchange, with what each contender's CPU
 # is beside that of the loop, and the goals of the library's two. An exchange that

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Record files and settings beside GLib's key file, which is what a C program
 // would keep them in. Files stand in memory where the system has a place for
 // that, so that a disk's speed plays no part.

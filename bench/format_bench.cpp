@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Formatted text and numbers beside the C library's formatter.
 #include <cstdio>
 #include <string>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Taking the text of an answer and of a URL apart.
 #include <cstdlib>
 #include <cstring>

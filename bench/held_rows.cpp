@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "held_rows.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The operations that need not be as quick as their best peer, and what holds
 // each of them: a promise of the interface, or a library call that it stands for.
 #ifndef BENCH_HELD_ROWS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // This library as an application uses it: open, read until the end, free.
 #include <memory>
 #include <string>

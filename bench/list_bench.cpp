@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list beside GLib's queue, which is a doubly linked list of untyped
 // pointers with a tail and a count as well.
 #include <glib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of request headers and the cookie jar beside hash tables.
 #include <glib.h>
 

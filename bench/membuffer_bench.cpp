@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The memory buffer beside GLib's growing array and string.
 #include <glib.h>
 

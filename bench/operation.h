@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A row of the operations table: one operation, and who does it. Each
 // contender is registered with Google Benchmark as "group/operation/contender".
 #ifndef QNSTACK_BENCH_OPERATION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's operations beside what a user would pick instead.
 #include "operation_bench.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The groups of operations; each stands in a source of its own.
 #ifndef QNSTACK_BENCH_OPERATION_BENCH_H
 #define QNSTACK_BENCH_OPERATION_BENCH_H

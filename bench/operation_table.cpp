@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Collects the rounds that Google Benchmark reports for one row after another
 // and sets the library beside the best of its peers: medians of the processor
 // time with the range of the rounds, their ratio, and whether the goal is met.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs the registered operations row by row and prints them as Markdown.
 #ifndef QNSTACK_BENCH_OPERATION_TABLE_H
 #define QNSTACK_BENCH_OPERATION_TABLE_H

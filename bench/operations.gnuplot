@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The CPU of each operation beside its best peer's, one bar for each: to the left
 # of 1 the library is quicker, to the right the peer.
 # usage: gnuplot -c operations.gnuplot TABLE CHART CAPTION

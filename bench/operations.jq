@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The rounds of the operations as a table for the chart, from the bottom up: a
 # line for each operation and one for the head of each group. Fields: place, text,
 # ratio to the best peer, its name, verdict; that of a head is "head".

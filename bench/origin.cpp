@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "origin.h"
 
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The origin of the exchange benchmark: a process of its own, so that what it
 // costs is not counted with the client. It answers one HTTP/1.0 request per
 // connection and closes. The number behind the last '/' of the request's target

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the benchmarks need from the platform: the cost of this process so far,
 // the machine's processors, and an end with a word.
 #ifndef BENCH_PLATFORM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a benchmark measured, in a file of Google Benchmark's JSON, which the
 // charts are drawn from.
 #ifndef BENCH_RECORDING_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Measuring contenders in rounds: every round gives each of them one slice, so
 // that what disturbs the machine disturbs all of them alike.
 #ifndef BENCH_ROUNDS_H

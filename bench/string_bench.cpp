@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory and string primitives beside the C library's, each on a short and on
 // a long text where the length matters.
 #include <cctype>

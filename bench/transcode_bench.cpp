@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Converters between the Unicode forms, and the character sets of messages:
 // half a million characters in three kinds of writing.
 #include <unicode/ustring.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The texts and the peers' converters; see the header.
 #include "transcode_peers.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Texts in three kinds of writing, and the converters that the library's stand
 // beside: the C library's and ICU's.
 #ifndef QNSTACK_BENCH_TRANSCODE_PEERS_H

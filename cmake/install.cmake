@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What `cmake --install` puts where, by component: Runtime has the shared
 # libraries, Development all that a program is built with, Tools qnget, and
 # Documentation the reference and the man pages.

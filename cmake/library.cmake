@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The library: one core of everything but the file primitives, and one file
 # port per library that is made of it.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Compiler settings: what every target of the project is built with, and what
 # the library adds to that.
 

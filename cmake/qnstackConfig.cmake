@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What find_package(qnstack) gives: qnstack::qnstack, which touches no file, and
 # qnstack::posix, which keeps files. The component `static` asks for the same as
 # qnstack::qnstack_static and qnstack::posix_static; only those need APR's

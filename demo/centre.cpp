@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "centre.h"
 
 #include <ctime>

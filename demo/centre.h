@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An MMS centre in small: it takes a message in, notifies of it, and hands it
 // out to a handset that came through the gateway, says what it is, and sends
 // back the cookie that it was given. The handset may keep the message, and the way

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A WAP 2.0 gateway in small: an HTTP proxy that takes requests in absolute form
 // and passes them on to the server that they name.
 #ifndef DEMO_GATEWAY_H

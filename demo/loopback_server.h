@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An HTTP server on a loopback port of the platform's choice, serving from its
 // construction to its destruction.
 #ifndef DEMO_LOOPBACK_SERVER_H

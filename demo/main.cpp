@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The demo: a multimedia message travels from a handset through a gateway to a
 // centre and back, on loopback ports, with qnget as the handset, which then does
 // without them. Every step is said, shown as the network saw it, and checked.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the demo says: its steps in plain words, the bytes of the network, and
 // the outcome of each check.
 #ifndef DEMO_NARRATION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The encoding is WSP's (WAP-230): a field code, then a value whose first octet
 // tells its form, so that fields can be read without knowing them.
 #include "pdu.h"

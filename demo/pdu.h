@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // MMS protocol data units as the OMA encapsulation (WAP-209) writes them: what
 // the demo composes and what it reads back.
 #ifndef DEMO_PDU_H

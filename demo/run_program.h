@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Running another program and keeping what it says, in a scratch folder that is
 // gone when the demo ends.
 #ifndef DEMO_RUN_PROGRAM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes are made here from UTF-16 units, set by set; the library alone
 // turns them into readable text again.
 #include "subjects.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One subject in the character sets that phones send it in.
 #ifndef DEMO_SUBJECTS_H
 #define DEMO_SUBJECTS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One thread serves one connection after the other; the demo's client never
 // has two.
 #include "tap.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A wire tap: a relay on a loopback port that passes bytes on in both directions
 // and keeps them, so that the demo can show what really went over the network.
 #ifndef DEMO_TAP_H

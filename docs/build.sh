@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Makes the reference (OUTPUT/html) and the man pages (OUTPUT/man), and fails on
 # any warning: of doxygen, of the man program, or because a committed picture is
 # older than its source.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Fetches a URL, or takes it from the cache below the folder ROOT where it is
  * still fresh, and writes the body to a file:
  *

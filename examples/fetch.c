@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Fetches a URL and writes the body to a file; the trace lines of the client go
  * to standard output:
  *

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Does what fetch.c does, and writes nothing of an answer that was cut:
 //
 //     fetch_cpp URL FILE [PROXY-HOST PROXY-PORT]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sends a multimedia message to the centre and fetches another one, as a client
 // does with the URL of a notification:
 //

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Fetches several URLs at once from one poll loop, and writes each body to
  * standard error when it is complete:
  *

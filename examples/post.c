@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Posts a text as a multimedia message's content would be posted, and prints
  * the status of the answer on standard error:
  *

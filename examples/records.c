@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A record file of one's own: notices of messages that wait at the centre, in
  * the file notices in the folder ROOT, which must exist. Adds one, prints all,
  * or takes the first one out:

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Keeps an operator's settings in the file OPERATOR.ini in the folder ROOT,
  * which must exist, or starts the stack by them and prints the headers that it
  * would send:

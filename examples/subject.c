@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Decodes a message's subject, given as an IANA MIBenum and bytes in
  * hexadecimal, and prints it as UTF-8:
  *

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* Reaches a server through the proxy's CONNECT, sends it one line and writes
  * what it answers to standard error, until it closes:
  *

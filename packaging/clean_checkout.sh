@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # What a stranger does first on a new machine, and how long it takes: the two
 # commands of README in a fresh clone. clean_system.sh runs this in a system that
 # has nothing else, with the repository in /given.

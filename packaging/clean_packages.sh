@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Installs the packages with apt-get, runs the program, builds users' programs
 # and the packaged examples, and removes it all again. clean_system.sh runs this
 # in a system that has nothing else, with packages and consumers in /given.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Makes a minimal Debian system in a folder of its own, runs a program of this
 # project there as root, and takes the system away again, whatever becomes of
 # the program. Wants root; the system comes from the mirror that apt on this

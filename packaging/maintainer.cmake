@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Who answers for the packages, and where they come from. Both are for the
 # maintainer to fill in, here and nowhere else.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds these sources and makes the Debian packages, in their build/package.
 # The same sources give the same bytes, wherever and whenever that is done.
 # usage: make.sh

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Everything that a stranger may pick up, made and tried: an installed tree with
 # the programs of its users, and the Debian packages, looked at by lintian and
 # run where they are unpacked.

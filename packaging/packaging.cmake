@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The Debian packages that `cpack -G DEB` makes: libqnstack1 with both shared
 # libraries, libqnstack-dev with what a program is built with, qnget, and
 # qnstack-doc. Each is a group of an installed component, if it has one, and of

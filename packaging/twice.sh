@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Makes the packages once more, of a copy of these sources in another folder and
 # as if in another place of the world, and compares them byte by byte with those
 # that make.sh made here.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Everything that is proved about the library, with its figures as tables: what
 # ./run test samples is looked at whole here. Expects the release and sanitize
 # presets to be built; ./run full sees to that.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The head of an answer, its status line and header fields, as text that has
 // been taken apart. A name may stand in several fields; names are compared
 // without regard to case.

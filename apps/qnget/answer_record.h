@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What an answer leaves for the cache while it comes in: the heads of all the
 // redirects on the way and its own, each with its times, and the body.
 #ifndef QNGET_ANSWER_RECORD_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // RFC 9112, section 6.3: a transfer coding goes before a length, and what has
 // neither ends with the connection.
 #include "body.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How far the body of an answer reaches, as its head says, and its content
 // taken out of the bytes that a connection brings.
 #ifndef QNGET_BODY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each use loads the index, holds the store only while it works with it, and
 // lets it go before the network is waited for. Whether an entry is fresh is
 // decided by the Unix times in its label. The library's own seconds are only

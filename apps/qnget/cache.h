@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Answers that are kept: a fresh one stands in for a transfer, and what a
 // transfer brings is kept for the next call where its header allows it.
 #ifndef QNGET_CACHE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cache_directives.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The directives of "Cache-Control" fields (RFC 9111, section 5.2).
 #ifndef QNGET_CACHE_DIRECTIVES_H
 #define QNGET_CACHE_DIRECTIVES_H

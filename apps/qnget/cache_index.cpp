@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cache_index.h"
 
 #include "failure.h"

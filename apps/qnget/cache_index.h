@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's cache while one qnget works with it: the index loaded from the
 // store, and its entries read as qnget writes them.
 #ifndef QNGET_CACHE_INDEX_H

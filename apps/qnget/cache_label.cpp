@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The line: "qnget-1 came=SECONDS until=SECONDS sum=NUMBER type=TYPE IDENTITY".
 #include "cache_label.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What qnget keeps of an answer in the label of its cache entry, beside the
 // body: times that hold, and who it is for. The library's own times are made of
 // a clock that leaps at the end of a month, so they decide nothing here.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What --cache-list prints.
 #include <algorithm>
 #include <ctime>

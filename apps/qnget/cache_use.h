@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What one transfer has to do with the cache. It may fail, and the transfer goes
 // on without it: that is said on standard error and changes nothing else.
 #ifndef QNGET_CACHE_USE_H

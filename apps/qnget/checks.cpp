@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library takes any text; what is refused here would be cut, would become
 // another request than the user meant, or would not be found again.
 #include "checks.h"

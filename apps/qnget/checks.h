@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What values qnget takes, from the command line and from its settings. Each check
 // says why a text is refused, or gives an empty string.
 #ifndef QNGET_CHECKS_H

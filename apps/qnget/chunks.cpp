@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lines end with CR LF or LF alone. A size is hexadecimal; blanks and an
 // extension may follow it, and nothing else.
 #include "chunks.h"

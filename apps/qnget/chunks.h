@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The chunked transfer coding (RFC 9112, section 7.1), decoded as it comes.
 // Extensions and trailers are read over. All lines are bounded.
 #ifndef QNGET_CHUNKS_H

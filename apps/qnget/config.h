@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tasks beside transfers: settings, and what the cache holds.
 #ifndef QNGET_CONFIG_H
 #define QNGET_CONFIG_H

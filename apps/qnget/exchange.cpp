@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library's own receiving would take a broken connection for the end of the
 // answer, and would wait for that end behind a complete body.
 #include "exchange.h"

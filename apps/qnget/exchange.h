@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One exchange with the library: a context of its own, driven until the request
 // is out; the answer's bytes are received here one piece at a time, so that its
 // end and every break show.

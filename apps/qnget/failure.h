@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How qnget ends: its exit codes, and the one exception that carries a code
 // and the message for standard error from wherever something failed to main.
 #ifndef QNGET_FAILURE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The rules stand in the order in which RFC 9111, section 4.2, has them: what an
 // answer may live in all, how old it was when it came, and what is left.
 #include "freshness.h"

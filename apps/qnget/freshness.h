@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whether an answer may stand in for asking again, and until when: RFC 9111 for
 // a cache that serves one user. All times are Unix times.
 #ifndef QNGET_FRESHNESS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "head_reader.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The text of an answer's head, collected from the bytes that a connection
 // brings up to the empty line that ends it.
 #ifndef QNGET_HEAD_READER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How qnget lays out its help: within 80 columns, the descriptions in a column
 // of their own.
 #ifndef QNGET_HELP_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hop.h"
 
 #include <netdb.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The hop of a request: the proxy or the server, what is done with it, and how
 // that fails, in words.
 #ifndef QNGET_HOP_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The C library reads the forms. It takes names of its locale, which qnget never
 // sets, so they are English.
 #include "http_date.h"

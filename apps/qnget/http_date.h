@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The dates of header fields, to the second.
 #ifndef QNGET_HTTP_DATE_H
 #define QNGET_HTTP_DATE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who asks: an answer that was made for one gateway, handset or user is not
 // given to another.
 #ifndef QNGET_IDENTITY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "info.h"
 
 #include <cstdio>

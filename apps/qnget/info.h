@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lines of -i on standard error.
 #ifndef QNGET_INFO_H
 #define QNGET_INFO_H

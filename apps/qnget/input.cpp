@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library counts in 32 bits and copies the body behind the request's
 // header, so a body is bounded well below that.
 #include "input.h"

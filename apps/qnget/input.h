@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The request body, read whole before the request is opened.
 #ifndef QNGET_INPUT_H
 #define QNGET_INPUT_H

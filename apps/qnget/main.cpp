@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qnget: fetches or sends one message, or looks after what it keeps, and ends
 // with a code that says how it went. Here is the order of things and the retrying.
 #include <unistd.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // CLI11 does the reading. What can be a setting is read as text and put in its
 // place when the settings are known.
 #include "options.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line of qnget, taken apart and checked.
 #ifndef QNGET_OPTIONS_H
 #define QNGET_OPTIONS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every wait here can be interrupted by the timer.
 #include "output.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where the body goes: qnget's own copy of standard output, a file that
 // appears only when it is complete, or a device or pipe that is written as it
 // is. The library's trace takes the place of standard output.

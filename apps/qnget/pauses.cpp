@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "pauses.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long to wait before asking again.
 #ifndef QNGET_PAUSES_H
 #define QNGET_PAUSES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The line is overwritten in place with a carriage return and padded with
 // blanks, so that any terminal shows it.
 #include "progress.h"

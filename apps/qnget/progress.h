@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The progress line of a transfer on a terminal: bytes, percent, rate, first of
 // what is sent and then of what comes.
 #ifndef QNGET_PROGRESS_H

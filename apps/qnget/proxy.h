@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which proxy a request goes through: how one is written down, and which hosts
 // are asked without it.
 #ifndef QNGET_PROXY_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // HTTP_PROXY in capitals is not read: to a CGI program it is the "Proxy:" header
 // of whoever asks.
 #include "proxy_environment.h"

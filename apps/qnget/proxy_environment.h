@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The proxy that the environment names, as other clients read it too.
 #ifndef QNGET_PROXY_ENVIRONMENT_H
 #define QNGET_PROXY_ENVIRONMENT_H

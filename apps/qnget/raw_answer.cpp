@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "raw_answer.h"
 
 #include "show.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bytes of an answer that is delivered as it comes, followed to find out
 // where it ends.
 #ifndef QNGET_RAW_ANSWER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "reception.h"
 
 #include "raw_answer.h"

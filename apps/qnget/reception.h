@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An answer as an exchange brings it: its head behind any interim ones, its body,
 // or all of it raw. What it lacks or has too much of is said.
 #ifndef QNGET_RECEPTION_H

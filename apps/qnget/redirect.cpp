@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "redirect.h"
 
 #include "failure.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where an answer sends the one who asked, and with what.
 #ifndef QNGET_REDIRECT_H
 #define QNGET_REDIRECT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is decoded comes from whoever wrote the URL, so it is looked at again.
 #include "remote_name.h"
 

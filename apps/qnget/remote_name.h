@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file that -O writes: it has the name that the URL gives it.
 #ifndef QNGET_REMOTE_NAME_H
 #define QNGET_REMOTE_NAME_H

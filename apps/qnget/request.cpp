@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library sends four fields out of its table, each value as it stands there.
 // A line end in the last of them begins the lines of all other fields.
 #include "request.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is asked for on one hop, and the header fields that go with it.
 #ifndef QNGET_REQUEST_H
 #define QNGET_REQUEST_H

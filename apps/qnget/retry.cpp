@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A request that may have arrived is repeated by itself only where that does no
 // harm: each arrival of a posted message is sent on, and billed.
 #include "retry.h"

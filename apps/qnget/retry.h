@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The retries of a call: after what another try is safe, and how long to wait
 // before it.
 #ifndef QNGET_RETRY_H

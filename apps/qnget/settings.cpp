@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list is always loaded before it is written: the loading is what brings a
 // backup back that an interrupted write left behind.
 #include "settings.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Settings: the defaults of options, kept in files of the library's settings
 // store. There are general ones and those of operators.
 #ifndef QNGET_SETTINGS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files of settings in their folder: their names, and whether they can be
 // read. The library reports neither, so qnget looks for itself.
 #ifndef QNGET_SETTINGS_FILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What -v shows on standard error: requests as they are sent and heads of answers
 // as they come, with nothing in them that a terminal might obey.
 #ifndef QNGET_SHOW_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "shown_time.h"
 
 #include <ctime>

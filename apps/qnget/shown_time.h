@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Times as people read them.
 #ifndef QNGET_SHOWN_TIME_H
 #define QNGET_SHOWN_TIME_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the handlers read stands in plain arrays, changed only while signals
 // are held back; the handlers call nothing but what is safe in a handler.
 #include "signals.h"

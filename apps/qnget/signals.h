@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The signals of qnget: Ctrl-C and its kin remove the half-written file before
 // they end the program, and an interval timer ends waits in blocking sockets.
 #ifndef QNGET_SIGNALS_H

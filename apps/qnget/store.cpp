@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The lock is on the root itself, so that reading leaves nothing behind. The
 // library's own protection is against crashes, not against a second writer.
 #include "store.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The folders in which qnget keeps its settings and cached answers: where they
 // are, how they come to be, and that one qnget at a time works in each.
 #ifndef QNGET_STORE_H

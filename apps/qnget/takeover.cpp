@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The files are copied, for the folders may lie on different media, and the old
 // ones stay until all copies are on the medium. Until then a mark stands beside
 // them: who finds it begins again.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Settings once stood in the folder of the cache. They are moved to their own
 // the first time that this is found.
 #ifndef QNGET_TAKEOVER_H

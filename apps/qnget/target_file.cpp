@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // An unnamed file goes with its last descriptor, however the program ends. A
 // link cannot take the place of a file, so where one is replaced the new one has
 // a passing name for the moment between two calls.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A regular file that -o names: it appears under its name only when it is whole,
 // and until then whatever has that name stays as it is.
 #ifndef QNGET_TARGET_FILE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The library decodes; here is what it gives as a string of this program's.
 #include "text.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text bodies in the character sets of multimedia messages.
 #ifndef QNGET_TEXT_H
 #define QNGET_TEXT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each hop has a context of its own, freed before the next is opened: a context
 // that is done with may close the slot of another.
 #include "transfer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One transfer: a request, the redirects behind it, and the delivery of the final
 // answer, with what the library leaves to its callers.
 #ifndef QNGET_TRANSFER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The checks are stricter than the library, which takes any text: what it would
 // cut, read in another way or send as a line of its own is refused.
 #include "url.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // URLs of the one scheme that qnget speaks: read and checked, and references
 // resolved against them (RFC 3986, section 5). What is read here the library
 // takes for the same host, port and target, whatever stands in it.

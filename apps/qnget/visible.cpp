@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "visible.h"
 
 namespace qnget {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text from a peer, made fit for a terminal.
 #ifndef QNGET_VISIBLE_H
 #define QNGET_VISIBLE_H

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Compares the binary interface of both libraries with the committed baseline,
 # and fails where a program that was linked against that may no longer work.
 # What was added breaks nobody. The libraries differ in nothing but their names,

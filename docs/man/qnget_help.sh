@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # What help2man asks a program for: qnget's own help and version, cut up into the
 # sections of a manual page. All texts are the program's.
 # usage: QNGET=PROGRAM qnget_help.sh --help|--version

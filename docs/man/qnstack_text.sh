@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # qnstack(3) as Markdown: the frame with the headers' own conventions and
 # briefs, and the README's sample.
 # usage: qnstack_text.sh FRAME   (in the project's root)

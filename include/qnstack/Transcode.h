@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file Transcode.h
  * @brief Text in the character sets of multimedia messages, to UTF-8 and back.

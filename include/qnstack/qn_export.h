@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_export.h
  * @brief Visibility and linkage of the library's interface.

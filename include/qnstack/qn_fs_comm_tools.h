@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_fs_comm_tools.h
  * @brief Date and time, timers, logging, and small tools of the file services.

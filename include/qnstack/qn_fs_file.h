@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_fs_file.h
  * @brief The file primitives: the only place where the library touches files.

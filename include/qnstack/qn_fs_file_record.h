@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_fs_file_record.h
  * @brief Record files: a list's elements one after another in a file.

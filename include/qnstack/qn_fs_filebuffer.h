@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_fs_filebuffer.h
  * @brief The typed file buffer: the image of a small data file, written and

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_fs_ini.h
  * @brief The settings store: keys and values in a list and in one file.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_itoa.h
  * @brief Numbers to text in any radix.

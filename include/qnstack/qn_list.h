@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_list.h
  * @brief The doubly linked list that holds every collection of the library.

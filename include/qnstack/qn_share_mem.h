@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_share_mem.h
  * @brief Allocation and raw memory: the calls that every module makes instead

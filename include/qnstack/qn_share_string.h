@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_share_string.h
  * @brief Portable string primitives: those of the C library, which also take

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_snprintf.h
  * @brief Formatted text into a bounded area.

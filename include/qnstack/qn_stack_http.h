@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_http.h
  * @brief The HTTP client: one exchange is one #QNHttpCtx, driven by the caller.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_http_cache.h
  * @brief The HTTP cache: bodies in files below "/wap/ca/", an index of them in

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_http_cookie.h
  * @brief The cookie jar: in memory, at most 50 cookies, newest first.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_http_head.h
  * @brief The table of request headers by which the stack looks like a handset.

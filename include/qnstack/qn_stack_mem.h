@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_mem.h
  * @brief The one reallocation helper of the HTTP stack.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_membuffer.h
  * @brief The growable byte buffer in which requests and answers are held.

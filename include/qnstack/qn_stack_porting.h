@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_porting.h
  * @brief The socket layer: IPv4 stream sockets behind small slot numbers.

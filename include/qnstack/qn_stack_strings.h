@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_strings.h
  * @brief String copies for the HTTP stack.

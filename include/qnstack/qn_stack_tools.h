@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_tools.h
  * @brief Taking header and URL text apart.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stack_wap.h
  * @brief The WAP stack by version: one set of names, served by the HTTP client

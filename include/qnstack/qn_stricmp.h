@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_stricmp.h
  * @brief Ordering comparisons that ignore the case of ASCII letters.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qn_version.h
  * @brief The version of the interface that these headers describe.

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /**
  * @file qnstack.h
  * @brief Includes all public headers of the library: an HTTP client that looks

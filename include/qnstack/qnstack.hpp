@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file qnstack.hpp
  * @brief The C++ face: handles that own, lists as containers, files and the

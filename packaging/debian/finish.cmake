@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What CPack knows no word for, done to each package that it made: libraries of
 # two architectures may be installed side by side, the loader's cache is renewed
 # by a trigger instead of scripts, a list says which symbol came with which

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Lays out what Debian wants in each package besides the installed files, one
 # folder per package: who holds the rights, what changed, and its manual page.
 # usage: texts.sh OUTPUT MAN-PAGES VERSION CONTACT PACKAGE[:PAGE]...

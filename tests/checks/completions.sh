@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # What a shell's completion proposes is what qnget says of itself: its options,
 # methods, character sets, commands and keys; the operators that have settings;
 # and files where it takes a file.

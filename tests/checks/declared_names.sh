@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The public headers declare exactly the listed names.
 # usage: declared_names.sh HEADER-FOLDER LIST
 set -euo pipefail

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Every public declaration, structure field and constant carries a
 # documentation comment, and every function names its arguments and result.
 # usage: documented_names.sh HEADER-FOLDER

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The shared library exports exactly the listed names, all under its version
 # node.
 # usage: exported_names.sh LIBRARY LIST NODE

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # A program on the C++ face compiles in every standard from C++17 on, with and
 # without exceptions and run-time types, under the warnings that users switch
 # on; before C++17 the face says in one sentence what it needs.

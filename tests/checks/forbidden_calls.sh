@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Unbounded string calls and raw heap calls stand in the primitives that wrap
 # them and nowhere else in the library.
 # usage: forbidden_calls.sh SOURCE-FOLDER

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Each public header compiles by itself: those of the interface as strict C99
 # and as C++17, those of the C++ face as C++17 with nothing that a program may
 # have switched off, and they leave no macro behind but their guard.

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The shared library needs the C library and APR alone, and has its SONAME.
 # usage: linked_libraries.sh LIBRARY SONAME
 set -euo pipefail

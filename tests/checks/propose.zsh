@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Types a line into an interactive zsh that completes qnget, and prints what it
 # lists, a word a line.
 # usage: zsh -f propose.zsh FOLDER LINE

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # ./run ends with one sentence, and has installed nothing, where words make no
 # sense to it, where Debian's tools are missing, and where an installation would
 # fail or change what is installed. Stand-ins of apt-get, dpkg-query and id play

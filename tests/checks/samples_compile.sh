@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Every sample in the documents and headers is a whole translation unit: the
 # blocks that are fenced as c compile as strict C99, those as cpp as C++17.
 # usage: samples_compile.sh ROOT CC CXX

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Prints the version that stands in the header. Fails if the changelog's latest
 # entry, or a version that something was built with, is another.
 # usage: version.sh ROOT [BUILT]

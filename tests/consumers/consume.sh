@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Builds and runs the consumers' programs, which get the library in one of the
 # ways that users have: of the prefix WHERE it is installed, or out of the
 # sources there.

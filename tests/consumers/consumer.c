@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A C99 program of a user: it opens a request, composes it, and looks at what
  * would go out. Exit code 0 when all is as promised. */
 #include <string.h>

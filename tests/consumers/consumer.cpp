@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A C++17 program of a user: text through a buffer and a header table. Exit
 // code 0 when all is as promised.
 #include <memory>

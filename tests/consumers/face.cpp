@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A C++17 program of a user, on the C++ face and without exceptions: all of the
 // face is made to compile. The library here touches no file, so nothing is kept.
 // Exit code 0 when all is as promised.

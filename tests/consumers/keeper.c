@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /* A C99 program of a user that keeps files: settings are written below the given
  * folder and read back into another list. Exit code 0 when they are the same. */
 #include <string.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The consumers' programs, each with the shared and, where it is there, with the
 # static form of its library.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards that each program of examples/ does what its first lines say.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

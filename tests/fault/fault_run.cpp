@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A point that is reached by other calls than in the undisturbed run would be
 // judged for nothing, so the calls before it are compared too.
 #include "fault/fault_run.h"

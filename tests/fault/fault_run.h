@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a scenario once to count its calls, then once for each call with that
 // one failing, and tallies what came of it.
 #ifndef QNSTACK_TESTS_FAULT_FAULT_RUN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the runs themselves: were they blind, every scenario would hold for
 // nothing. And the counter: one number over calls of every kind.
 #include "fault/fault_run.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the library against every call that can fail, each in turn: nothing
 // crashes, nothing leaks, every descriptor and slot is given back, what callers
 // are told is what the headers say, and stored data is old or new. At its end

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Uses of the stores on a folder of their own, and loads of them.
 #include <algorithm>
 #include <limits>

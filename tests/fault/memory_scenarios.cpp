@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Uses of the library that need nothing but the heap.
 #include <algorithm>
 #include <array>

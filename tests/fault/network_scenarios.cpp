@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exchanges with peers that the network's wraps play, so that each run makes
 // the same calls. What a program may have been told and may have sent is the
 // same whichever call failed: a part of what it would have been without.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Uses of the library, each run from the start of a program to its end with
 // every fallible call counted, and what may be seen of them when calls fail.
 #ifndef QNSTACK_TESTS_FAULT_SCENARIO_H

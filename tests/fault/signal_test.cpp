@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards what a true signal makes of each call that waits: connecting, sending
 // and receiving fail as for any other reason, and waiting for the lock on a
 // file goes on.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Whole exchanges: answers arrive in pieces over scripted connections, with
 // ends and failures anywhere, and are read in portions of any size; redirects
 // lead to the next connection. What is delivered must be what was sent behind

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The header lines by which the cache tells how long an answer stays fresh,
 // against a plain model of the rules.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The cache's index: a hostile index file is loaded, and answers are saved,
 // found, thrown out and deleted on it, against a plain list of entries and a
 // plain model of the file.

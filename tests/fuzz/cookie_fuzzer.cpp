@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The cookie jar: cookies set by hand and by answers, and the lines that a
 // request to a host gets, against a plain list of cookies.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dates: reading and writing the form of HTTP headers, julian seconds both
 // ways, and calendar arithmetic, each against a plain walk or the standard
 // calendar.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Copies of fuzzed bytes on heap blocks that end where the bytes do, so that
 // the address sanitizer sees every step outside.
 #ifndef QNSTACK_TESTS_FUZZ_EXACT_BYTES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The typed file buffer: hostile bytes read field by field, and fields written
 // into a buffer of any size, against a plain model of the format.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The formatter with every kind of conversion, and numbers to text.
 //
 // Input: from the end backwards, the choices that make up one conversion, its

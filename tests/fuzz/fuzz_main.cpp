@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What all fuzzers share: the library's trace lines go nowhere, and a failed
 // expectation of a model ends the run as a crash does, so that the input that
 // caused it is kept.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings store: a hostile file is loaded, and settings are read, written
 // and saved, against a plain list of pairs and a plain model of the format.
 //

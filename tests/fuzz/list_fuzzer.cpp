@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list: a script of operations on it and on a standard list; and sorting,
 // which must give the same elements in order, whatever the comparison says.
 //

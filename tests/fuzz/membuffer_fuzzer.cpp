@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The memory buffer: a script of operations on it and on its model.
 //
 // Input: bytes that choose, from the end backwards: the capacity, the steps

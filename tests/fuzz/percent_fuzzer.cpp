@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Percent-decoding and the text tools, each against a plain description of
 // what it promises.
 //

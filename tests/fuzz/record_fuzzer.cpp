@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Record files: hostile files loaded into lists, and lists saved and appended,
 // against plain lists of texts and a plain model of the format.
 //

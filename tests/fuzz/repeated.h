@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Large contents out of small inputs.
 #ifndef QNSTACK_TESTS_FUZZ_REPEATED_H
 #define QNSTACK_TESTS_FUZZ_REPEATED_H

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Runs fuzzers: each over the committed corpus, then with inputs of its own
 # making for some seconds. What it makes stays below build/fuzz: new inputs in
 # corpus/, what went wrong in findings/ENTRY/, output in logs/. ./run fuzz looks at

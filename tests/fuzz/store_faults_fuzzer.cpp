@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Settings, record files and the cache on a heap that refuses and files that
 // fail: whatever fails, nothing may break, leak or be left half done in memory,
 // and all works again when the failures are over.

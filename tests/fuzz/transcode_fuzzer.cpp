@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The transcoders and character sets against the plain references, into areas
 // of exactly the room that each asks for.
 //

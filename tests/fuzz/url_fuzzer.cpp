@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // URLs through the open functions, and the request that is composed of them,
 // against a plain splitter and a plain composer.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a client of this kind must make of the bytes that a peer sent before it
 // ended the connection: written down from the promise, without the library.
 #ifndef QNSTACK_TESTS_HOSTILE_ANSWER_MODEL_H

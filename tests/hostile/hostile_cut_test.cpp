@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards answers that break off: at every byte of an answer the peer resets or
 // closes, and the client gives exactly what had come.
 #include <gtest/gtest.h>

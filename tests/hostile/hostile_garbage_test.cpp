@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards what is no proper answer: the client keeps to its rules of lines and
 // hands out the rest, whatever the bytes are.
 #include <gtest/gtest.h>

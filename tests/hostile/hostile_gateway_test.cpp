@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards tunnels through gateways that refuse, dawdle, talk too much or vanish.
 #include <gtest/gtest.h>
 

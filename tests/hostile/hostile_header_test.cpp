@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards headers that are meant to be dear: what they cost grows with their
 // length and no faster, in calls, in memory asked for and in processor time.
 #include <gmock/gmock.h>

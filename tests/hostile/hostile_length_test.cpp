@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the memory of answers that are long or never end: what waits to be
 // read is bounded, whatever the server sends.
 #include <gtest/gtest.h>

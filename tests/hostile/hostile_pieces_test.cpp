@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards answers that come byte by byte: what the client makes of them does not
 // depend on how the network cut them.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards qnget against peers that never come to an end: its time limit or a limit
 // of what it takes ends it with exit code 4, and no file is left of what has come.
 #ifdef QNGET_PROGRAM

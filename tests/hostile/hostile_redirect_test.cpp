@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards redirects that lead round and round: ten are followed, the eleventh
 // ends the transfer, and its own body is still delivered.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The figures of the tests against hostile peers, as a table at the end of the
 // program.
 #ifndef QNSTACK_TESTS_HOSTILE_HOSTILE_REPORT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hostile_test.h"
 
 #include <malloc.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base of the tests against hostile peers: a started client on real loopback
 // sockets, a scripted peer that it meets directly or as its gateway, and the
 // promise that afterwards every slot, descriptor and block is given back.

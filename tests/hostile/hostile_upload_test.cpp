@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards requests with long bodies to peers that go away, answer too early or
 // shut one direction: the result is the documented one and no signal comes.
 #include <gtest/gtest.h>

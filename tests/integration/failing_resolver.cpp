@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A resolver that knows nobody, in the place of the platform's. The name says how
 // it fails.
 #include <netdb.h>

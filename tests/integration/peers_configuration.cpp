@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "integration/peers_configuration.h"
 
 namespace qntest {

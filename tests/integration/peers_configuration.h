@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The configuration files of the peers: everything inside `folder`, nothing
 // listening beside the loopback `port`, no name ever asked for.
 #ifndef QNSTACK_TESTS_INTEGRATION_PEERS_CONFIGURATION_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "integration/peers_exchange.h"
 
 #include <sys/time.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exchanges of the library with the peers, for tests that run direct and
 // through each gateway.
 #ifndef QNSTACK_TESTS_INTEGRATION_PEERS_EXCHANGE_H

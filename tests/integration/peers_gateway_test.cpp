@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What only a gateway brings: it puts itself into the request, answers for an
 // origin that is not there, passes requests on that an origin alone would not
 // take, and serves two exchanges that are driven in turns.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exchanges with a real origin, direct and through two real gateways: bodies of
 // all sizes arrive whole in both directions, and what an origin does besides
 // (redirects, cookies, compression, slowness, refusals) is dealt with.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "integration/peers_servers.h"
 
 #include <arpa/inet.h>

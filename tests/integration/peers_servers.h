@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The peers that others wrote: nginx as the origin, tinyproxy and squid as the
 // gateway. They run on loopback ports of the platform's choice, with their
 // files in a scratch folder, from the first test to the last.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Tunnels through real gateways: the gateway's answer and then bytes in both
 // directions are exchanged with the pass-throughs, up to the end.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What qnget takes down of an answer while it comes in, and what of it stands
 // against keeping it.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where an answer ends for qnget: at its own end, though the server keeps the
 // connection, and never beyond it.
 #include <gmock/gmock.h>

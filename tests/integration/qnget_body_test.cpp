@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The bodies of answers, taken out of what a connection brings: how far they
 // reach, and the chunked coding, however its bytes are divided and whatever a
 // peer writes into it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The cache over two years, with the library's own functions and a clock that the
 // test sets: what is kept is served until its time is over and not a second
 // longer, over the ends of months, at which the library's seconds leap, over

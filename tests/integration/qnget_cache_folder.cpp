@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qnget_cache_folder.h"
 
 #include <ctime>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A root folder of qnget for tests, with a cache whose content they can write.
 #ifndef QNSTACK_TESTS_INTEGRATION_QNGET_CACHE_FOLDER_H
 #define QNSTACK_TESTS_INTEGRATION_QNGET_CACHE_FOLDER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How qnget comes by the header lines that decide what is kept: in pieces, over
 // pauses of the library, behind redirects and interim answers. And that a hit
 // needs no network.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // To whom qnget gives what it has kept: nobody but the one it was made for, as
 // far as gateway, handset and the answer's "Vary" tell. And how a call asks past
 // what is kept.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What qnget writes down beside a kept answer, and how it is read again.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Answers with all that a header may say about how long it lives, and what
 // qnget makes of them. The documentation shows the same table.
 #ifndef QNSTACK_TESTS_INTEGRATION_QNGET_CACHE_TABLE_H

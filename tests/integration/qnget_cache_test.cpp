@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What qnget delivers from its cache, what it keeps there, and that a cache in
 // any state does a transfer no harm.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Text bodies in the character sets of multimedia messages: --charset writes
 // them as UTF-8, complete or not at all.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings of qnget: what is set counts as a default in later calls, per
 // operator, and the file of them stays whole.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // From when on the time of qnget runs.
 #include <gtest/gtest.h>
 

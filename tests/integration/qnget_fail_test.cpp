@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // --fail keeps the body of an answer back whose status is 400 or above.
 #include <gtest/gtest.h>
 

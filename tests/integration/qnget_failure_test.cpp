@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The exit codes of qnget for transfers that fail, and the messages, which
 // name the hop that failed: the proxy if one is set, else the server.
 #include <gmock/gmock.h>

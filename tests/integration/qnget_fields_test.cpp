@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The header fields of qnget's requests: which lines -H takes, what becomes of
 // the library's defaults, and that the library carries them all.
 #include <gmock/gmock.h>

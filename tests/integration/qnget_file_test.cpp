@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file that -o names: what it keeps of the one that it replaces, and that
 // nothing but a whole answer ever has its name, however the program ends.
 #include <gmock/gmock.h>

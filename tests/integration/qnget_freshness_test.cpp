@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long an answer may stand in for asking again: the table of headers, dates
 // in all their forms, directives in quotes, and redirects on the way.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The heads of answers: found in what a connection brings, taken apart, and
 // followed in an answer that is delivered raw.
 #include <gmock/gmock.h>

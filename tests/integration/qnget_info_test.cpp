@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What qnget tells about an answer: the lines of -i on standard error, the raw
 // answer, and the library's trace.
 #include <gmock/gmock.h>

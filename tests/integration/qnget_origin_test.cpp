@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qnget with an HTTP server that others wrote: the methods, a redirect with a
 // cookie, and large bodies both ways.
 #include <gmock/gmock.h>

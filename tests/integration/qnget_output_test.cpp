@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where qnget puts the body: standard output, or a file that is there whole or
 // not at all.
 #include <gmock/gmock.h>

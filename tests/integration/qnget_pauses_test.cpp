@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The pauses between tries: what "Retry-After" asks for, seconds or a date that
 // counts from the answer's own clock, and those that double.
 #include <gtest/gtest.h>

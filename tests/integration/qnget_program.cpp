@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The programs' paths come from the build.
 #include "qnget_program.h"
 

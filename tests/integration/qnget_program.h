@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of qnget share: running the program, and writing down URLs
 // and answers.
 #ifndef QNSTACK_TESTS_INTEGRATION_QNGET_PROGRAM_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The proxy of qnget: how it is written down, who names it, and which hosts are
 // asked without it.
 #include "proxy.h"

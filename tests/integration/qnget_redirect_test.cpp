@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Redirects as qnget shows them: followed ten times, the final URL, and those
 // that it does not follow.
 #include <gmock/gmock.h>

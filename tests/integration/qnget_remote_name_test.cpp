@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The name that -O gives a file: what the URL ends in, and nothing that leads out
 // of the working folder.
 #include <gmock/gmock.h>

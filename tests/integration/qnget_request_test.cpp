@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What qnget sends: the exact bytes of its requests for each option that has a
 // part in them.
 #include <gmock/gmock.h>

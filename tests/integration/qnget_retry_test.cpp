@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The retries of qnget: how many, after which pauses, and that nothing is tried
 // again that has an answer, nor posted again that may have arrived.
 #include <gmock/gmock.h>

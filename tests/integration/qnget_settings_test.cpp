@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Which settings of qnget count: those of an operator over the general ones,
 // none where a call says so, and all of them or no call at all.
 #include <gmock/gmock.h>

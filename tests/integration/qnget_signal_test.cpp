@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ctrl-C and its kin: qnget dies of the signal and leaves no half file.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // That qnget moves the settings which still stand in the folder of the cache,
 // once, and loses nothing where that is interrupted.
 #include <gmock/gmock.h>

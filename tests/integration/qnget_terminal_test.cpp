@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qnget on a terminal: its progress line, where the terminal does not show the
 // body, and what becomes of a body that it shows.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The time limit of qnget: whatever it waits for, it ends with exit code 4,
 // says what it waited for and leaves no file.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "qnget_traced.h"
 
 #include "qnget_program.h"

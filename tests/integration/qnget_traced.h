@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // qnget under strace, which shows its system calls to a test and lets some fail.
 #ifndef QNSTACK_TESTS_INTEGRATION_QNGET_TRACED_H
 #define QNSTACK_TESTS_INTEGRATION_QNGET_TRACED_H

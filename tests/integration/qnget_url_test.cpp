@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The URLs of qnget: what is made of those that users write and those that
 // redirects give, and which are refused.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The command line of qnget: what it refuses, and what it says about itself.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

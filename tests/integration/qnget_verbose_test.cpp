@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What -v shows: each hop's request as it was sent and every header as it came,
 // with nothing that a terminal might obey.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A resolver that does not answer, in the place of the platform's. Like the
 // real one it does not let a signal end its wait.
 #include <netdb.h>

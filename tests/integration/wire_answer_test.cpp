@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards how answers are taken from the wire: pieces, ends before and inside
 // the header, resets, interim answers, and every kind of header line.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards large bodies in both directions and exchanges that take turns.
 #include <gtest/gtest.h>
 

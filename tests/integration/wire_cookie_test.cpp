@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards cookies on the wire: what one answer sets, the next request sends back
 // or does not.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Exchanges of the HTTP client with scripted servers, as data: what is asked,
 // what each server does, which bytes it must have received, and what every
 // call gives.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards failures on the wire: names that lead nowhere, refused and broken
 // connections, the states they end in and what they leave in the slot table.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the exact bytes on the wire for every method, direct and through a
 // gateway, on port 80 and another, together with the result of every call.
 #include <string>

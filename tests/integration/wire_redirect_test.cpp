@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards redirects on the wire: which statuses are followed, to where, with
 // which request, and up to which one.
 #include <gtest/gtest.h>

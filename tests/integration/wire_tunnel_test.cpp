@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards tunnels on the wire: the request to the gateway, its answer, and the
 // application's own bytes in both directions.
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # Prepares a folder for the 32-bit build: what the project needs of i386 in
 # FOLDER/root, and compilers of that width in FOLDER/bin. The packages are
 # fetched with package lists of their own and unpacked, not installed: the

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sends a test program's own calls to the file system through file_faults.cpp,
 # which must be among its sources.
 function(qnstack_wrap_files target)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A call is counted, then judged by the fault. A failing close closes all the
 // same, as the system's does.
 #include "posix/file_faults.h"

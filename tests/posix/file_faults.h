@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stands between the objects of a test program and the system's file calls:
 // writes down every call, and lets one of them fail, do less than it was asked
 // to, or end the process. Calls pass through while no object lives. A program

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the stores against failing calls and a process that ends: each
 // scenario is run once for every call that it makes, for every way in which
 // that call can go wrong. Afterwards a program that starts anew finds the old

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards single operations against failing calls: what reports success has done
 // all of it, what reports failure has left the old content.
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards making, emptying and removing folders.
 #include <gmock/gmock.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the stores against a process that is killed at any moment. Children
 // save records, settings and cache entries in a loop and are killed one after
 // another; after each a program that starts anew finds what was last saved, or

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the port where the medium or its owner refuses: a full disk, a root
 // that is read-only, another user's files, and two processes at once. And that
 // new content is on the medium before it has the file's name.

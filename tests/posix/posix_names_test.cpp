@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards which names reach a file and which are refused: where the kernel
 // resolves them beneath the root, and where it cannot and they are walked.
 #include <gmock/gmock.h>

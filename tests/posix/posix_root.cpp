@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A child ends without the parent's cleaning up: the root is the parent's.
 #include "posix/posix_root.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the POSIX file port share: a folder as the root, whole
 // files in short calls, and parts of a test in a process of their own.
 #ifndef QNSTACK_TESTS_POSIX_POSIX_ROOT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards streams: every mode of fnQNFS_File_Open, and that a stream which cannot
 // be had leaves the file as it was.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the operations on whole files on their contract: results, content,
 // permissions, and when the callback is called.
 #include <gmock/gmock.h>

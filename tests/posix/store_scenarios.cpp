@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every act loads before it writes, as the stores want it.
 #include "posix/store_scenarios.h"
 

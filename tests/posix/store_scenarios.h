@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What programs do with the stores, each as one act on files that are made
 // before it, with what a program that starts anew may find afterwards. Tests
 // run an act with something going wrong in it.

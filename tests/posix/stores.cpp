@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Elements come from the library's heap, so that its own functions free them.
 #include "posix/stores.h"
 

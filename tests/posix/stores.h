@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The three stores on top of the file port, each seen as one text: what a
 // program that starts anew finds in the files. Every load here begins with no
 // state in memory.

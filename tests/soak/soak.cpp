@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Thousands of exchanges by chance in one process, with the cache beside them:
 // every outcome is as foretold, and the process holds no more at the end than
 // at the start. Prints a table of figures; the exit code says whether all held.

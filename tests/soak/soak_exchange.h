@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The exchanges of the soak as the application makes them: one by a plan with
 // its outcome compared, or one for a document that may be in the cache.
 #ifndef QNSTACK_TESTS_SOAK_SOAK_EXCHANGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The process's figures over the course of the soak, and whether they stayed
 // the same: the first tenth behind a warm-up against the last tenth.
 #ifndef QNSTACK_TESTS_SOAK_SOAK_FIGURES_H

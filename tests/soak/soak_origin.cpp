@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "soak_origin.h"
 
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The origin and gateway of the soak, in a process of its own so that its
 // memory and descriptors are not the client's. It answers one connection after
 // the other and closes first, so that the waiting times of closed connections

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What one exchange of the soak is: drawn by chance, told to the origin in the
 // path, and foretold in its outcome.
 #ifndef QNSTACK_TESTS_SOAK_SOAK_PLAN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/answer_context.h"
 
 #include <gtest/gtest.h>

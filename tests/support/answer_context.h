@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A request context whose answer is put into its buffer by hand, so that
 // parsing and delivery can be tested without any peer.
 #ifndef QNSTACK_TESTS_SUPPORT_ANSWER_CONTEXT_H

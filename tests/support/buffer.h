@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A memory buffer for tests, with every field of it in view.
 #ifndef QNSTACK_TESTS_SUPPORT_BUFFER_H
 #define QNSTACK_TESTS_SUPPORT_BUFFER_H

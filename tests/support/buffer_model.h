@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The memory buffer beside a plain model of what it promises. Who chooses the
 // operations, a seeded generator or a fuzzer, is left open.
 #ifndef QNSTACK_TESTS_SUPPORT_BUFFER_MODEL_H

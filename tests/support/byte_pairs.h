@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // All pairs of byte values, for comparisons that are checked exhaustively.
 #ifndef QNSTACK_TESTS_SUPPORT_BYTE_PAIRS_H
 #define QNSTACK_TESTS_SUPPORT_BYTE_PAIRS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/cache_test.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The HTTP cache as its tests use it: on the recording file port and a clock
 // that stands still, as at load time before each test and after it, with an
 // index written and read by a way of its own.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/calendar_reference.h"
 
 #include <ostream>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The calendar of the date functions once more, walked through years and
 // months one by one, for tests to hold the library's against; and dates as
 // values that can be compared and printed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The watchers form a stack per thread. The standard library's own allocations
 // do not come through the wraps, so counting here disturbs no count.
 #include "support/call_faults.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Counts the calls of a test program that can fail, whatever their kind, and
 // fails those that a test chooses. The wraps of the heap, the network and the
 // files ask here before they do anything, so one number names one point of a

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Capturing by an anonymous file in place of descriptor 1. The file and the
 // copy of the true standard output are kept for the life of the process, so
 // that tests which watch descriptors see none come and go.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Captures what is printed on standard output (descriptor 1), as exact text.
 // Capture around the call under test only: a failed expectation prints to
 // standard output too.

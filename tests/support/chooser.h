@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How tests that walk at random choose their steps.
 #ifndef QNSTACK_TESTS_SUPPORT_CHOOSER_H
 #define QNSTACK_TESTS_SUPPORT_CHOOSER_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/cookie_jar.h"
 
 #include <ostream>

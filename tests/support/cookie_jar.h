@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Looks into the cookie jar.
 #ifndef QNSTACK_TESTS_SUPPORT_COOKIE_JAR_H
 #define QNSTACK_TESTS_SUPPORT_COOKIE_JAR_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/discarded_output.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sends what is printed on standard output (descriptor 1) to nowhere, for
 // transfers whose trace lines would be many.
 #ifndef QNSTACK_TESTS_SUPPORT_DISCARDED_OUTPUT_H

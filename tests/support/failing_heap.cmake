@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sends a test program's own calls to the heap through failing_heap.cpp, which
 # must be among its sources.
 function(qnstack_wrap_heap target)

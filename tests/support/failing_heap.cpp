@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program is linked with --wrap for each function below: calls to `malloc`
 // arrive at `__wrap_malloc`, and `__real_malloc` is the system heap (or a
 // sanitizer's).

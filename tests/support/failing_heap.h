@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Makes the heap refuse chosen allocations, so that tests can fail every
 // allocation of a call in turn. Works on the calls to malloc, calloc, realloc
 // and strdup that the objects of the test program make themselves (the linker

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/field_model.h"
 
 #include <algorithm>

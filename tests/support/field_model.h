@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The format of typed files in the plainest way: fields out of bytes, and
 // bytes out of fields, for tests to hold the typed file buffer against.
 #ifndef QNSTACK_TESTS_SUPPORT_FIELD_MODEL_H

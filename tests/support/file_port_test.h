@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The fixture of tests that look at what reaches the file port.
 #ifndef QNSTACK_TESTS_SUPPORT_FILE_PORT_TEST_H
 #define QNSTACK_TESTS_SUPPORT_FILE_PORT_TEST_H

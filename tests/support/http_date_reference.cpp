@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/http_date_reference.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reading of HTTP dates once more, by the C library's number reader.
 #ifndef QNSTACK_TESTS_SUPPORT_HTTP_DATE_REFERENCE_H
 #define QNSTACK_TESTS_SUPPORT_HTTP_DATE_REFERENCE_H

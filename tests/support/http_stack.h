@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The HTTP client as tests use it: a started stack, contexts that free
 // themselves, calls with everything they did, and the headers by which the
 // client shows itself to the network.

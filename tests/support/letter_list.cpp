@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading walks at most `count` nodes, so that a list which has become a ring
 // fails a test instead of holding it up.
 #include "support/letter_list.h"

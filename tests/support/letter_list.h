@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A list whose elements are the letters 'A' to 'Z', so that a test can write
 // and read it as text, and a check that the links of a list agree.
 #ifndef QNSTACK_TESTS_SUPPORT_LETTER_LIST_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The list beside a standard list. Who chooses the operations, a seeded
 // generator or a fuzzer, is left open.
 #ifndef QNSTACK_TESTS_SUPPORT_LIST_MODEL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A small file system in memory for tests: named contents, directories, and
 // stdio streams on them. Names are taken as they come; of a directory's name a
 // '/' at the end does not count.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wrapped network calls. The linker sends calls to `send` to `__wrap_send`;
 // `__real_send` is the platform's (or a sanitizer's).
 #include "support/network_faults.h"

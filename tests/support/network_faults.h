@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stands between the objects of a test program and the platform's network
 // calls: writes every call down, and lets a test script what a call does. Calls
 // pass through while no object lives, but for one thing: no name is ever given

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The child's ends of all descriptors are made before the fork, so that
 // between fork and exec only calls stand that are safe with other threads
 // around. The parent's ends do not block; one poll loop serves them all.

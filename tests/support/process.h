@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Runs a program as a child process for tests: arguments, standard input,
 // pipes or a pseudo terminal behind its output, signals, and a bound on every
 // wait. What is still running when its Process goes out of scope is killed.

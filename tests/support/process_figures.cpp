@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Read from /proc; a figure that is not there is a mistake in the setting, not
 // in what is tested.
 #include "support/process_figures.h"

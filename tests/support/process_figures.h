@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the kernel knows of this process: its open descriptors, its resident
 // memory with the peak of that, and the time that a thread has computed.
 #ifndef QNSTACK_TESTS_SUPPORT_PROCESS_FIGURES_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Each call is made with its trace lines captured.
 #include "support/read_calls.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Asking by the HTTP client and reading the answer call by call, with
 // everything that a call gave and left behind.
 #ifndef QNSTACK_TESTS_SUPPORT_READ_CALLS_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file port for tests: the file primitives on files in memory, as their
 // header's contract says. It writes down every call with its arguments, and any
 // call can be made to fail, at once and for good, or half done.

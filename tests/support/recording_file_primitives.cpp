@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file primitives themselves, on the recording port. Each one notes its
 // call first, then does what the contract says unless it is to fail.
 #include <algorithm>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Made below the system's temporary folder, under a name that no one else has.
 #include "support/scratch_folder.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The program is linked with --wrap for each function below: calls to `time`
 // arrive at `__wrap_time`, and `__real_time` is the system's clock.
 #include "support/scripted_clock.h"

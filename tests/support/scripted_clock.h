@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lets a test say what time it is, and what the C library's random numbers are
 // made of. While no object lives, all calls pass through. A program is prepared
 // by qnstack_wrap_clock() (scripted_clock.cmake).

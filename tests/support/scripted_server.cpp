@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The scripted server. Every wait polls the connection together with an event
 // that the destructor raises, so that no thread outlives a failed test.
 #include "support/scripted_server.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A server of our own on an ephemeral loopback port that does what a script
 // says, misbehaviour included, and keeps every byte it received. The n-th
 // connection runs the n-th script, in a thread of its own.

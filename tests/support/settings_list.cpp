@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/settings_list.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A settings list whose entries are released at the end of its scope, and what
 // it holds as text.
 #ifndef QNSTACK_TESTS_SUPPORT_SETTINGS_LIST_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/signal_timer.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Interrupts what waits: a signal that comes again and again, with a handler
 // that lets no call go on.
 #ifndef QNSTACK_TESTS_SUPPORT_SIGNAL_TIMER_H

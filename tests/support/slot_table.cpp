@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/slot_table.h"
 
 #include <unistd.h>

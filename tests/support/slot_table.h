@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The socket layer's table of slots as tests see it and leave it.
 #ifndef QNSTACK_TESTS_SUPPORT_SLOT_TABLE_H
 #define QNSTACK_TESTS_SUPPORT_SLOT_TABLE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The wrapped socket layer: the linker sends calls to `fnQN_Stack_SendData` to
 // `__wrap_fnQN_Stack_SendData`.
 #include "support/socket_layer_faults.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Lets a test say what the socket layer reports to the HTTP client, for results
 // that the layer's own port never gives. A program is prepared by
 // qnstack_wrap_socket_layer() (socket_layer_faults.cmake).

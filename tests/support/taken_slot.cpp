@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/taken_slot.h"
 
 #include <fcntl.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A taken entry of the socket table without any network behind it, to see
 // whether something closes it.
 #ifndef QNSTACK_TESTS_SUPPORT_TAKEN_SLOT_H

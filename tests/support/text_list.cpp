@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/text_list.h"
 
 #include <cstdint>

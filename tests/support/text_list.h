@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A list of texts on the heap, and the functions that keep such a list in a
 // record file: one field and one line tag each.
 #ifndef QNSTACK_TESTS_SUPPORT_TEXT_LIST_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Rule by rule, without a fast path.
 #include "support/transcode_reference.h"
 

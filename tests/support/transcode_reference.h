@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The converters once more, written down rule by rule and unit by unit, for
 // the tests to hold the library's against.
 #ifndef QNSTACK_TESTS_SUPPORT_TRANSCODE_REFERENCE_H

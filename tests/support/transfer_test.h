@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Base of the tests that drive a transfer without any network: the stack is
 // started, every slot is free, the names "h" and "gw" have addresses, sockets
 // connect and take all that is sent, and what is received is scripted.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A typed file buffer for tests, on heap storage that ends where the buffer
 // does, so that a sanitizer sees every step outside.
 #ifndef QNSTACK_TESTS_SUPPORT_TYPED_BUFFER_H

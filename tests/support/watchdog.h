@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ends the test program when a call that should return does not.
 #ifndef QNSTACK_TESTS_SUPPORT_WATCHDOG_H
 #define QNSTACK_TESTS_SUPPORT_WATCHDOG_H

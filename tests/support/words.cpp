@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Words in the order of their length, built by adding one letter at a time.
 #include "support/words.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Every short word over a small alphabet, for tests that compare a function
 // with a plain reference on all of them.
 #ifndef QNSTACK_TESTS_SUPPORT_WORDS_H

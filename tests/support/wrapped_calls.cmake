@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Sends calls of a test program through functions of its own: those to `call`
 # arrive at __wrap_call, and __real_call is what they would have reached.
 

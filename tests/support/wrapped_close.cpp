@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A close that is to fail closes all the same, as the system's does.
 #include "support/wrapped_close.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // close() ends sockets and files alike and can be wrapped once in a program, so
 // the layers that watch either share its wrap: each may put its own close in
 // the place of the system's for as long as it lives.

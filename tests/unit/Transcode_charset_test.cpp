@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the decoding of text in the character sets of multimedia messages.
 #include <gtest/gtest.h>
 #include <iconv.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards that text people write comes out as the C library's converters have
 // it, and that the one rule which is not Unicode's shows in just the scripts
 // it touches.

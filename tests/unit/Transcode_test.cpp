@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the converters between UCS-2, UTF-16, UCS-4 and UTF-8: every rule, the
 // ones that are not Unicode's included, over all units where that is cheap.
 #include "qnstack/Transcode.h"

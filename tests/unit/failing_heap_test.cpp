@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the heap that tests make refuse allocations: were it blind, every
 // test of a refused allocation would pass for nothing.
 #include "support/failing_heap.h"

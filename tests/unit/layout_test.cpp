@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the layout of the public records on platforms of 64 and 32 bits:
 // applications and language bindings are compiled against these offsets. Every
 // check is made by the compiler.

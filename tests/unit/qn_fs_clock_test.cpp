@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards "now": the count that the system's raw fields make, what is derived
 // from it, and the pseudo-random bytes that are seeded with the time.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the small tools of the file services that call back and log: the
 // dispatch of timers, the callback trampoline and the log's place.
 #include "qnstack/qn_fs_comm_tools.h"

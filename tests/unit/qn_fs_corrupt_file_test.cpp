@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the loading of files that a medium has spoilt: whatever the bytes,
 // record files and settings are read as far as they go, and the load ends.
 #include <gmock/gmock.h>

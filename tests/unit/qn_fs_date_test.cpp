@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the calendar: julian seconds both ways against a plain walk through
 // years and months, the offsets that files rely on, and date arithmetic.
 #include <gtest/gtest.h>

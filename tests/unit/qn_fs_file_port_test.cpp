@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the stream operations of a file port, which work on any stream that a
 // caller put into a cell.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards record files on the inert file port: nothing is saved, and a load
 // leaves the list as it is.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the loading of record files, the search for an element, and the names
 // of backups.
 #include <gmock/gmock.h>

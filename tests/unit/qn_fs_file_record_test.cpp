@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the saving and appending of record files: the bytes, the order of
 // elements and of calls, what the log is told, and what does not fit.
 #include "qnstack/qn_fs_file_record.h"

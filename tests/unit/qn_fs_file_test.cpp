@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the inert file port: the fixed results of the whole-file operations,
 // which touch no file, the root directory, and when the callback is called.
 #include "qnstack/qn_fs_file.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards how the typed file buffer reads a date and time: numbers, separators,
 // the limits of field and number, and the flag.
 #include <gmock/gmock.h>

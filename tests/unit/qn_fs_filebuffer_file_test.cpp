@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards how typed file buffers are saved: the calls that keep the old content
 // as ".bak" meanwhile, and what is there after each of them failed.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards how typed file buffers are loaded: the restoring of a leftover
 // ".bak", every size and result that a port may give, and files that are
 // larger than their reader thought.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the readers of the typed file buffer: what each field gives, where
 // the position stands after it, and that nothing outside the buffer is read.
 #include <gmock/gmock.h>

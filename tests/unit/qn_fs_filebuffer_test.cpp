@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the writers of the typed file buffer: the bytes of every kind of
 // field, and where position and end stand after it, also once it is closed.
 #include "qnstack/qn_fs_filebuffer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the date of HTTP headers: what is read, what is refused, and the text
 // that is written with all its oddities.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the settings list and its file: the bytes, the order of calls, what a
 // failed load or save leaves, and a heap that refuses.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the settings list in memory: setting and reading values, values and
 // keys that are the list's own strings, and a heap that refuses.
 #include "qnstack/qn_fs_ini.h"

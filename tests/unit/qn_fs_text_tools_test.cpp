@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the text tools of the file services: decoding percent escapes in
 // place, and reading digits by their places.
 #include <gtest/gtest.h>

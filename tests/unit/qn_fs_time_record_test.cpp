@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the operations on a broken-down time: setting, checking, and adding
 // seconds with its carries.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards fixed-point text: cut and never rounded, four digits and twelve
 // characters at most, the fraction carried without rounding and scaled by ten
 // in every radix.

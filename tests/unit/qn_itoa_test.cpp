@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards integers to text: every radix, signs in radix 10 alone, and no byte
 // written past the terminator.
 #include "qnstack/qn_itoa.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the free of a list, which frees its front alone and leaves the rest of
 // the record as it was: its oddity is what callers know.
 #include <gtest/gtest.h>

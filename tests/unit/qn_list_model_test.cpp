@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the list as a whole: long runs of mixed operations, chosen by a
 // seeded generator, must leave the nodes and elements that a standard list
 // under the same operations has.

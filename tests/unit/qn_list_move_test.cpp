@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards how elements change places in a list: Move and Reverse move nodes,
 // Swap moves elements between nodes, MoveToHead gives an element a new node.
 #include <gtest/gtest.h>

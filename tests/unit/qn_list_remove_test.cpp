@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards how nodes leave a list: which are unlinked, what is handed back or
 // released, in which order, and that a foreign node leaves everything alone.
 #include <gtest/gtest.h>

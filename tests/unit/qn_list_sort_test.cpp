@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the sort of a list down to the order in which it compares: callers
 // see that order through their comparator, and it decides which equal elements
 // change places. A plain transcription of the procedure to an array says what

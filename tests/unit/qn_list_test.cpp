@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards how a list is made, filled, walked and searched.
 #include "qnstack/qn_list.h"
 #include "qnstack/qn_fs_comm_tools.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards allocation and raw memory: zero-filled blocks, frees that clear the
 // caller's pointer, and a byte search that wants one more byte behind a match.
 #include "qnstack/qn_share_mem.h"

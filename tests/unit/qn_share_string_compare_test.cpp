@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the comparisons among the string primitives. Their foldings differ
 // on purpose, so each is held against its own rule for every pair of bytes.
 #include <gtest/gtest.h>

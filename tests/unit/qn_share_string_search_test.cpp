@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the searches among the string primitives: results point into the
 // caller's own text, and the search without case needs nothing but two copies.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the string primitives that copy, append and change text: tolerance of
 // NULL, and the places where they differ from their namesakes on purpose.
 #include "qnstack/qn_share_string.h"

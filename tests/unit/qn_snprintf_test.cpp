@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards bounded formatting: the text is always terminated inside its area,
 // and text that does not fit is told by the area's size as the result.
 #include "qnstack/qn_snprintf.h"

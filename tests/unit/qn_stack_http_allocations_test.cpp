@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards what an exchange asks of the heap from the opening to the freeing of
 // its context.
 #include <gtest/gtest.h>

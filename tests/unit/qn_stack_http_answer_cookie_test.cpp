@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the answer parser takes a "Set-Cookie:" line apart and what of it reaches
 // the cookie jar.
 #include <gmock/gmock.h>

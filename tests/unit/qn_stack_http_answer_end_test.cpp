@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where an answer's header ends, what the parser leaves in the buffer, and the
 // trace that it prints on the way.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The answer parser and the redirect when the heap refuses: every allocation in
 // turn, and all from one on. Fields hold the old text, the new text or none,
 // and the context can still be read, driven and freed.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Damaged answers: seeds are cut, doubled and overwritten by a seeded generator
 // and read to their end. Mostly worth its time under sanitizers.
 #include <gtest/gtest.h>

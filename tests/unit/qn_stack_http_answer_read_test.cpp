@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Delivery of an answer's body: the result of every call, in every state a
 // context can be read in, and odd destinations and capacities.
 #include <gtest/gtest.h>

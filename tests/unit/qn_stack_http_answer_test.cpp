@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The answer parser, header line by header line: which fields a line sets, and
 // how words and numbers are taken from it.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the cache against index files that are torn, changed or never were
 // one: they load without reading outside their bytes, loading ends, and the
 // cache works on whatever they hold.

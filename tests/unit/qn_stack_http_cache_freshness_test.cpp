@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the freshness rule: what each header line of an answer says about its
 // lifetime, and the expiry that comes of it.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the index of the cache: loading it from its file, once and when it is
 // first needed, and the exact bytes and calls of reading and writing it.
 #include <gmock/gmock.h>

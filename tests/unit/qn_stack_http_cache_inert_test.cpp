@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the cache on the inert file port, where nothing can be written or
 // read: saves fail after they have made room, and the index loads empty.
 #include <gmock/gmock.h>

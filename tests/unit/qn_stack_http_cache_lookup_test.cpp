@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the lookups of the cache: what is found, what is still fresh, and
 // which hits move to the front and bring the index file up to date.
 #include <gmock/gmock.h>

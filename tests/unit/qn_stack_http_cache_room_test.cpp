@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards what a save throws out of the cache: what expires soon, and the oldest
 // entries until there is room, by the counters and to the exact limits.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards saving into the cache: what is written in which order, what a failing
 // write, heap or collision does, and what becomes of a URL that is saved again.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the cache store: the index in memory and in its file, the counters,
 // the bodies' names and the exact calls by which files are read and deleted.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the search for a text whatever its case, on its results and on the
 // work that the worst inputs cost, and the month names of HTTP dates.
 #include "qnstack/qn_stack_http_cache.h"

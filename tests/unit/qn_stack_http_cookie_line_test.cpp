@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the cookie lines of a request: which host gets them and their exact
 // bytes, long ones included.
 #include <gtest/gtest.h>

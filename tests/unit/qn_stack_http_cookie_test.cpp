@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the cookie jar: which cookie replaces which, their order and number,
 // and what a refusing heap leaves behind.
 #include "qnstack/qn_stack_http_cookie.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the table of request headers: look-up by name, replacement in place,
 // the six defaults, and what a refusing heap leaves behind.
 #include "qnstack/qn_stack_http_head.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the two loaders, which take a prepared request or a stored answer
 // from a file.
 #include <gmock/gmock.h>

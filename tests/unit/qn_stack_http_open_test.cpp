@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards opening: how a URL is split, and what each open function puts into a
 // fresh context.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the delivery of the raw answer: the result of every call in every
 // state, and the failure that shows one call late.
 #include <gmock/gmock.h>

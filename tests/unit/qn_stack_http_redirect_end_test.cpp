@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Where following redirects ends: the eleventh in a row, and tunnels, which
 // have no URL to start from.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Redirects: which answers are followed, where they lead, and what becomes of
 // every field of the context and of its socket.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the bound of the request's formatted pieces: each is cut at 2047
 // bytes, a line end that is a piece of its own survives, one inside a cut piece
 // does not, and what is not formatted is not cut.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the composed requests: every byte of them and every trace line that
 // composing prints, direct and through a proxy.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the entry of the HTTP client: starting and stopping the stack, the
 // proxy setting, and the life of a request context.
 #include "qnstack/qn_stack_http.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the receive step: what ends it and how, the pause above 20480 unread
 // bytes, the count of tries, and what becomes of the slot.
 #include <gmock/gmock.h>

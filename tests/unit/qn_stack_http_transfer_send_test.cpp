@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the send step: one chunk a call, what a failed or short send leaves
 // to be sent, and when the kernel is told to hurry.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the transfer engine's first half, call by call: resolving, connecting
 // and composing, and which states are final.
 #include <arpa/inet.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards a tunnel's transfer: its request, its receive loop with the count of
 // tries, and the pass-throughs by which the application uses it.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the stack's reallocation helper: it is the plain realloc of the
 // system heap, also when the heap refuses.
 #include "qnstack/qn_stack_mem.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the memory buffer when the heap refuses: the result says so where
 // there is one, and what was there stays. Counts the allocations too.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the memory buffer as a whole: long random sequences of operations
 // agree, field by field, with a plain model of what each one promises, and the
 // storage always has the capacity and its spare bytes.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards that a buffer is what its record says: a record made by hand, one
 // whose storage was taken away or replaced, and a copy of a record work with
 // every function, and the storage is one block of the heap from `data` on.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the memory buffer: every field after every operation, when it
 // squeezes and grows, and what a reader gets.
 #include "qnstack/qn_stack_membuffer.h"

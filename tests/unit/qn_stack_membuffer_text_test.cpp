@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the memory buffer's text functions: items up to a delimiter, formatted
 // pieces with their bound, and header items.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards connecting, sending and receiving on a slot: the results, in which
 // order arguments are looked at, and that each is one call to the platform.
 #include <arpa/inet.h>

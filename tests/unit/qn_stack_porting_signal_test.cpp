@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards what the socket layer keeps away from the application: the signal that
 // sending to a peer that is gone raises, and descriptor 0 as a socket.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the socket layer's table: which slot is taken and given back when, and
 // what resolving stores in it.
 #include "qnstack/qn_stack_porting.h"

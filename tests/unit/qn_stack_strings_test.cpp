@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the two string copies of the HTTP stack, which are one operation
 // under two names.
 #include "qnstack/qn_stack_strings.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the helpers that take header and URL text apart: tokens, delimiters to
 // skip, and the prefix test.
 #include "qnstack/qn_stack_tools.h"

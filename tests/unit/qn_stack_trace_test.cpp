@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the trace of the HTTP client: each text goes out where it arises, is
 // whole whatever its length, and leaves errno alone.
 #include "qn_stack_trace.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the WAP facade on the real HTTP client: it refuses until it is started
 // with version 2, and again when it is switched off in mid-life.
 #include "qnstack/qn_stack_wap.h"

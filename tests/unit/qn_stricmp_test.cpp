@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the ordering comparisons: unsigned bytes, 'A' to 'Z' folded on both
 // sides, and the actual difference as the result.
 #include "qnstack/qn_stricmp.h"

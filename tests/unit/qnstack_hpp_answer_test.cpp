@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards how the C++ face reads answers: to their end, in pieces, and with a
 // verdict on whether what came is whole.
 #include <gmock/gmock.h>

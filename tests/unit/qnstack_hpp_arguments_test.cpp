@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards what the C++ face takes: texts with and without a terminator, and the
 // bodies that must outlive the call.
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the C++ face's handles of buffers and texts, and the strings that go in
 // and out of them.
 #include <gtest/gtest.h>

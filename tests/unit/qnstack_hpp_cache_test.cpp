@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the C++ face's Cache: what it finds, reads, saves and lets go.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the C++ face's conversions of text: the bytes of the C functions, as
 // strings of the right length.
 #include <gtest/gtest.h>

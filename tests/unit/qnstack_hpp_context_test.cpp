@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the C++ face's contexts: their states, and that releasing or stopping
 // one gives back its own slot and never another's.
 #include <gmock/gmock.h>

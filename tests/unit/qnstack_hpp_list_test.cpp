@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the C++ face's lists: the members that containers have, what a list
 // releases and when, and views of lists that somebody else owns.
 #include <gmock/gmock.h>

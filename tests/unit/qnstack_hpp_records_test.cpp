@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the C++ face's Records: values that are kept in a file by a format of
 // the program's own.
 #include <gmock/gmock.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the C++ face's Settings: what they load, change, keep and release.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

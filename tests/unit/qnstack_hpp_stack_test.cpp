@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the C++ face's Stack: what it starts, sets, and leaves behind.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards the recording file port: that it does what the primitives' header
 // promises, writes every call down, and fails where it was told to. Were it
 // wrong, the tests of everything above the files would mean nothing.

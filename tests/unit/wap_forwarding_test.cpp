@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Guards that each facade function calls the HTTP function of its name with
 // its own arguments and gives that one's result, or refuses without any call.
 // The linker leads the facade's calls to the HTTP client into a mock here.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Completion of qnget for bash. Options and what they take, the commands of the
 # settings and their keys are read from the program's help, so that they are those
 # of the qnget that is typed.

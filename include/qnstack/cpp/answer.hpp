@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file answer.hpp
  * @brief Answers: read to their end, and whole ones told from cut ones.

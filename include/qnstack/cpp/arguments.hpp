@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file arguments.hpp
  * @brief Arguments: texts with the terminator that C needs, and lengths in the

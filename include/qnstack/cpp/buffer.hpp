@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file buffer.hpp
  * @brief Buffers, and the strings that go in and out of them. Included by

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file cache.hpp
  * @brief The HTTP cache as an object: loaded when it is made, released at its

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file charset.hpp
  * @brief Text in the character sets of messages, to UTF-8 and back, as strings

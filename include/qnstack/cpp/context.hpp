@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file context.hpp
  * @brief Contexts: opened, looked at, stopped, released. Included by

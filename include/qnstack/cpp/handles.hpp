@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file handles.hpp
  * @brief Handles that own buffers and texts of the library. Included by

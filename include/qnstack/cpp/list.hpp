@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file list.hpp
  * @brief Lists with the member names of the standard containers: Range looks at

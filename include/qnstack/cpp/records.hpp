@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file records.hpp
  * @brief Records: a list of a program's own values in one file. Included by

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file settings.hpp
  * @brief Settings: the keys and values of one file. Included by qnstack.hpp.

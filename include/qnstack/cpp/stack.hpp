@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 /**
  * @file stack.hpp
  * @brief The HTTP stack, started and closed with an object. Included by

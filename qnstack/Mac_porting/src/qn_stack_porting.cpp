@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The socket layer on BSD sockets: the only place where the library touches
 // the network. The transfer engine calls it. It keeps the table of socket
 // slots.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the socket layer offers to the transfer engine and to its own tests
 // besides the exported functions.
 #ifndef QNSTACK_QN_STACK_PORTING_INTERNAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The entry of the HTTP client: starting and stopping the stack, the one proxy
 // setting that all requests share, and the life of a request context. It keeps
 // the proxy setting and the pointer to the context worked on last.

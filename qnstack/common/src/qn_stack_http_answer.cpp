@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Responses: the header is parsed line by line as it comes in, cookies go to
 // the jar, redirects start the context anew, and body bytes are handed out to
 // the application.

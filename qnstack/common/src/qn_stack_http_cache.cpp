@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The cache store: an index of entries in memory and in one file, and one body
 // file per entry. Applications call it before and after their transfers. It
 // keeps the index, its two counters and the application's mode.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How long a response stays fresh: the application hands over its header lines
 // one by one, and a time comes out. The facts of the one response that is being
 // parsed are kept here.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the sources of the HTTP cache share with each other and with its tests.
 #ifndef QNSTACK_QN_STACK_HTTP_CACHE_INTERNAL_H
 #define QNSTACK_QN_STACK_HTTP_CACHE_INTERNAL_H

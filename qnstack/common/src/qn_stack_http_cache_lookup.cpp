@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What goes into the cache, what is thrown out for it, and how an entry is found
 // again. Applications call it around their transfers.
 #include <cstdint>

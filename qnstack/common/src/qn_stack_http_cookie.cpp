@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The cookie jar: the parser of responses fills it, and the composer of requests
 // takes at most its newest cookie. It keeps the one jar of the process.
 #include "qnstack/qn_stack_http_cookie.h"

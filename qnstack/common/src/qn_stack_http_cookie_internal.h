@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the cookie jar reach besides its exported functions.
 #ifndef QNSTACK_QN_STACK_HTTP_COOKIE_INTERNAL_H
 #define QNSTACK_QN_STACK_HTTP_COOKIE_INTERNAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The table of request headers by which the client looks like a handset. The
 // stack fills it when it starts, applications change it, and the composer of
 // requests reads it by name. It keeps the one table of the process.

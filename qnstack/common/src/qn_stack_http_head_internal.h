@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the request header table reach besides its exported
 // functions.
 #ifndef QNSTACK_QN_STACK_HTTP_HEAD_INTERNAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the sources of the HTTP client share with each other and with its
 // tests.
 #ifndef QNSTACK_QN_STACK_HTTP_INTERNAL_H

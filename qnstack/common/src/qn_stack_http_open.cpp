@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Opening requests: a URL is split into host, port and path, and a fresh
 // context is made of it. A prepared request or a stored response can be taken
 // from a file instead. Applications and the redirect of a response call it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The splitting of URLs, which the sources of the HTTP client share with each
 // other and with its tests.
 #ifndef QNSTACK_QN_STACK_HTTP_OPEN_INTERNAL_H

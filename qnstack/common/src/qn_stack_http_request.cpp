@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Composing requests: the transfer engine has the whole request written into
 // the context's send buffer once, and sends it from there.
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The transfer engine: it moves one context forward through resolving,
 // connecting, composing, sending and receiving, as far as each call gets. It
 // keeps one area, shared by all contexts, in which every chunk is received.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The reallocation helper of the HTTP client; the memory buffer calls it.
 #include "qnstack/qn_stack_mem.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The growable byte buffer that holds requests and responses, for the HTTP
 // client and for applications. A buffer's whole state is its public record.
 #include "qnstack/qn_stack_membuffer.h"

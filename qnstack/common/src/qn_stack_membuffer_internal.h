@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the HTTP client uses of buffers besides their exported functions.
 #ifndef QNSTACK_QN_STACK_MEMBUFFER_INTERNAL_H
 #define QNSTACK_QN_STACK_MEMBUFFER_INTERNAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // String copies for the HTTP client and for applications.
 #include "qnstack/qn_stack_strings.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // String helpers that take header and URL text apart, for the HTTP client, the
 // cache and applications.
 #include "qnstack/qn_stack_tools.h"

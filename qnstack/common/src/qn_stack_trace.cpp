@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace of the HTTP client. It goes through the C library's standard
 // output, so it stays in order with what the application prints there.
 #include "qn_stack_trace.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The trace of the HTTP client on standard output.
 #ifndef QNSTACK_QN_STACK_TRACE_H
 #define QNSTACK_QN_STACK_TRACE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The WAP stack by version: every function forwards to the HTTP client of the
 // same name while the version is 2 and refuses otherwise. It keeps the version.
 #include "qnstack/qn_stack_wap.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the WAP facade reach besides its exported functions.
 #ifndef QNSTACK_QN_STACK_WAP_INTERNAL_H
 #define QNSTACK_QN_STACK_WAP_INTERNAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The clock: "now" in the C library's raw fields, and seconds and random numbers
 // made of it, for the cache and applications. It keeps whether the time zone has
 // been read.

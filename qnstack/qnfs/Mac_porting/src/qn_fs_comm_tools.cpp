@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Small tools of the file services, for record files, the cache and
 // applications: timers, which this port does not start, a callback, the log,
 // percent-decoding and digits. It keeps the list of timers, and the source path

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tests of the file services' tools reach besides their exported
 // functions.
 #ifndef QNSTACK_QN_FS_COMM_TOOLS_INTERNAL_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Dates: conversion between julian seconds and broken-down time, and calendar
 // arithmetic, for the cache, the clock and applications. Files hold values made
 // by these conversions, so their offsets never change.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The inert file port: every operation on whole files touches no file and
 // returns a fixed result, so that its callers take their failure paths.
 #include "qnstack/qn_fs_file.h"

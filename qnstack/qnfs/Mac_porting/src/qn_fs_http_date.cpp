@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The date of HTTP header fields: reading the form of RFC 1123, for the cache,
 // and writing one much like it.
 #include "qn_fs_http_date.h"

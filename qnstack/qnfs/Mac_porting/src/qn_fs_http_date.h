@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The names of months in HTTP dates, for the date parser and the cache.
 #ifndef QNSTACK_QN_FS_HTTP_DATE_H
 #define QNSTACK_QN_FS_HTTP_DATE_H

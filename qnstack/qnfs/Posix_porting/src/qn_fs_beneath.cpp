@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names below the root directory, for the POSIX file port. The kernel resolves
 // them beneath the root. Where it cannot, they are walked component by component
 // and no symbolic link is followed. The root is opened anew for each operation.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Names below the root directory. A name is refused that would leave the root:
 // by a ".." component, or by a symbolic link that leads out.
 #ifndef QNSTACK_QN_FS_BENEATH_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading and writing whole blocks through a descriptor, for the POSIX file
 // port. After a short count or an interruption the rest is read or written too.
 #include "qn_fs_descriptor.h"

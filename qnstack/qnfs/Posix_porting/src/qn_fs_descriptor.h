@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file descriptor with one owner, and moving bytes through it whole.
 #ifndef QNSTACK_QN_FS_DESCRIPTOR_H
 #define QNSTACK_QN_FS_DESCRIPTOR_H

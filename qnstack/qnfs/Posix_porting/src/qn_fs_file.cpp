@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The file port for POSIX systems: files below the root directory, readable by
 // their owner alone, written so that a crash leaves the old content or the new.
 // The application and the library's stores call it.

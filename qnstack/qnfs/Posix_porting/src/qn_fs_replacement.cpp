@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // New content beside a file. The temporary's name is made of the file's, so a
 // crash leaves at most one behind, which the next write of that file takes
 // over; a lock on it keeps two processes from writing the same one. The POSIX

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A file's new content, written beside it and put in its place in one step, so
 // that a crash leaves the old content or the new.
 #ifndef QNSTACK_QN_FS_REPLACEMENT_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A typed file buffer with storage of its own. Record files and the settings
 // save from one and load into one.
 #ifndef QNSTACK_QN_FS_FILE_IMAGE_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The part of the file primitives that is the same in every port: the
 // operations on streams, and the root directory and the synchronisation
 // callback, which it keeps for the ports.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a file port needs besides the file primitives themselves: the root
 // directory, and a way to tell the application that a file was written.
 #ifndef QNSTACK_QN_FS_FILE_PORT_H

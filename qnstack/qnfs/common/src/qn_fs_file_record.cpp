@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Record files: a list's elements one after another, through the caller's
 // write and read functions. The cache keeps its index in one.
 #include "qnstack/qn_fs_file_record.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writing and reading the typed file buffer, field by field, for record files,
 // the settings, the cache index and applications.
 #include "qnstack/qn_fs_filebuffer.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Saving and loading typed file buffers, for record files, settings and
 // applications. A save first puts the old content under the file's name with
 // ".bak"; it is put back when the save fails or when a load finds it.

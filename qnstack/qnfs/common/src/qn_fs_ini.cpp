@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The settings store: keys and values in a list of the application's, and one
 // file that holds them all.
 #include "qnstack/qn_fs_ini.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory on the system heap, and the C library's memory functions. All memory
 // of the library comes from here and goes back here.
 #include "qnstack/qn_share_mem.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Portable string primitives, which every module calls: the C library's string
 // functions made tolerant of NULL, and some with rules of their own.
 #include "qnstack/qn_share_string.h"

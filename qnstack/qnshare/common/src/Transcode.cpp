@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Converters between UCS-2, UCS-4, UTF-16 and UTF-8, and the decoding of a text
 // in the character set that a multimedia message declares. Applications call
 // them; no other part of the library does.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // ASCII letters, whatever the locale is.
 #ifndef QNSTACK_QN_ASCII_H
 #define QNSTACK_QN_ASCII_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers to text in any radix: the names of the cache's files, and whatever
 // applications write.
 #include "qnstack/qn_itoa.h"

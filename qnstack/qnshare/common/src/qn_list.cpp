@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The doubly linked list behind every collection of the library: request
 // headers, cookies, cache entries, settings, records and timers. Applications
 // keep lists of their own with it.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What record files need of the list besides its exported functions: a node
 // that is there before its element is read, so that the element is not lost
 // where the heap refuses the node.

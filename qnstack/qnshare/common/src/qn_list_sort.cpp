@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sorting a list: an exchange sort that moves elements and keeps nodes. Callers'
 // comparators have seen which elements are compared and in which order, so the
 // steps stay as they are.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Memory inside the library: zero-filled blocks and records, blocks that are
 // freed at the end of a scope, and copies of text that need not be terminated.
 // Every module takes its memory through these.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Numbers and words out of received text, for the URL splitter, the response
 // parser, the HTTP dates and the cache.
 #include "qn_scan.h"

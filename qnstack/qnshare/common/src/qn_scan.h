@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Reading numbers and words out of received text as sscanf() reads "%d" and
 // "%s", but never beyond the text's end and with a result for every number.
 #ifndef QNSTACK_QN_SCAN_H

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Formatted text into a bounded area, for the memory buffer, the HTTP dates and
 // applications. APR's formatter does the work.
 #include "qnstack/qn_snprintf.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Ordering comparisons that ignore the case of ASCII letters, whatever the
 // locale is. The string primitives, fnQNStack_StrCMPI() and applications call them.
 #include "qnstack/qn_stricmp.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Sums of 32 bits that wrap, for counters and positions that files and callers
 // can bring to any value.
 #ifndef QNSTACK_QN_WRAPPED_SUM_H
