@@ -8,7 +8,7 @@ set -euo pipefail
 calls='(^|[^A-Za-z0-9_>.])(std::)?(sprintf|strcpy|strcat|strtok|gets|malloc|calloc|realloc|free|strdup|sscanf|printf)\('
 # Stream cells come from the system heap and go back to it.
 found=$(grep -rnE "$calls" "$1" --include='*.cpp' --include='*.h' |
-  grep -vE '/qnshare/Mac_porting/src/|/qn_fs_file(_stream)?\.cpp:.*(std::free\((handle|cell)\)|std::malloc\(sizeof\(FILE \*\)\))' |
+  grep -vE '/qnshare/Mac_porting/src/|/qn_fs_file(_port)?\.cpp:.*(std::free\((handle|cell)\)|std::malloc\(sizeof\(FILE \*\)\))' |
   grep -vE ':[0-9]+: *//' || true)
 if [[ -n $found ]]; then
   printf 'calls that belong into the primitives:\n%s\n' "$found"

@@ -4,6 +4,7 @@
 # each exported name in the list, each helper of the tests in their support folder,
 # and each path in the tree.
 # usage: named_things.sh ROOT
+# shellcheck disable=SC2016  # backquotes of Markdown
 set -euo pipefail
 export LC_ALL=C
 cd "$1"

@@ -27,8 +27,8 @@ constexpr uint32_t kFormattedBytes = 2048;  // bound of one formatted piece with
 // needed. It is rounded up to a quarter of the power of two below it, so that
 // of many small appends few make the heap move the block.
 uint32_t RoundedUp(uint64_t size) {
-  const uint64_t step = std::bit_floor(size) / 4;
-  return static_cast<uint32_t>(std::min((size + step - 1) / step * step, kMostBytes));
+  const uint64_t below_step = std::bit_floor(size) / 4 - 1;
+  return static_cast<uint32_t>(std::min((size + below_step) & ~below_step, kMostBytes));
 }
 
 // Makes room for `count` bytes behind the unread ones. The capacity grows by
