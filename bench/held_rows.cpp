@@ -14,8 +14,13 @@ struct Held {
 };
 
 constexpr Held kHeld[] = {
+    {"transcoding/UCS-2 units to UTF-8, CJK", "each unit is encoded alone, surrogates too"},
+    {"charsets/UTF-16 \\(1015\\) decoded, (ASCII|Latin).*",
+     "a byte-order mark counts wherever it stands, and the area is zero-filled"},
+
     {"formatting/\".*|formatting/300 characters.*", "apr_vformatter(), which makes the text"},
 
+    {"dates/HTTP date written", "apr_vformatter(), which makes the text"},
     {"dates/now, .*", "time() and localtime_r(), which the peer calls too"},
 
     {"list of 100/appended one by one, cleared", "every node is a heap block of its own"},
@@ -44,7 +49,8 @@ constexpr Held kHeld[] = {
     {"files/20 settings loaded", "a \".bak\" that an unfinished save left is put back first"},
 
     {"look-ups/header table of 6: a value replaced", "strdup(), and a walk in the table's order"},
-    {"look-ups/full jar: a .*", "the jar keeps its order and is walked, name by name"},
+    {"look-ups/header table of 6: each name read", "the table keeps its order and is walked"},
+    {"look-ups/full jar: .*", "the jar keeps its order and is walked, name by name"},
 
     {"strings/(strlen|strchr|strcmp|memcmp|strcpy|memcpy|memset|strdup|strstr|atoi)\\b.*",
      "the C library's function of that name"},
