@@ -22,6 +22,7 @@
 #include "fuzz/exact_bytes.h"
 #include "qn_ascii.h"
 #include "qn_stack_http_internal.h"
+#include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_porting.h"

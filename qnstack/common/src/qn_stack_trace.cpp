@@ -12,7 +12,8 @@ void qn::Trace(const char *format, ...) {
   const int error = errno;
   va_list args;
   va_start(args, format);
-  std::vprintf(format, args);
+  // The analyzer does not see that the list has been started.
+  std::vprintf(format, args);  // NOLINT(clang-analyzer-valist.Uninitialized)
   va_end(args);
   errno = error;
 }
