@@ -83,7 +83,7 @@ std::string_view BodyDecoder::Take(std::string_view &bytes) {
     content = chunks_.Take(bytes);
   } else if (kind_ != Kind::kNone) {
     const uint64_t wanted = kind_ == Kind::kLength ? length_ - count_ : bytes.size();
-    content = bytes.substr(0, std::min<uint64_t>(wanted, bytes.size()));
+    content = bytes.substr(0, static_cast<std::size_t>(std::min<uint64_t>(wanted, bytes.size())));
     bytes.remove_prefix(content.size());
   }
   count_ += content.size();

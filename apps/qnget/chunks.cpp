@@ -26,7 +26,8 @@ std::string_view ChunkDecoder::Take(std::string_view &bytes) {
 }
 
 std::string_view ChunkDecoder::TakeContent(std::string_view &bytes) {
-  const std::string_view content = bytes.substr(0, std::min<uint64_t>(left_, bytes.size()));
+  const auto taken = static_cast<std::size_t>(std::min<uint64_t>(left_, bytes.size()));
+  const std::string_view content = bytes.substr(0, taken);
   bytes.remove_prefix(content.size());
   left_ -= content.size();
   if (left_ == 0) step_ = Step::kContentEnd;
