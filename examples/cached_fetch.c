@@ -80,25 +80,25 @@ static struct head take_header(QNMemBuffer *answer, time_t asked) {
 
 /* How old the answer is by now: by its date, or by its "Age:" and the time that
  * it was on its way, whichever is more. */
-static long age_of(const struct head *head) {
-  const long by_date = (long)(time(NULL) - head->date);
-  const long by_age = head->age + (long)(time(NULL) - head->asked);
-  const long age = by_date > by_age ? by_date : by_age;
+static long long age_of(const struct head *head) {
+  const long long by_date = time(NULL) - head->date;
+  const long long by_age = head->age + (time(NULL) - head->asked);
+  const long long age = by_date > by_age ? by_date : by_age;
   return age > 0 ? age : 0;
 }
 
 /* For how many seconds from now the answer is fresh; 0 if it is not to be kept. */
 static long lifetime(const struct head *head) {
   const long most = 365L * 86400;
-  long left = 0;
+  long long left = 0;
   if (head->forbidden) return 0;
   if (head->max_age >= 0) {
     left = head->max_age - age_of(head);
   } else if (head->expires > head->date) {
-    left = (long)(head->expires - head->date) - age_of(head);
+    left = head->expires - head->date - age_of(head);
   }
   if (left < 0) return 0;
-  return left < most ? left : most;
+  return left < most ? (long)left : most;
 }
 /* [head] */
 
