@@ -383,7 +383,8 @@ QN_API int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, 
  *   a header field without a blank behind its colon has no value, or the word
  *   that follows. "Content-Length:", "Set-Cookie:" and "Set-Cookie2:" are read
  *   from the colon on and need no blank.
- * - A "Set-Cookie:" without '=' stores nothing.
+ * - A "Set-Cookie:" without '=' stores nothing, nor does one whose name or value
+ *   holds a control character (a byte below 0x20, or 0x7F).
  * - "Location:" and "Content-Location:" replace `url` whatever the status; the
  *   last one counts. If the heap refuses the copy, `url` is NULL.
  * - A second "Content-Type:" line frees the first value and replaces it.

@@ -2,6 +2,7 @@
 // Responses: the header is parsed line by line as it comes in, cookies go to
 // the jar, redirects start the context anew, and body bytes are handed out to
 // the application.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -75,6 +76,12 @@ char *CopyCookiePath(const char *attributes) {
   return fnQNStack_StrArraySplit(path, kCookieValueEnd, &position);
 }
 
+// A line end among these would begin a further line of the next request.
+bool HasControlCharacter(std::string_view text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](unsigned char c) { return c < ' ' || c == 0x7F; });
+}
+
 void TakeCookie(QNHttpCtx *ctx, const char *line) {
   const char *cookie = fnQNStack_StrArraySkip(AfterColon(line), " \t");
   uint32_t position = 0;
@@ -84,6 +91,7 @@ void TakeCookie(QNHttpCtx *ctx, const char *line) {
   const qn::Owned<char> value(fnQNStack_StrArraySplit(cookie, kCookieValueEnd, &position));
   const qn::Owned<char> path(CopyCookiePath(cookie + position));
   if (name == nullptr || value == nullptr || path == nullptr) return;
+  if (HasControlCharacter(name.get()) || HasControlCharacter(value.get())) return;
   fnQNStack_Http_Cookie_Set(name.get(), value.get(), ctx->hostname, path.get());
 }
 
