@@ -104,6 +104,10 @@ int32_t Send(QNHttpCtx *ctx) {
   return result;
 }
 
+// Whether nothing of the response has come. The count of all bytes that came is
+// 0 again after 4 GB, when the buffer holds some of them, read or unread.
+bool IsEmpty(const QNMemBuffer &response) { return response.total == 0 && response.length == 0; }
+
 // Waits or ends after a receive that brought nothing. `result` is what the
 // socket layer gave, or kNoMemory.
 int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
@@ -115,7 +119,7 @@ int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
   if (result == 0) {
     // The context keeps the slot's number, though the slot is free from now on.
     fnQN_Stack_CloseSocket(ctx->socket);
-  } else if (ctx->recvBuf->total == 0) {
+  } else if (IsEmpty(*ctx->recvBuf)) {
     ctx->state = QN_HTTP_RECEIVE_FAILED;
     return -1;
   } else {
