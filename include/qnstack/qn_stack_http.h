@@ -48,7 +48,8 @@ enum {
   QN_HTTP_RESOLVE_FAILED = -10, /**< no free socket slot, or the name has no address */
   QN_HTTP_CONNECT_FAILED = -11, /**< at the connect step: no free socket slot, or the slot's
                                      connection had failed before */
-  QN_HTTP_SEND_FAILED = -12,    /**< sending failed; a refused connection ends here too */
+  QN_HTTP_SEND_FAILED = -12,    /**< sending failed, or another context has taken the slot
+                                     since; a refused connection ends here too */
   QN_HTTP_RECEIVE_FAILED = -13, /**< receiving failed before any byte came */
   QN_HTTP_GIVEN_UP = -14        /**< more than 3000 calls in a row without progress */
 };
@@ -334,7 +335,9 @@ QN_API int32_t fnQNStack_Http_ReadRecvData(QNHttpCtx *ctx, void *destination, in
  * @param ctx the context, connected and composed.
  * @return 0 everything has been sent; -2 a chunk went out or must be tried
  *         again; -1 failed, with nothing lost from the request buffer, or
- *         @p ctx is NULL.
+ *         @p ctx is NULL. When another context has taken the slot since,
+ *         nothing is sent on it, and the state of a context that is under way is
+ *         then #QN_HTTP_SEND_FAILED.
  */
 QN_API int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx);
 
@@ -359,7 +362,9 @@ QN_API int32_t fnQNStack_Http_RecvConnectData(QNHttpCtx *ctx);
  * @param ctx the context.
  * @param bytes what to send.
  * @param count number of bytes.
- * @return as fnQN_Stack_SendData(); -1 for a NULL context.
+ * @return as fnQN_Stack_SendData(); -1 for a NULL context, and as
+ *         fnQNStack_Http_SendQuest() when another context has taken the slot
+ *         since.
  */
 QN_API int32_t fnQNStack_Http_Socket_SendData(QNHttpCtx *ctx, const void *bytes, int32_t count);
 

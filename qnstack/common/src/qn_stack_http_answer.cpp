@@ -11,12 +11,12 @@
 #include "qn_scan.h"
 #include "qn_stack_http_internal.h"
 #include "qn_stack_http_open_internal.h"
+#include "qn_stack_http_slot.h"
 #include "qn_stack_membuffer_internal.h"
 #include "qn_stack_trace.h"
 #include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_http_cookie.h"
-#include "qnstack/qn_stack_porting.h"
 #include "qnstack/qn_stack_tools.h"
 
 namespace {
@@ -148,7 +148,7 @@ int32_t Redirect(QNHttpCtx *ctx) {
   ctx->method = fnQNStack_StrDup("GET");
   ctx->contentLen = 0;
   if (ctx->socket > 0) {
-    fnQN_Stack_CloseSocket(ctx->socket);
+    qn::CloseSlot(ctx->socket);
     ctx->socket = -1;
   }
   ctx->state = QN_HTTP_NEW;

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "qn_stack_http_internal.h"
+#include "qn_stack_http_slot.h"
 #include "qn_stack_membuffer_internal.h"
 #include "qn_stack_porting_internal.h"
 #include "qn_stack_trace.h"
@@ -36,6 +37,10 @@ void CountTry(QNHttpCtx *ctx) {
   ctx->tryCount = static_cast<int32_t>(static_cast<uint32_t>(ctx->tryCount) + 1);
 }
 
+bool IsUnderWay(const QNHttpCtx &ctx) {
+  return ctx.state >= QN_HTTP_NEW && ctx.state <= QN_HTTP_RECEIVING;
+}
+
 bool IsTunnel(const QNHttpCtx &ctx) { return fnQN_STRCMP(ctx.method, "CONNECT") == 0; }
 
 int32_t Advance(QNHttpCtx *ctx) {
@@ -52,7 +57,7 @@ int32_t FailAndCount(QNHttpCtx *ctx, int32_t state) {
 // Makes a socket unless the context has one; false when all slots are taken.
 bool EnsureSocket(QNHttpCtx *ctx) {
   if (ctx->socket > 0) return true;
-  ctx->socket = fnQN_Stack_CreateSocket();
+  qn::TakeSlot(ctx);
   qn::Trace("create socket %d", ctx->socket);
   if (ctx->socket <= 0) return false;
   fnQN_Stack_SetNoBlock();
@@ -75,7 +80,7 @@ int32_t Connect(QNHttpCtx *ctx) {
   const int32_t result = fnQN_Stack_Connect(ctx->socket);
   qn::Trace("connet socket:%d result:%d", ctx->socket, result);
   if (result == 0) {
-    fnQN_Stack_CloseSocket(ctx->socket);
+    qn::CloseSlot(ctx->socket);
     ctx->socket = 0;
     return FailAndCount(ctx, QN_HTTP_CONNECT_FAILED);
   }
@@ -95,6 +100,14 @@ int32_t Compose(QNHttpCtx *ctx) {
     fnQNStack_Http_PrepareQuest(ctx);
   }
   return Advance(ctx);
+}
+
+// Whether a context may send on its slot. If another context has taken the slot
+// since, the bytes would reach that one's peer, so sending fails for good.
+bool MaySend(QNHttpCtx *ctx) {
+  if (!qn::IsSlotOfAnother(*ctx)) return true;
+  if (IsUnderWay(*ctx)) ctx->state = QN_HTTP_SEND_FAILED;
+  return false;
 }
 
 int32_t Send(QNHttpCtx *ctx) {
@@ -118,12 +131,12 @@ int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
   }
   if (result == 0) {
     // The context keeps the slot's number, though the slot is free from now on.
-    fnQN_Stack_CloseSocket(ctx->socket);
+    qn::CloseSlot(ctx->socket);
   } else if (IsEmpty(*ctx->recvBuf)) {
     ctx->state = QN_HTTP_RECEIVE_FAILED;
     return -1;
   } else {
-    fnQN_Stack_CloseSocket(ctx->socket);
+    qn::CloseSlot(ctx->socket);
     ctx->socket = -1;
   }
   ctx->state = QN_HTTP_COMPLETE;
@@ -163,10 +176,6 @@ int32_t Receive(QNHttpCtx *ctx) {
 // One step per state, in the order of the states from QN_HTTP_NEW on.
 using Step = int32_t (*)(QNHttpCtx *ctx);
 constexpr Step kSteps[] = {Resolve, Connect, Compose, Send, Receive};
-
-bool IsUnderWay(const QNHttpCtx &ctx) {
-  return ctx.state >= QN_HTTP_NEW && ctx.state <= QN_HTTP_RECEIVING;
-}
 
 }  // namespace
 
@@ -209,6 +218,10 @@ int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx) {
   QNMemBuffer *request = ctx->sendBuf;
   const uint32_t unsent = qn::Unread(request);
   if (unsent == 0) return 0;
+  if (!MaySend(ctx)) {
+    CountTry(ctx);
+    return -1;
+  }
   // The cursor moves by what was sent, so the rest of the chunk stays unread.
   const auto chunk = static_cast<int32_t>(std::min(unsent, static_cast<uint32_t>(kChunk)));
   if (unsent <= kChunk && request->cursor > 0) qn::HurryLastChunk(ctx->socket);
@@ -235,7 +248,8 @@ int32_t fnQNStack_Http_RecvConnectData(QNHttpCtx *ctx) {
 }
 
 int32_t fnQNStack_Http_Socket_SendData(QNHttpCtx *ctx, const void *bytes, int32_t count) {
-  return ctx == nullptr ? -1 : fnQN_Stack_SendData(ctx->socket, bytes, count);
+  if (ctx == nullptr || !MaySend(ctx)) return -1;
+  return fnQN_Stack_SendData(ctx->socket, bytes, count);
 }
 
 int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, int32_t capacity) {
