@@ -48,8 +48,8 @@ enum {
   QN_HTTP_RESOLVE_FAILED = -10, /**< no free socket slot, or the name has no address */
   QN_HTTP_CONNECT_FAILED = -11, /**< at the connect step: no free socket slot, or the slot's
                                      connection had failed before */
-  QN_HTTP_SEND_FAILED = -12,    /**< sending failed, or another context has taken the slot
-                                     since; a refused connection ends here too */
+  QN_HTTP_SEND_FAILED = -12,    /**< sending failed, the request cannot go out whole, or another
+                                     context has taken the slot; also a refused connection */
   QN_HTTP_RECEIVE_FAILED = -13, /**< receiving failed before any byte came */
   QN_HTTP_GIVEN_UP = -14        /**< more than 3000 calls in a row without progress */
 };
@@ -171,13 +171,15 @@ QN_API void fnQNStack_Http_Stop(QNHttpCtx *ctx);
  *   no number is 80.
  * - A '#' means nothing: the fragment behind it is sent with the path, and right
  *   after the host it becomes part of the host. Cut it off before the call.
+ * - A CR or LF in the host or the path would begin a further line of the request.
+ *   Such a request is not sent: it ends in #QN_HTTP_SEND_FAILED.
  *
  * @param url terminated string; copied.
  * @return a new context in state #QN_HTTP_NEW, owned by the caller and
  *         released with fnQNStack_Http_FreeCtx(); NULL for a NULL URL or when
  *         the heap refuses the context. If the heap refuses only a text of it,
- *         that text is NULL and shows as "(null)" in the request; a header line
- *         or body for which there is no memory is left out.
+ *         that text is NULL. A request is sent whole or not at all: without
+ *         memory for any part of it, it ends in #QN_HTTP_SEND_FAILED.
  */
 QN_API QNHttpCtx *fnQNStack_Http_Open_Get(const char *url);
 
@@ -234,10 +236,11 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Put(const char *url, const void *body, int
  * call may never return.
  *
  * @param host host to reach through the proxy; copied. With NULL the request
- *        names "(null)"; without a proxy the first Run() fails.
+ *        names "(null)"; without a proxy the first Run() fails. A host with a CR
+ *        or LF ends in #QN_HTTP_SEND_FAILED.
  * @param port its port.
  * @return a new context as from fnQNStack_Http_Open_Get(), also for a NULL host;
- *         NULL when the heap refuses.
+ *         NULL when the heap refuses the context or its host.
  */
 QN_API QNHttpCtx *fnQNStack_Http_Open_Connect(const char *host, int32_t port);
 
@@ -274,7 +277,9 @@ QN_API int32_t fnQNStack_Http_LoadReponseFromFile(QNHttpCtx *ctx, const char *na
  * the header table and the body are not cut.
  *
  * @param ctx the context.
- * @return 0; -1 for NULL.
+ * @return 0; -1, with nothing appended, for NULL and for a request that must not
+ *         be sent: the heap refused a part of it, a header that the table should
+ *         hold or the newest cookie, or a CR or LF stands in its host or path.
  */
 QN_API int32_t fnQNStack_Http_PrepareQuest(QNHttpCtx *ctx);
 
@@ -283,7 +288,8 @@ QN_API int32_t fnQNStack_Http_PrepareQuest(QNHttpCtx *ctx);
  * empty. Called by fnQNStack_Http_Run().
  *
  * @param ctx the context.
- * @return 0; -1 with nothing appended when no proxy is set or @p ctx is NULL.
+ * @return 0; -1 with nothing appended when no proxy is set, the heap refuses, a CR
+ *         or LF stands in the host, or @p ctx is NULL.
  */
 QN_API int32_t fnQNStack_Http_PrepareQuest_Connect(QNHttpCtx *ctx);
 

@@ -9,6 +9,7 @@
 
 #include "qn_owned.h"
 #include "qn_scan.h"
+#include "qn_stack_http_cookie_internal.h"
 #include "qn_stack_http_internal.h"
 #include "qn_stack_http_open_internal.h"
 #include "qn_stack_http_slot.h"
@@ -82,17 +83,24 @@ bool HasControlCharacter(std::string_view text) {
                      [](unsigned char c) { return c < ' ' || c == 0x7F; });
 }
 
-void TakeCookie(QNHttpCtx *ctx, const char *line) {
+// Stores the cookie of a line, if there is one; false when the heap refuses.
+bool StoreCookie(const QNHttpCtx &ctx, const char *line) {
   const char *cookie = fnQNStack_StrArraySkip(AfterColon(line), " \t");
   uint32_t position = 0;
   const qn::Owned<char> name(fnQNStack_StrArraySplit(cookie, "=", &position));
-  if (cookie[position] != '=') return;  // without '=' there is no cookie
+  if (name == nullptr) return false;
+  if (cookie[position] != '=') return true;  // without '=' there is no cookie
   ++position;
   const qn::Owned<char> value(fnQNStack_StrArraySplit(cookie, kCookieValueEnd, &position));
   const qn::Owned<char> path(CopyCookiePath(cookie + position));
-  if (name == nullptr || value == nullptr || path == nullptr) return;
-  if (HasControlCharacter(name.get()) || HasControlCharacter(value.get())) return;
-  fnQNStack_Http_Cookie_Set(name.get(), value.get(), ctx->hostname, path.get());
+  if (value == nullptr || path == nullptr) return false;
+  if (HasControlCharacter(name.get()) || HasControlCharacter(value.get())) return true;
+  fnQNStack_Http_Cookie_Set(name.get(), value.get(), ctx.hostname, path.get());
+  return !qn::http_cookie_refused;
+}
+
+void TakeCookie(QNHttpCtx *ctx, const char *line) {
+  if (!StoreCookie(*ctx, line)) qn::http_cookie_refused = true;
 }
 
 // What is done with a line that begins with a name, in upper or lower case;

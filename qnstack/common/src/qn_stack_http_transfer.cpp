@@ -94,11 +94,12 @@ int32_t Connect(QNHttpCtx *ctx) {
 }
 
 int32_t Compose(QNHttpCtx *ctx) {
-  if (IsTunnel(*ctx)) {
-    fnQNStack_Http_PrepareQuest_Connect(ctx);
-  } else {
-    fnQNStack_Http_PrepareQuest(ctx);
-  }
+  const bool tunnel = IsTunnel(*ctx);
+  const int32_t result =
+      tunnel ? fnQNStack_Http_PrepareQuest_Connect(ctx) : fnQNStack_Http_PrepareQuest(ctx);
+  // A tunnel without a proxy has no request and goes on to receiving.
+  const bool has_request = !tunnel || qn::http_proxy != nullptr;
+  if (result != 0 && has_request) return FailAndCount(ctx, QN_HTTP_SEND_FAILED);
   return Advance(ctx);
 }
 
@@ -149,9 +150,7 @@ int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
 int32_t ReceiveChunk(QNHttpCtx *ctx) {
   const int32_t received = fnQN_Stack_RecvData(ctx->socket, buffer, kChunk);
   if (received <= 0) return received;
-  const uint32_t before = ctx->recvBuf->total;
-  fnQN_MemBuffer_Write(ctx->recvBuf, buffer, received);
-  if (ctx->recvBuf->total == before) return kNoMemory;
+  if (!qn::WriteBytes(ctx->recvBuf, buffer, received)) return kNoMemory;
   ctx->tryCount = 0;
   return received;
 }
