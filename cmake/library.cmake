@@ -13,6 +13,7 @@ add_library(qnstack_core OBJECT
   qnstack/common/src/qn_stack_http_head.cpp
   qnstack/common/src/qn_stack_http_open.cpp
   qnstack/common/src/qn_stack_http_request.cpp
+  qnstack/common/src/qn_stack_http_slot.cpp
   qnstack/common/src/qn_stack_http_transfer.cpp
   qnstack/common/src/qn_stack_mem.cpp
   qnstack/common/src/qn_stack_membuffer.cpp

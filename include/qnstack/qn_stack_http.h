@@ -48,7 +48,8 @@ enum {
   QN_HTTP_RESOLVE_FAILED = -10, /**< no free socket slot, or the name has no address */
   QN_HTTP_CONNECT_FAILED = -11, /**< at the connect step: no free socket slot, or the slot's
                                      connection had failed before */
-  QN_HTTP_SEND_FAILED = -12,    /**< sending failed; a refused connection ends here too */
+  QN_HTTP_SEND_FAILED = -12,    /**< sending failed, the request cannot go out whole, or another
+                                     context has taken the slot; also a refused connection */
   QN_HTTP_RECEIVE_FAILED = -13, /**< receiving failed before any byte came */
   QN_HTTP_GIVEN_UP = -14        /**< more than 3000 calls in a row without progress */
 };
@@ -170,13 +171,15 @@ QN_API void fnQNStack_Http_Stop(QNHttpCtx *ctx);
  *   no number is 80.
  * - A '#' means nothing: the fragment behind it is sent with the path, and right
  *   after the host it becomes part of the host. Cut it off before the call.
+ * - A CR or LF in the host or the path would begin a further line of the request.
+ *   Such a request is not sent: it ends in #QN_HTTP_SEND_FAILED.
  *
  * @param url terminated string; copied.
  * @return a new context in state #QN_HTTP_NEW, owned by the caller and
  *         released with fnQNStack_Http_FreeCtx(); NULL for a NULL URL or when
  *         the heap refuses the context. If the heap refuses only a text of it,
- *         that text is NULL and shows as "(null)" in the request; a header line
- *         or body for which there is no memory is left out.
+ *         that text is NULL. A request is sent whole or not at all: without
+ *         memory for any part of it, it ends in #QN_HTTP_SEND_FAILED.
  */
 QN_API QNHttpCtx *fnQNStack_Http_Open_Get(const char *url);
 
@@ -233,10 +236,11 @@ QN_API QNHttpCtx *fnQNStack_Http_Open_Put(const char *url, const void *body, int
  * call may never return.
  *
  * @param host host to reach through the proxy; copied. With NULL the request
- *        names "(null)"; without a proxy the first Run() fails.
+ *        names "(null)"; without a proxy the first Run() fails. A host with a CR
+ *        or LF ends in #QN_HTTP_SEND_FAILED.
  * @param port its port.
  * @return a new context as from fnQNStack_Http_Open_Get(), also for a NULL host;
- *         NULL when the heap refuses.
+ *         NULL when the heap refuses the context or its host.
  */
 QN_API QNHttpCtx *fnQNStack_Http_Open_Connect(const char *host, int32_t port);
 
@@ -273,7 +277,9 @@ QN_API int32_t fnQNStack_Http_LoadReponseFromFile(QNHttpCtx *ctx, const char *na
  * the header table and the body are not cut.
  *
  * @param ctx the context.
- * @return 0; -1 for NULL.
+ * @return 0; -1, with nothing appended, for NULL and for a request that must not
+ *         be sent: the heap refused a part of it, a header that the table should
+ *         hold or the newest cookie, or a CR or LF stands in its host or path.
  */
 QN_API int32_t fnQNStack_Http_PrepareQuest(QNHttpCtx *ctx);
 
@@ -282,7 +288,8 @@ QN_API int32_t fnQNStack_Http_PrepareQuest(QNHttpCtx *ctx);
  * empty. Called by fnQNStack_Http_Run().
  *
  * @param ctx the context.
- * @return 0; -1 with nothing appended when no proxy is set or @p ctx is NULL.
+ * @return 0; -1 with nothing appended when no proxy is set, the heap refuses, a CR
+ *         or LF stands in the host, or @p ctx is NULL.
  */
 QN_API int32_t fnQNStack_Http_PrepareQuest_Connect(QNHttpCtx *ctx);
 
@@ -334,7 +341,9 @@ QN_API int32_t fnQNStack_Http_ReadRecvData(QNHttpCtx *ctx, void *destination, in
  * @param ctx the context, connected and composed.
  * @return 0 everything has been sent; -2 a chunk went out or must be tried
  *         again; -1 failed, with nothing lost from the request buffer, or
- *         @p ctx is NULL.
+ *         @p ctx is NULL. When another context has taken the slot since,
+ *         nothing is sent on it, and the state of a context that is under way is
+ *         then #QN_HTTP_SEND_FAILED.
  */
 QN_API int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx);
 
@@ -359,7 +368,9 @@ QN_API int32_t fnQNStack_Http_RecvConnectData(QNHttpCtx *ctx);
  * @param ctx the context.
  * @param bytes what to send.
  * @param count number of bytes.
- * @return as fnQN_Stack_SendData(); -1 for a NULL context.
+ * @return as fnQN_Stack_SendData(); -1 for a NULL context, and as
+ *         fnQNStack_Http_SendQuest() when another context has taken the slot
+ *         since.
  */
 QN_API int32_t fnQNStack_Http_Socket_SendData(QNHttpCtx *ctx, const void *bytes, int32_t count);
 
@@ -383,7 +394,8 @@ QN_API int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, 
  *   a header field without a blank behind its colon has no value, or the word
  *   that follows. "Content-Length:", "Set-Cookie:" and "Set-Cookie2:" are read
  *   from the colon on and need no blank.
- * - A "Set-Cookie:" without '=' stores nothing.
+ * - A "Set-Cookie:" without '=' stores nothing, nor does one whose name or value
+ *   holds a control character (a byte below 0x20, or 0x7F).
  * - "Location:" and "Content-Location:" replace `url` whatever the status; the
  *   last one counts. If the heap refuses the copy, `url` is NULL.
  * - A second "Content-Type:" line frees the first value and replaces it.

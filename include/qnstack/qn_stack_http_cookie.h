@@ -20,7 +20,9 @@ QN_BEGIN_DECLS
  */
 
 /**
- * Stores a cookie; all strings are copied.
+ * Stores a cookie; all strings are copied. When the heap refuses, the cookie is
+ * not stored, and the next request fails with #QN_HTTP_SEND_FAILED rather than
+ * go out without it, unless a cookie has been stored before.
  *
  * A stored cookie is replaced (its value alone, in place) when the names are
  * equal and both domain and path differ. A cookie set again for the same

@@ -27,7 +27,9 @@ QN_BEGIN_DECLS
  * @param value the value; it is copied, NULL as an empty string, and may be
  *        one that fnQNStack_Http_Head_Read() gave. Values go out as they are: a
  *        line end in one begins a further header line. When the heap refuses,
- *        the table stays as it is.
+ *        the table stays as it is; if the name is one that is sent, requests then
+ *        end in #QN_HTTP_SEND_FAILED until a value is stored under it or the
+ *        table is freed.
  */
 QN_API void fnQNStack_Http_Head_Write(const char *name, const char *value);
 

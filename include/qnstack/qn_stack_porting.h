@@ -64,7 +64,8 @@ QN_API void fnQN_Stack_SocketUNInit(void);
 QN_API int32_t fnQN_Stack_GetHostByName(int32_t slot, const char *name, int32_t port);
 
 /**
- * Makes a socket and takes the lowest free slot for it.
+ * Makes a socket and takes the lowest free slot for it. Its descriptor is above
+ * 2, also where a standard stream is closed, and is closed on exec.
  *
  * @return the slot, 1 to 19, also when the platform refused the socket (the
  *         slot's `fd` is then -1 and its first use fails); 0 when all are

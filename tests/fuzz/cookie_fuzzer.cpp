@@ -45,6 +45,11 @@ bool IsText(const char *stored, const Text &text) {
 
 bool Differ(const Text &a, const Text &b) { return !a || !b || *a != *b; }
 
+bool HoldsControl(const std::string &text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](unsigned char c) { return c < ' ' || c == 0x7F; });
+}
+
 class JarAndModel {
  public:
   JarAndModel() { fnQNStack_Http_Cookie_FreeAll(); }
@@ -117,13 +122,16 @@ class JarAndModel {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos) return;
     const std::size_t end = std::min(text.find_first_of(" ;\t", equals + 1), text.size());
+    const std::string name = text.substr(0, equals);
+    const std::string content = text.substr(equals + 1, end - equals - 1);
+    if (HoldsControl(name) || HoldsControl(content)) return;
     std::string path = "/";
     const std::size_t attribute = text.find("Path=", end);
     if (attribute != std::string::npos) {
       path = text.substr(attribute + 5);
       path = path.substr(0, path.find_first_of(" ;\t"));
     }
-    SetInModel({text.substr(0, equals), text.substr(equals + 1, end - equals - 1), host, path});
+    SetInModel({name, content, host, path});
   }
 
   std::deque<Cookie> model_;

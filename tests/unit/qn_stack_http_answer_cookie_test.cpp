@@ -105,6 +105,33 @@ TEST_F(QnStackHttpAnswerCookie, ValueRunsToBlankSemicolonOrTab) {
   });
 }
 
+// A line end in it would begin a further line of the next request.
+TEST_F(QnStackHttpAnswerCookie, ControlCharacterInItsNameOrValueStoresNothing) {
+  std::string controls = "\x7f";
+  for (char c = 1; c < ' '; ++c) controls += c;
+  for (const char control : controls) {
+    SCOPED_TRACE(static_cast<int>(control));
+    ParseLines(std::string("Set-Cookie: a") + control + "b=1");
+    // A tab ends the value.
+    if (control != '\t') ParseLines(std::string("Set-Cookie: a=1") + control + "X: 2");
+    EXPECT_THAT(CookiesInJar(), IsEmpty());
+  }
+}
+
+TEST_F(QnStackHttpAnswerCookie, ControlCharacterBehindTheValueDoesNotMatter) {
+  ExpectStored({{"Set-Cookie: a=1;\x01 Path=/m\n", "a", "1", "/m\n"}});
+}
+
+TEST_F(QnStackHttpAnswerCookie, BytesAboveTheControlCharactersAreStored) {
+  ExpectStored({{"Set-Cookie: \x80\xff ~=!\xc3\xa4~", "\x80\xff ~", "!\xc3\xa4~", "/"}});
+}
+
+TEST_F(QnStackHttpAnswerCookie, RefusedOneLeavesTheOthers) {
+  ParseLines("Set-Cookie: a=1\r\nSet-Cookie: b=1\nX: y\r\nSet-Cookie: c=3");
+  EXPECT_THAT(CookiesInJar(), ElementsAre(StoredCookie{"c", "3", AnswerContext::kHost, "/"},
+                                          StoredCookie{"a", "1", AnswerContext::kHost, "/"}));
+}
+
 TEST_F(QnStackHttpAnswerCookie, PathIsSearchedBehindTheValue) {
   ExpectStored({
       {"Set-Cookie: a=1; Path=/m", "a", "1", "/m"},

@@ -80,6 +80,23 @@ TEST_F(QnStackHttpCookieLine, IsWholeOrMissingWhereTheBufferHasRoom) {
   }
 }
 
+TEST_F(QnStackHttpCookieLine, IsWholeOrMissingWhereTheBufferGrows) {
+  fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
+  for (int refused = 1, refusals = 1; refusals > 0; ++refused) {
+    SCOPED_TRACE(refused);
+    Buffer buffer(4);
+    buffer.Write("GET ");
+    {
+      const FailingHeap heap(refused);
+      fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
+      refusals = heap.Refusals();
+    }
+
+    const std::string lines = refusals > 0 ? "" : "Cookie: sid=abc\r\nCookie2: \"1\"\r\n";
+    EXPECT_EQ(buffer.Fields().held, "GET " + lines);
+  }
+}
+
 TEST_F(QnStackHttpCookieLine, GoesToTheCookiesOwnHostAlone) {
   fnQNStack_Http_Cookie_Set("sid", "abc", "host.test", "/");
 

@@ -101,6 +101,27 @@ TEST_F(QnStackHttpReceive, ErrorAfterDataThatWasTakenIsTheEndToo) {
   EXPECT_EQ(RunStep(ctx), (Outcome{0, 5, 1, -1, ""}));
 }
 
+// The count of all bytes that came is 0 again at that point.
+TEST_F(QnStackHttpReceive, ErrorAfterExactlyFourGigabytesIsTheEndToo) {
+  const Context ctx = OpenSent();
+  ctx->recvBuf->total = UINT32_MAX - 2;
+  network_.Script("recv", {Deliver("abc"), FailWith(ECONNRESET)});
+
+  EXPECT_EQ(RunStep(ctx), (Outcome{0, 5, 1, -1, "socket 1 recv len:3"}));
+
+  EXPECT_EQ(ctx->recvBuf->total, 0u);
+  EXPECT_EQ(UnreadOf(ctx->recvBuf), "abc");
+}
+
+TEST_F(QnStackHttpReceive, ErrorAfterFourGigabytesThatWereTakenIsTheEndToo) {
+  Context ctx = OpenReceiving("abc");
+  ctx->recvBuf->total = 0;
+  char taken[3];
+  fnQN_MemBuffer_Read(ctx->recvBuf, taken, 3);
+  network_.Script("recv", FailWith(ECONNRESET));
+  EXPECT_EQ(RunStep(ctx), (Outcome{0, 5, 1, -1, ""}));
+}
+
 TEST_F(QnStackHttpReceive, OtherNegativeResultsAreErrorsToo) {
   SocketLayerFaults faults;
   faults.receive = {-4};

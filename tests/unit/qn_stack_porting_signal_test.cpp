@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Guards what the socket layer keeps away from the application: the signal that
-// sending to a peer that is gone raises, and descriptor 0 as a socket.
+// sending to a peer that is gone raises.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <functional>
 
 #include "qnstack/qn_stack_porting.h"
 #include "support/network_faults.h"
@@ -206,69 +203,6 @@ TEST_F(QnStackBrokenPipe, SignalInterruptsAReceiveWithMinusOne) {
   EXPECT_EQ(result, -1);
   EXPECT_EQ(error, EINTR);
   EXPECT_GT(qntest::SignalTimer::Count(), 0);
-}
-
-// Runs a check in a child of its own; its result is the child's exit code.
-int InChild(const std::function<int()> &check) {
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(10);
-    _exit(check());
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-TEST(QnStackDescriptorZero, SocketIsMovedAndZeroIsFreeAgain) {
-  const int result = InChild([] {
-    close(STDIN_FILENO);
-    if (fnQN_Stack_CreateSocket() != 1) return 1;
-    int type = 0;
-    socklen_t length = sizeof type;
-    const int fd = socket_list[1].fd;
-    if (fd <= 0) return 2;
-    if (getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &length) != 0 || type != SOCK_STREAM) return 3;
-    if (dup(fd) != STDIN_FILENO) return 4;
-    return 0;
-  });
-  EXPECT_EQ(result, 0);
-}
-
-TEST(QnStackDescriptorZero, SlotIsTakenLikeAnyOther) {
-  const int result = InChild([] {
-    close(STDIN_FILENO);
-    fnQN_Stack_CreateSocket();
-    return fnQN_Stack_CreateSocket() == 2 ? 0 : 1;
-  });
-  EXPECT_EQ(result, 0);
-}
-
-TEST(QnStackDescriptorZero, TwentiethLeavesZeroFree) {
-  const int result = InChild([] {
-    SlotTable::TakeAll();
-    close(STDIN_FILENO);
-    if (fnQN_Stack_CreateSocket() != 0) return 1;
-    return dup(STDOUT_FILENO) == STDIN_FILENO ? 0 : 2;
-  });
-  EXPECT_EQ(result, 0);
-}
-
-TEST(QnStackDescriptorZero, SocketThatCannotBeMovedCountsAsRefused) {
-  const int result = InChild([] {
-    // Every number but 0 is taken or beyond the limit.
-    rlimit few = {};
-    getrlimit(RLIMIT_NOFILE, &few);
-    few.rlim_cur = 64;
-    if (setrlimit(RLIMIT_NOFILE, &few) != 0) return 1;
-    while (dup(STDOUT_FILENO) >= 0) {
-    }
-    close(STDIN_FILENO);
-    if (fnQN_Stack_CreateSocket() != 1) return 2;
-    if (socket_list[1].fd != -1) return 3;
-    return dup(STDOUT_FILENO) == STDIN_FILENO ? 0 : 4;
-  });
-  EXPECT_EQ(result, 0);
 }
 
 }  // namespace

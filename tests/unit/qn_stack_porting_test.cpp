@@ -7,10 +7,12 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <cerrno>
 #include <climits>
 #include <iterator>
+#include <string>
 #include <vector>
 
 #include "qn_stack_porting_internal.h"
@@ -71,7 +73,7 @@ TEST_F(QnStackSocketInit, SlotsCanBeUsedWithoutAStart) {
 TEST_F(QnStackCreateSocket, AsksForAnIpv4StreamSocket) {
   fnQN_Stack_CreateSocket();
   ASSERT_THAT(network_.Names(), ElementsAre("socket"));
-  EXPECT_EQ(network_.Calls()[0].text, "2,1,0");
+  EXPECT_EQ(network_.Calls()[0].text, "2," + std::to_string(1 | SOCK_CLOEXEC) + ",0");
 }
 
 TEST_F(QnStackCreateSocket, HandsOutOneToNineteenInOrder) {

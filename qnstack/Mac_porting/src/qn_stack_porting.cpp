@@ -31,12 +31,19 @@ constexpr int32_t kConnecting = -2;
 
 bool IsSlot(int32_t slot) { return slot >= kFirstSlot && slot <= kLastSlot; }
 
-// A socket that got descriptor 0, which means a free slot, moves to another.
-int MoveOffZero(int fd) {
-  if (fd != 0) return fd;
-  const int moved = fcntl(fd, F_DUPFD, 1);
+// A socket that got the descriptor of a standard stream moves to another:
+// descriptor 0 means a free slot, and what a program prints to its standard
+// output or error would go to the peer.
+int MoveAboveStandardStreams(int fd) {
+  if (fd < 0 || fd > STDERR_FILENO) return fd;
+  const int moved = fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   close(fd);
   return moved;
+}
+
+// A socket that programs started by the application do not inherit, or -1.
+int OpenSocket() {
+  return MoveAboveStandardStreams(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
 }
 
 void CloseDescriptor(int fd) {
@@ -93,7 +100,7 @@ int32_t fnQN_Stack_GetHostByName(int32_t slot, const char *name, int32_t port) {
 }
 
 int32_t fnQN_Stack_CreateSocket(void) {
-  const int fd = MoveOffZero(socket(AF_INET, SOCK_STREAM, 0));
+  const int fd = OpenSocket();
   for (int32_t slot = kFirstSlot; slot <= kLastSlot; ++slot) {
     if (socket_list[slot].fd != 0) continue;
     socket_list[slot] = QNSocketSlot{fd, 0, 0, kNotConnected};

@@ -6,6 +6,7 @@
 
 #include "qn_owned.h"
 #include "qn_stack_http_internal.h"
+#include "qn_stack_http_slot.h"
 #include "qnstack/qn_stack_http_cookie.h"
 #include "qnstack/qn_stack_http_head.h"
 #include "qnstack/qn_stack_porting.h"
@@ -71,7 +72,7 @@ void fnQNStack_Http_FreeCtx(QNHttpCtx *ctx) {
        {&ctx->url, &ctx->hostname, &ctx->path, &ctx->method, &ctx->contentType, &ctx->retCtxType}) {
     fnQN_Free(text);
   }
-  if (ctx->socket >= 0) fnQN_Stack_CloseSocket(ctx->socket);
+  if (ctx->socket >= 0) qn::CloseSlot(ctx->socket);
   fnQN_MemBuffer_Free(ctx->sendBuf);
   fnQN_MemBuffer_Free(ctx->recvBuf);
   fnQN_Free(&ctx);
@@ -84,7 +85,7 @@ void fnQNStack_Http_Stop(QNHttpCtx *ctx) {
   ctx->state = QN_HTTP_STOPPED;
   gCtx = nullptr;
   if (ctx->socket > 0) {
-    fnQN_Stack_CloseSocket(ctx->socket);
+    qn::CloseSlot(ctx->socket);
     ctx->socket = kNoSocket;
   }
 }

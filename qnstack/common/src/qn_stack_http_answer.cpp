@@ -2,20 +2,22 @@
 // Responses: the header is parsed line by line as it comes in, cookies go to
 // the jar, redirects start the context anew, and body bytes are handed out to
 // the application.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
 
 #include "qn_owned.h"
 #include "qn_scan.h"
+#include "qn_stack_http_cookie_internal.h"
 #include "qn_stack_http_internal.h"
 #include "qn_stack_http_open_internal.h"
+#include "qn_stack_http_slot.h"
 #include "qn_stack_membuffer_internal.h"
 #include "qn_stack_trace.h"
 #include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_http_cookie.h"
-#include "qnstack/qn_stack_porting.h"
 #include "qnstack/qn_stack_tools.h"
 
 namespace {
@@ -75,16 +77,30 @@ char *CopyCookiePath(const char *attributes) {
   return fnQNStack_StrArraySplit(path, kCookieValueEnd, &position);
 }
 
-void TakeCookie(QNHttpCtx *ctx, const char *line) {
+// A line end among these would begin a further line of the next request.
+bool HasControlCharacter(std::string_view text) {
+  return std::any_of(text.begin(), text.end(),
+                     [](unsigned char c) { return c < ' ' || c == 0x7F; });
+}
+
+// Stores the cookie of a line, if there is one; false when the heap refuses.
+bool StoreCookie(const QNHttpCtx &ctx, const char *line) {
   const char *cookie = fnQNStack_StrArraySkip(AfterColon(line), " \t");
   uint32_t position = 0;
   const qn::Owned<char> name(fnQNStack_StrArraySplit(cookie, "=", &position));
-  if (cookie[position] != '=') return;  // without '=' there is no cookie
+  if (name == nullptr) return false;
+  if (cookie[position] != '=') return true;  // without '=' there is no cookie
   ++position;
   const qn::Owned<char> value(fnQNStack_StrArraySplit(cookie, kCookieValueEnd, &position));
   const qn::Owned<char> path(CopyCookiePath(cookie + position));
-  if (name == nullptr || value == nullptr || path == nullptr) return;
-  fnQNStack_Http_Cookie_Set(name.get(), value.get(), ctx->hostname, path.get());
+  if (value == nullptr || path == nullptr) return false;
+  if (HasControlCharacter(name.get()) || HasControlCharacter(value.get())) return true;
+  fnQNStack_Http_Cookie_Set(name.get(), value.get(), ctx.hostname, path.get());
+  return !qn::http_cookie_refused;
+}
+
+void TakeCookie(QNHttpCtx *ctx, const char *line) {
+  if (!StoreCookie(*ctx, line)) qn::http_cookie_refused = true;
 }
 
 // What is done with a line that begins with a name, in upper or lower case;
@@ -140,7 +156,7 @@ int32_t Redirect(QNHttpCtx *ctx) {
   ctx->method = fnQNStack_StrDup("GET");
   ctx->contentLen = 0;
   if (ctx->socket > 0) {
-    fnQN_Stack_CloseSocket(ctx->socket);
+    qn::CloseSlot(ctx->socket);
     ctx->socket = -1;
   }
   ctx->state = QN_HTTP_NEW;

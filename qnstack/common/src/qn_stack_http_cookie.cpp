@@ -28,21 +28,24 @@ void DropOldest() {
   qn::FreeCookie(&oldest);
 }
 
-void AddNewest(const qn::HttpCookie &cookie) {
+// Adds a copy of the cookie in front; false when the heap refuses.
+bool AddNewest(const qn::HttpCookie &cookie) {
   auto *added = qn::NewRecord<qn::HttpCookie>();
-  if (added == nullptr) return;
+  if (added == nullptr) return false;
   if (!Store(added->name, cookie.name) || !Store(added->value, cookie.value) ||
       !Store(added->domain, cookie.domain) || !Store(added->path, cookie.path) ||
       fnQNList_AddFront(qn::http_cookie_list, added) == nullptr) {
     qn::FreeCookie(&added);
-    return;
+    return false;
   }
   if (fnQNList_GetCount(qn::http_cookie_list) > kMostCookies) DropOldest();
+  return true;
 }
 
 }  // namespace
 
 QNList *qn::http_cookie_list = nullptr;
+bool qn::http_cookie_refused = false;
 
 int qn::CompareCookies(const void *key, const void *stored) {
   const auto *a = static_cast<const HttpCookie *>(key);
@@ -70,31 +73,33 @@ void fnQNStack_Http_Cookie_Set(const char *name, const char *value, const char *
                                  const_cast<char *>(domain), const_cast<char *>(path)};
   auto *match = static_cast<qn::HttpCookie *>(
       fnQNList_GetData(fnQNList_CompareFind(qn::http_cookie_list, &cookie, qn::CompareCookies)));
-  if (match == nullptr) {
-    AddNewest(cookie);
-    return;
-  }
-  Store(match->value, value);
+  const bool stored = match == nullptr ? AddNewest(cookie) : Store(match->value, value);
+  qn::http_cookie_refused = !stored;
 }
 
-void fnQNStack_Http_Cookie_AddToHead(QNMemBuffer *buffer, const char *host) {
-  if (buffer == nullptr) return;
-  const auto *newest = static_cast<const qn::HttpCookie *>(
-      fnQNList_GetData(fnQNList_BeginIter(qn::http_cookie_list)));
-  if (newest == nullptr || fnQN_STRCMP(newest->domain, host) != 0) return;
+bool qn::WriteCookie(QNMemBuffer *buffer, const char *host) {
+  const auto *newest =
+      static_cast<const HttpCookie *>(fnQNList_GetData(fnQNList_BeginIter(http_cookie_list)));
+  if (newest == nullptr || fnQN_STRCMP(newest->domain, host) != 0) return true;
   const uint32_t before = buffer->total;
-  fnQN_MemBuffer_Printf(buffer, "Cookie: %s=%s", newest->name, newest->value);
-  // If the heap refused the line, a line end alone would end the header.
-  if (buffer->total == before) return;
   // The cookie may be cut at 2047 bytes, so its line end is written separately.
-  qn::WriteText(buffer, qn::kLineEnd);
   // In RFC 2965, section 3.3.5, the field Cookie2 with the value $Version="1"
   // tells a server which version of cookies the client understands. This client
   // sends it behind every cookie, without "$Version=": servers always saw it so.
-  qn::WriteText(buffer, "Cookie2: \"1\"\r\n");
+  const bool written = WriteFormatted(buffer, "Cookie: %s=%s", newest->name, newest->value) &&
+                       WriteText(buffer, kLineEnd) && WriteText(buffer, "Cookie2: \"1\"\r\n");
+  // A part of the lines would spoil the next line, and a line end alone would
+  // end the header.
+  if (!written) TakeBack(buffer, before);
+  return written;
+}
+
+void fnQNStack_Http_Cookie_AddToHead(QNMemBuffer *buffer, const char *host) {
+  if (buffer != nullptr) qn::WriteCookie(buffer, host);
 }
 
 void fnQNStack_Http_Cookie_FreeAll(void) {
+  qn::http_cookie_refused = false;
   if (qn::http_cookie_list == nullptr) return;
   fnQNList_Clear(qn::http_cookie_list, qn::FreeCookie);
   fnQN_Free(&qn::http_cookie_list);

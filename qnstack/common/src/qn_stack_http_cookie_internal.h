@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-// What the tests of the cookie jar reach besides its exported functions.
+// What the HTTP client and the tests of the cookie jar use of it besides its
+// exported functions.
 #ifndef QNSTACK_QN_STACK_HTTP_COOKIE_INTERNAL_H
 #define QNSTACK_QN_STACK_HTTP_COOKIE_INTERNAL_H
 
 #include "qnstack/qn_list.h"
+#include "qnstack/qn_stack_membuffer.h"
 
 namespace qn {
 
@@ -18,6 +20,13 @@ struct HttpCookie {
 // The jar, newest cookie first; null until the first one is set and after it
 // was freed.
 extern QNList *http_cookie_list;
+
+// Whether the heap refused the newest cookie, so that the next request would go
+// out without it. That request fails instead and clears this.
+extern bool http_cookie_refused;
+
+// fnQNStack_Http_Cookie_AddToHead() that tells whether the heap refused a line.
+bool WriteCookie(QNMemBuffer *buffer, const char *host);
 
 // 0 when the names are equal and both domain and path differ, else 1.
 int CompareCookies(const void *key, const void *stored);

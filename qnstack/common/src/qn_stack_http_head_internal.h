@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the tests of the request header table reach besides its exported
-// functions.
+// What the composer of requests and the tests of the request header table use
+// of it besides its exported functions.
 #ifndef QNSTACK_QN_STACK_HTTP_HEAD_INTERNAL_H
 #define QNSTACK_QN_STACK_HTTP_HEAD_INTERNAL_H
 
@@ -15,6 +15,10 @@ struct HttpHeadEntry {
 
 // The table; null until the first write and after it was freed.
 extern QNList *http_head_list;
+
+// Whether the heap refused the value that was written last under this name, one
+// of the default headers. The table then holds the value before it, or none.
+bool IsHeadRefused(const char *name);
 
 // Compares the names of two entries, with their case.
 int CompareHeadNames(const void *key, const void *stored);

@@ -9,6 +9,7 @@
 #include "qn_scan.h"
 #include "qn_stack_http_internal.h"
 #include "qn_stack_http_open_internal.h"
+#include "qn_stack_membuffer_internal.h"
 #include "qnstack/qn_fs_file.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_tools.h"
@@ -45,9 +46,7 @@ int32_t AppendFile(QNMemBuffer *buffer, const char *name) {
   int32_t count = 0;
   if (area != nullptr) fnQNFS_ReadFromFile(name, kMostLoadedBytes, area.get(), &count);
   if (count < 1) return -1;
-  const uint32_t before = buffer->total;
-  fnQN_MemBuffer_Write(buffer, area.get(), std::min(count, kMostLoadedBytes));
-  return buffer->total == before ? -1 : 0;
+  return qn::WriteBytes(buffer, area.get(), std::min(count, kMostLoadedBytes)) ? 0 : -1;
 }
 
 }  // namespace
@@ -94,7 +93,10 @@ QNHttpCtx *fnQNStack_Http_Open_Connect(const char *host, int32_t port) {
   ctx->method = fnQNStack_StrDup("CONNECT");
   ctx->hostname = fnQNStack_StrDup(host);
   ctx->port = port;
-  return ctx;
+  // Without its host it would ask for the one named "(null)".
+  if (host == nullptr || ctx->hostname != nullptr) return ctx;
+  fnQNStack_Http_FreeCtx(ctx);
+  return nullptr;
 }
 
 int32_t fnQNStack_Http_LoadHeadFromFile(QNHttpCtx *ctx, const char *name) {

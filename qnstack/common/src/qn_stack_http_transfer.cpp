@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "qn_stack_http_internal.h"
+#include "qn_stack_http_slot.h"
 #include "qn_stack_membuffer_internal.h"
 #include "qn_stack_porting_internal.h"
 #include "qn_stack_trace.h"
@@ -36,6 +37,10 @@ void CountTry(QNHttpCtx *ctx) {
   ctx->tryCount = static_cast<int32_t>(static_cast<uint32_t>(ctx->tryCount) + 1);
 }
 
+bool IsUnderWay(const QNHttpCtx &ctx) {
+  return ctx.state >= QN_HTTP_NEW && ctx.state <= QN_HTTP_RECEIVING;
+}
+
 bool IsTunnel(const QNHttpCtx &ctx) { return fnQN_STRCMP(ctx.method, "CONNECT") == 0; }
 
 int32_t Advance(QNHttpCtx *ctx) {
@@ -52,7 +57,7 @@ int32_t FailAndCount(QNHttpCtx *ctx, int32_t state) {
 // Makes a socket unless the context has one; false when all slots are taken.
 bool EnsureSocket(QNHttpCtx *ctx) {
   if (ctx->socket > 0) return true;
-  ctx->socket = fnQN_Stack_CreateSocket();
+  qn::TakeSlot(ctx);
   qn::Trace("create socket %d", ctx->socket);
   if (ctx->socket <= 0) return false;
   fnQN_Stack_SetNoBlock();
@@ -75,7 +80,7 @@ int32_t Connect(QNHttpCtx *ctx) {
   const int32_t result = fnQN_Stack_Connect(ctx->socket);
   qn::Trace("connet socket:%d result:%d", ctx->socket, result);
   if (result == 0) {
-    fnQN_Stack_CloseSocket(ctx->socket);
+    qn::CloseSlot(ctx->socket);
     ctx->socket = 0;
     return FailAndCount(ctx, QN_HTTP_CONNECT_FAILED);
   }
@@ -89,12 +94,21 @@ int32_t Connect(QNHttpCtx *ctx) {
 }
 
 int32_t Compose(QNHttpCtx *ctx) {
-  if (IsTunnel(*ctx)) {
-    fnQNStack_Http_PrepareQuest_Connect(ctx);
-  } else {
-    fnQNStack_Http_PrepareQuest(ctx);
-  }
+  const bool tunnel = IsTunnel(*ctx);
+  const int32_t result =
+      tunnel ? fnQNStack_Http_PrepareQuest_Connect(ctx) : fnQNStack_Http_PrepareQuest(ctx);
+  // A tunnel without a proxy has no request and goes on to receiving.
+  const bool has_request = !tunnel || qn::http_proxy != nullptr;
+  if (result != 0 && has_request) return FailAndCount(ctx, QN_HTTP_SEND_FAILED);
   return Advance(ctx);
+}
+
+// Whether a context may send on its slot. If another context has taken the slot
+// since, the bytes would reach that one's peer, so sending fails for good.
+bool MaySend(QNHttpCtx *ctx) {
+  if (!qn::IsSlotOfAnother(*ctx)) return true;
+  if (IsUnderWay(*ctx)) ctx->state = QN_HTTP_SEND_FAILED;
+  return false;
 }
 
 int32_t Send(QNHttpCtx *ctx) {
@@ -103,6 +117,10 @@ int32_t Send(QNHttpCtx *ctx) {
   if (result == -1) ctx->state = QN_HTTP_SEND_FAILED;
   return result;
 }
+
+// Whether nothing of the response has come. The count of all bytes that came is
+// 0 again after 4 GB, when the buffer holds some of them, read or unread.
+bool IsEmpty(const QNMemBuffer &response) { return response.total == 0 && response.length == 0; }
 
 // Waits or ends after a receive that brought nothing. `result` is what the
 // socket layer gave, or kNoMemory.
@@ -114,12 +132,12 @@ int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
   }
   if (result == 0) {
     // The context keeps the slot's number, though the slot is free from now on.
-    fnQN_Stack_CloseSocket(ctx->socket);
-  } else if (ctx->recvBuf->total == 0) {
+    qn::CloseSlot(ctx->socket);
+  } else if (IsEmpty(*ctx->recvBuf)) {
     ctx->state = QN_HTTP_RECEIVE_FAILED;
     return -1;
   } else {
-    fnQN_Stack_CloseSocket(ctx->socket);
+    qn::CloseSlot(ctx->socket);
     ctx->socket = -1;
   }
   ctx->state = QN_HTTP_COMPLETE;
@@ -132,9 +150,7 @@ int32_t EndReceiving(QNHttpCtx *ctx, int32_t result) {
 int32_t ReceiveChunk(QNHttpCtx *ctx) {
   const int32_t received = fnQN_Stack_RecvData(ctx->socket, buffer, kChunk);
   if (received <= 0) return received;
-  const uint32_t before = ctx->recvBuf->total;
-  fnQN_MemBuffer_Write(ctx->recvBuf, buffer, received);
-  if (ctx->recvBuf->total == before) return kNoMemory;
+  if (!qn::WriteBytes(ctx->recvBuf, buffer, received)) return kNoMemory;
   ctx->tryCount = 0;
   return received;
 }
@@ -159,10 +175,6 @@ int32_t Receive(QNHttpCtx *ctx) {
 // One step per state, in the order of the states from QN_HTTP_NEW on.
 using Step = int32_t (*)(QNHttpCtx *ctx);
 constexpr Step kSteps[] = {Resolve, Connect, Compose, Send, Receive};
-
-bool IsUnderWay(const QNHttpCtx &ctx) {
-  return ctx.state >= QN_HTTP_NEW && ctx.state <= QN_HTTP_RECEIVING;
-}
 
 }  // namespace
 
@@ -205,6 +217,10 @@ int32_t fnQNStack_Http_SendQuest(QNHttpCtx *ctx) {
   QNMemBuffer *request = ctx->sendBuf;
   const uint32_t unsent = qn::Unread(request);
   if (unsent == 0) return 0;
+  if (!MaySend(ctx)) {
+    CountTry(ctx);
+    return -1;
+  }
   // The cursor moves by what was sent, so the rest of the chunk stays unread.
   const auto chunk = static_cast<int32_t>(std::min(unsent, static_cast<uint32_t>(kChunk)));
   if (unsent <= kChunk && request->cursor > 0) qn::HurryLastChunk(ctx->socket);
@@ -231,7 +247,8 @@ int32_t fnQNStack_Http_RecvConnectData(QNHttpCtx *ctx) {
 }
 
 int32_t fnQNStack_Http_Socket_SendData(QNHttpCtx *ctx, const void *bytes, int32_t count) {
-  return ctx == nullptr ? -1 : fnQN_Stack_SendData(ctx->socket, bytes, count);
+  if (ctx == nullptr || !MaySend(ctx)) return -1;
+  return fnQN_Stack_SendData(ctx->socket, bytes, count);
 }
 
 int32_t fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, int32_t capacity) {

@@ -66,10 +66,37 @@ bool HoldsPiece(const QNMemBuffer &buffer, const void *bytes) {
 
 uint32_t qn::Unread(const QNMemBuffer *buffer) { return buffer->length - buffer->cursor; }
 
-void qn::WriteText(QNMemBuffer *buffer, const char *text) {
+bool qn::WriteBytes(QNMemBuffer *buffer, const void *bytes, int32_t count) {
+  if (buffer == nullptr || count < 0 || (bytes == nullptr && count > 0)) return false;
+  const auto size = static_cast<uint32_t>(count);
+  if (HoldsPiece(*buffer, bytes)) {
+    const Owned<char> copy(CopyText({static_cast<const char *>(bytes), size}));
+    return copy != nullptr && WriteBytes(buffer, copy.get(), count);
+  }
+  if (!Reserve(buffer, count)) return false;
+  Compact(buffer);
+  std::copy_n(static_cast<const char *>(bytes), size, buffer->data + buffer->length);
+  buffer->length += size;
+  buffer->data[buffer->length] = '\0';
+  buffer->total += size;
+  return true;
+}
+
+bool qn::WriteText(QNMemBuffer *buffer, const char *text) {
   const std::size_t size = std::strlen(text);
-  if (size > std::numeric_limits<int32_t>::max()) return;
-  fnQN_MemBuffer_Write(buffer, text, static_cast<int32_t>(size));
+  if (size > std::numeric_limits<int32_t>::max()) return false;
+  return WriteBytes(buffer, text, static_cast<int32_t>(size));
+}
+
+bool qn::WriteItem(QNMemBuffer *buffer, const char *name, const char *value) {
+  return WriteText(buffer, name) && WriteText(buffer, value) && WriteText(buffer, kLineEnd);
+}
+
+void qn::TakeBack(QNMemBuffer *buffer, uint32_t total) {
+  if (buffer->total == total) return;
+  buffer->length -= buffer->total - total;
+  buffer->data[buffer->length] = '\0';
+  buffer->total = total;
 }
 
 QNMemBuffer *fnQN_MemBuffer_New(uint32_t capacity) {
@@ -88,19 +115,7 @@ void fnQN_MemBuffer_Free(QNMemBuffer *buffer) {
 }
 
 void fnQN_MemBuffer_Write(QNMemBuffer *buffer, const void *bytes, int32_t count) {
-  if (buffer == nullptr || count < 0 || (bytes == nullptr && count > 0)) return;
-  const auto size = static_cast<uint32_t>(count);
-  if (HoldsPiece(*buffer, bytes)) {
-    const qn::Owned<char> copy(qn::CopyText({static_cast<const char *>(bytes), size}));
-    if (copy != nullptr) fnQN_MemBuffer_Write(buffer, copy.get(), count);
-    return;
-  }
-  if (!Reserve(buffer, count)) return;
-  Compact(buffer);
-  std::copy_n(static_cast<const char *>(bytes), size, buffer->data + buffer->length);
-  buffer->length += size;
-  buffer->data[buffer->length] = '\0';
-  buffer->total += size;
+  qn::WriteBytes(buffer, bytes, count);
 }
 
 int32_t fnQN_MemBuffer_Read(QNMemBuffer *buffer, void *destination, int32_t count) {
@@ -153,9 +168,7 @@ void fnQN_MemBuffer_WriteItem(QNMemBuffer *buffer, const char *name, const char 
     fnQN_MemBuffer_WriteItem(buffer, name_copy.get(), value_copy.get());
     return;
   }
-  qn::WriteText(buffer, name);
-  qn::WriteText(buffer, value);
-  qn::WriteText(buffer, qn::kLineEnd);
+  qn::WriteItem(buffer, name, value);
 }
 
 char *fnQN_MemBufer_ClearContent(QNMemBuffer *buffer) {
