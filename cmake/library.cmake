@@ -42,12 +42,15 @@ add_library(qnstack_core OBJECT
 # The file ports: same names, one is linked.
 add_library(qnstack_port_inert OBJECT
   qnstack/qnfs/Mac_porting/src/qn_fs_file.cpp
+  qnstack/qnfs/common/src/qn_fs_backup.cpp
   qnstack/qnfs/common/src/qn_fs_file_port.cpp)
 add_library(qnstack_port_posix OBJECT
   qnstack/qnfs/Posix_porting/src/qn_fs_beneath.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_descriptor.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_file.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_replacement.cpp
+  qnstack/qnfs/Posix_porting/src/qn_fs_store.cpp
+  qnstack/qnfs/Posix_porting/src/qn_fs_unread.cpp
   qnstack/qnfs/common/src/qn_fs_file_port.cpp)
 
 foreach(part qnstack_core qnstack_port_inert qnstack_port_posix)
@@ -63,7 +66,8 @@ foreach(part qnstack_core qnstack_port_inert qnstack_port_posix)
 endforeach()
 foreach(port inert posix)
   target_include_directories(qnstack_port_${port} PRIVATE
-    ${PROJECT_SOURCE_DIR}/qnstack/qnfs/common/src)
+    ${PROJECT_SOURCE_DIR}/qnstack/qnfs/common/src
+    ${PROJECT_SOURCE_DIR}/qnstack/qnshare/common/src)
 endforeach()
 target_include_directories(qnstack_core PRIVATE
   ${PROJECT_SOURCE_DIR}/qnstack/Mac_porting/src

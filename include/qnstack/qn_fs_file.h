@@ -17,6 +17,17 @@
  *
  * NULL as a name, a mode, an area or a count is a failure in the POSIX port. The
  * inert port gives its fixed result for NULL too.
+ *
+ * In the POSIX port a write, a copy and a move put the new content in its place in
+ * one step: after a failure the old content is there. A copy of a file, and a write
+ * that replaces one, need two free descriptors, as fnQNFS_DeleteFile() does; so
+ * does a move within one directory, and a move from one to another needs three.
+ *
+ * A file that is there though its content could not be read is not written by the
+ * POSIX port: from a failed fnQNFS_ReadFromFile() on, or a load of a store that
+ * could not take all of it, whatever would write it fails. That ends when it has
+ * been read or deleted, or when another root is set. Should this happen to more
+ * than 64 files, then all count as such.
  */
 #ifndef QNSTACK_QN_FS_FILE_H
 #define QNSTACK_QN_FS_FILE_H

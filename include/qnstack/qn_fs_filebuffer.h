@@ -9,14 +9,19 @@
  * length and no escaping: a reader asks for the fields in the order in which
  * they were written.
  *
- * A save keeps the old content under the file's name with ".bak" until the new
- * content is written. A load that finds such a file takes it for the content of
- * a save that did not finish, and moves it back in place; so a program that only
- * loads also writes. The ".bak" of a save that finished, but could not delete it,
- * is taken for one too.
+ * A save or an append that fails, and a crash in one, leave the old content for
+ * the next load. On the POSIX port new content replaces a file in one step. On a
+ * port that cannot do that, a save keeps the old content under the file's name
+ * with ".bak" until the new content is written.
  *
- * Load before you save: after a crash within a save, the next save deletes the
- * ".bak" with the old content unless a load has put it back.
+ * A load that finds a ".bak" takes it for the content of a save that did not
+ * finish, and moves it back in place, whichever port made it; so a program that
+ * only loads may also write. A save on the POSIX port does so too. On a port with
+ * backups load before you save: there a save deletes the ".bak" of a crash, and
+ * the ".bak" that a save could not delete after it had finished is taken for one.
+ *
+ * On the POSIX port a file whose content a load could not take, though it is
+ * there, is not replaced by a save: see qn_fs_file.h.
  */
 #ifndef QNSTACK_QN_FS_FILEBUFFER_H
 #define QNSTACK_QN_FS_FILEBUFFER_H
@@ -190,28 +195,29 @@ QN_API void fnQNFS_Buffer_ReadMem(QNFSBuffer *record, int32_t length, void *dest
 QN_API int32_t fnQNFS_Buffer_IsEnd(const QNFSBuffer *record);
 
 /**
- * Replaces a file's content by what was written, `pos` + 1 bytes. The old
- * content is kept as ".bak" until that is done. Names below 3 characters have no
- * ".bak".
+ * Replaces a file's content by what was written, `pos` + 1 bytes. On a port with
+ * backups the old content is kept as ".bak" until that is done. Names below 3
+ * characters have no ".bak".
  *
  * @param name file name.
  * @param record the record.
- * @return 1; 0 if an argument is NULL or writing failed. After a failure the old
- *         content is in place again, unless there was no ".bak": the name is
- *         shorter than 3 characters, the heap refused the longer name, or the
- *         old file could not be moved.
+ * @return 1; 0 if an argument is NULL or writing failed. After a failure a load
+ *         finds the old content. On a port with backups that needs a ".bak": there
+ *         is none if the name is shorter than 3 characters, the heap refused the
+ *         longer name, or the old file could not be moved.
  */
 QN_API int32_t fnQNFS_Write_Buffer_To_File(const char *name, QNFSBuffer *record);
 
 /**
- * Appends what was written to a file. The old content is moved to ".bak" and
- * copied back before the append. If that copy alone fails, the append starts a
- * new file, and the old content is deleted with the ".bak".
+ * Appends what was written to a file. On a port with backups the old content is
+ * moved to ".bak" and copied back before the append; if that copy alone fails, the
+ * append starts a new file, and the old content is deleted with the ".bak". On the
+ * POSIX port the append fails if the old content cannot be taken along.
  *
  * @param name file name.
  * @param record the record.
- * @return 1; 0 if an argument is NULL or appending failed, with the old
- *         content in place again as for fnQNFS_Write_Buffer_To_File().
+ * @return 1; 0 if an argument is NULL or appending failed, with the old content
+ *         kept as by fnQNFS_Write_Buffer_To_File().
  */
 QN_API int32_t fnQNFS_Append_Buffer_To_File(const char *name, QNFSBuffer *record);
 
@@ -224,9 +230,10 @@ QN_API int32_t fnQNFS_Append_Buffer_To_File(const char *name, QNFSBuffer *record
  *        the file's size plus 10000 bytes. If the file is larger by then, as a
  *        ".bak" that was moved back may be, the storage is freed and replaced by
  *        a larger one; so it must come from fnQN_Malloc_Local().
- * @return 1; 0 if an argument is NULL, the size is unknown (the record is then
- *         untouched), or reading failed (the buffer is then empty). Also 1,
- *         with an empty buffer, if the port's read succeeded without a count.
+ * @return 1; 0 if an argument is NULL, the size is unknown or the POSIX port
+ *         cannot put a ".bak" back (the record is then untouched), or reading
+ *         failed (the buffer is then empty). Also 1, with an empty buffer, if the
+ *         port's read succeeded without a count.
  */
 QN_API int32_t fnQNFS_Load_File_To_Buffer(const char *name, QNFSBuffer *record);
 

@@ -20,17 +20,6 @@ namespace qntest {
 
 namespace {
 
-// What a load or a copy could not read is not there for it, and the save that
-// follows keeps the new content alone.
-constexpr char kUnread[] = "new without the old, which could not be read";
-// A load that runs out of memory ends early, and the save that follows keeps
-// what it had loaded.
-constexpr char kCut[] = "new without what the heap refused to load";
-
-// A save has its content in place and cannot delete the backup: it reports
-// success, and the next load takes the backup for the content.
-constexpr char kUndeleted[] = "old after a success that left its backup";
-
 // The start could not load the index, so it counts nothing, and the save that
 // could throws nothing out.
 constexpr char kUncounted[] = "new and all the old, which the heap refused to count";
@@ -70,43 +59,32 @@ class StoreAct : public FileScenario {
   void Prepare() override { PrepareStore(scenario_, folder_.path()); }
 
   void Act() override {
-    outcome_ = scenario_.act();
+    done_ = scenario_.act();
     ForgetCache();
   }
 
-  bool Done() const override { return outcome_.done; }
+  bool Done() const override { return done_; }
 
-  std::string Seen() const override {
-    return std::string(outcome_.done ? "done" : "failed") +
-           (outcome_.took_old_along ? "" : " with nothing loaded");
-  }
+  std::string Seen() const override { return done_ ? "done" : "failed"; }
 
   Verdict Judge(bool heap_refused) override {
     FileFaults unforced;
-    const bool backup_left = fnQNFS_isFileExisted("/data/records.bak") == 1 ||
-                             fnQNFS_isFileExisted("/data/settings.ini.bak") == 1;
-    const Texts found = scenario_.load();
-    const Verdict verdict = JudgeContent(found, heap_refused, backup_left);
-    if (!verdict.complaint.empty() || verdict.exception == kCut) return verdict;
+    const Verdict verdict = JudgeContent(scenario_.load(), heap_refused);
+    if (!verdict.complaint.empty()) return verdict;
     const std::string left = RunAgain();
     return left.empty() ? verdict : Broken("a run later: " + left);
   }
 
  private:
-  Verdict JudgeContent(const Texts &found, bool heap_refused, bool backup_left) const {
+  Verdict JudgeContent(const Texts &found, bool heap_refused) const {
     if (found == scenario_.new_content) return {};
     if (found == scenario_.old_content) {
       if (!Done() || !MustBeStored()) return {};
-      return backup_left ? Excepted(kUndeleted)
-                         : Broken("success was reported, the content is old");
+      return Broken("success was reported, the content is old");
     }
-    if (!outcome_.took_old_along && found == scenario_.new_alone) return Excepted(kUnread);
     if (heap_refused && IsPartOf(scenario_.old_content, found) &&
         IsPartOf(scenario_.new_content, found)) {
       return Excepted(kUncounted);
-    }
-    if (heap_refused && !found.empty() && IsPartOf(found, scenario_.new_content)) {
-      return Excepted(kCut);
     }
     return Broken("torn: " + Joined(found));
   }
@@ -118,7 +96,7 @@ class StoreAct : public FileScenario {
   // Undisturbed, the act succeeds on what is left, and sweeps.
   std::string RunAgain() const {
     ForgetCache();
-    const bool done = scenario_.act().done;
+    const bool done = scenario_.act();
     ForgetCache();
     if (!done) return "it fails";
     if (scenario_.files.empty()) fnQNStack_Cache_Delete_All();
@@ -129,7 +107,7 @@ class StoreAct : public FileScenario {
   }
 
   const StoreScenario scenario_;
-  StoreOutcome outcome_;
+  bool done_ = false;
 };
 
 // A load of what was saved before: it brings all, or the front of it.
@@ -245,11 +223,7 @@ ScenarioKind Load(const char *name, void (*save)(), Texts (*load)(), const Texts
 // What is excepted, for the scenarios of the stores.
 ScenarioKind KnownOf(const std::string &scenario) {
   static const std::map<std::string, ScenarioKind> kKnown = {
-      {"save", {.exceptions = {{kUndeleted, 11}}}},
-      {"append", {.exceptions = {{kUnread, 24}, {kUndeleted, 8}}}},
-      {"cache save with eviction", {.exceptions = {{kUnread, 21}, {kCut, 9}, {kUncounted, 1}}}},
-      {"cache save of a known URL", {.exceptions = {{kUnread, 21}, {kCut, 18}}}},
-      {"INI write", {.exceptions = {{kUnread, 16}, {kUndeleted, 11}, {kCut, 4}}}},
+      {"cache save with eviction", {.exceptions = {{kUncounted, 1}}}},
   };
   const auto known = kKnown.find(scenario);
   return known == kKnown.end() ? ScenarioKind() : known->second;

@@ -157,28 +157,5 @@ TEST_F(Interrupted, ReceiveAfterSomeBytesIsTheEnd) {
   EXPECT_EQ(UnreadOf(ctx->recvBuf), "abc");
 }
 
-int lock_holder = -1;
-
-class InterruptedFile : public PosixRoot {};
-
-TEST_F(InterruptedFile, WriteWaitsOnForTheLock) {
-  folder_.write("x.~new", "");
-  lock_holder = open(folder_.path("x.~new").c_str(), O_RDWR | O_CLOEXEC);
-  ASSERT_EQ(flock(lock_holder, LOCK_EX), 0);
-  constexpr int kGivenUpAt = 5;
-  int32_t written = 0;
-  {
-    const SignalTimer timer([](int number) {
-      if (number == kGivenUpAt) flock(lock_holder, LOCK_UN);
-    });
-    written = WriteText("x", "new");
-  }
-  close(lock_holder);
-
-  EXPECT_EQ(written, 3);
-  EXPECT_GE(SignalTimer::Count(), kGivenUpAt);
-  EXPECT_EQ(folder_.read("x"), "new");
-}
-
 }  // namespace
 }  // namespace qntest

@@ -4,5 +4,5 @@
 function(qnstack_wrap_files target)
   qnstack_wrap_calls(${target}
     open openat syscall read write fsync ftruncate renameat unlinkat mkdirat
-    close flock fstat fstatat fcntl fdopen fdopendir readdir closedir)
+    close flock futimens fstat fstatat fcntl fdopen fdopendir readdir closedir)
 endfunction()

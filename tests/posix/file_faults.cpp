@@ -34,6 +34,7 @@ int __real_renameat(int from_folder, const char *from, int to_folder, const char
 int __real_unlinkat(int folder, const char *name, int flags);
 int __real_mkdirat(int folder, const char *name, mode_t mode);
 int __real_flock(int fd, int operation);
+int __real_futimens(int fd, const timespec times[2]);
 int __real_fstat(int fd, struct stat *status);
 int __real_fstatat(int folder, const char *name, struct stat *status, int flags);
 int __real_fcntl(int fd, int command, ...);
@@ -205,6 +206,10 @@ int __wrap_mkdirat(int folder, const char *name, mode_t mode) {
 
 int __wrap_flock(int fd, int operation) {
   return FileCalls::Make("flock", [=] { return __real_flock(fd, operation); });
+}
+
+int __wrap_futimens(int fd, const timespec times[2]) {
+  return FileCalls::Make("futimens", [=] { return __real_futimens(fd, times); });
 }
 
 int __wrap_fstat(int fd, struct stat *status) {

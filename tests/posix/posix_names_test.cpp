@@ -302,21 +302,4 @@ TEST_P(PosixNames, OfADeviceAreRefused) {
   EXPECT_TRUE(std::filesystem::is_character_file(folder_.path("null")));
 }
 
-TEST_P(PosixNames, OfTemporariesThatCannotBeTakenOverFailTheWrite) {
-  folder_.write("x", "old");
-  folder_.write("y", "other");
-  MakeFifo("x.~new");
-  EXPECT_EQ(WriteText("x", "new"), -1);
-  EXPECT_EQ(fnQNFS_CopyFile("x", "y"), 0);
-  ASSERT_EQ(unlink(folder_.path("x.~new").c_str()), 0);
-  MakeLink("x.~new", "y");
-  EXPECT_EQ(WriteText("x", "new"), -1);
-  ASSERT_EQ(unlink(folder_.path("x.~new").c_str()), 0);
-  MakeFolder("x.~new");
-  EXPECT_EQ(WriteText("x", "new"), -1);
-
-  EXPECT_EQ(folder_.read("x"), "old");
-  EXPECT_EQ(folder_.read("y"), "other");
-}
-
 }  // namespace

@@ -49,16 +49,6 @@ TEST_F(PosixWholeFile, WriteTakesAnyBytesAndManyOfThem) {
   EXPECT_EQ(ReadText("x", 4000000), bytes);
 }
 
-TEST_F(PosixWholeFile, WriteSweepsWhatACrashLeftBeside) {
-  folder_.write("x", "old");
-  folder_.write("x.~new", "half of a content that was longer than the next");
-
-  EXPECT_EQ(WriteText("x", "next"), 4);
-
-  EXPECT_EQ(folder_.read("x"), "next");
-  EXPECT_THAT(folder_.names(), ElementsAre("x"));
-}
-
 TEST_F(PosixWholeFile, AppendMakesAPrivateFileThenAddsToIt) {
   EXPECT_EQ(AppendText("/x", "ab"), 2);
   EXPECT_EQ(AppendText("x", "cde"), 3);

@@ -15,22 +15,13 @@
 
 namespace qntest {
 
-struct StoreOutcome {
-  bool done = false;
-  // False where a failing call kept the old content from being taken along: the
-  // load found nothing, which it cannot tell from a file that is not there, or
-  // an append could not copy the content aside back.
-  bool took_old_along = true;
-};
-
 struct StoreScenario {
   const char *name = "";
-  std::function<void()> prepare;      // the files, made from nothing
-  std::function<StoreOutcome()> act;  // as a program that starts anew
-  std::function<Texts()> load;        // what a program that starts anew finds
+  std::function<void()> prepare;  // the files, made from nothing
+  std::function<bool()> act;      // as a program that starts anew; whether it was told success
+  std::function<Texts()> load;    // what a program that starts anew finds
   Texts old_content;
   Texts new_content;
-  Texts new_alone;              // without what was there, see StoreOutcome
   std::set<std::string> files;  // that are there after a success, below the root
 };
 

@@ -131,9 +131,8 @@ Texts LoadSettings() {
   return texts;
 }
 
-bool WriteSetting(const std::string &key, const std::string &value, bool *found_any) {
+bool WriteSetting(const std::string &key, const std::string &value) {
   Settings settings;
-  if (found_any != nullptr) *found_any = fnQNList_BeginIter(settings.Get()) != nullptr;
   return fnQNFS_INI_Write(kSettingsFile, settings.Get(), key.c_str(), value.c_str()) == 1;
 }
 

@@ -25,8 +25,8 @@ bool AppendRecord(const std::string &text);
 
 // Settings, each as "key=value".
 Texts LoadSettings();
-// Loads them first; `found_any` tells whether that brought any.
-bool WriteSetting(const std::string &key, const std::string &value, bool *found_any = nullptr);
+// Loads them first.
+bool WriteSetting(const std::string &key, const std::string &value);
 
 // One entry of the cache's index, and what became of its body.
 struct CachedBody {

@@ -8,8 +8,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <iterator>
+#include <utility>
 
 #include "qn_fs_file_port.h"
 
@@ -33,7 +36,10 @@ bool HasParentComponent(std::string_view name) {
 
 qn::Descriptor OpenRoot() {
   const char *root = qn::RootDirectory();
-  if (root[0] == '\0') return {};
+  if (root[0] == '\0') {
+    errno = ENOENT;
+    return {};
+  }
   return qn::Descriptor(open(root, O_PATH | O_DIRECTORY | O_CLOEXEC));
 }
 
@@ -77,7 +83,13 @@ qn::Descriptor OpenIn(const qn::Descriptor &root, const qn::BeneathName &name, i
   return qn::Descriptor(fd);
 }
 
-bool IsRegularFile(const struct stat &status) { return S_ISREG(status.st_mode); }
+// Gets the status of an open file; false, with the reason in errno, for any but a
+// regular one.
+bool IsRegularFile(const qn::Descriptor &file, struct stat *status) {
+  if (fstat(file.Get(), status) != 0) return false;
+  errno = ENOENT;
+  return S_ISREG(status->st_mode);
+}
 
 }  // namespace
 
@@ -89,18 +101,18 @@ qn::BeneathName::BeneathName(std::string_view name) {
 }
 
 qn::Descriptor qn::OpenBeneath(const char *name, int flags) {
-  if (name == nullptr) return {};
-  const BeneathName beneath(name);
+  if (name == nullptr || !BeneathName(name).IsUsable()) {
+    errno = ENOENT;
+    return {};
+  }
   const Descriptor root = OpenRoot();
-  if (!beneath.IsUsable() || !root.IsOpen()) return {};
-  return OpenIn(root, beneath, flags);
+  return root.IsOpen() ? OpenIn(root, BeneathName(name), flags) : Descriptor();
 }
 
 qn::Descriptor qn::OpenRegular(const char *name, int flags) {
   Descriptor file = OpenBeneath(name, flags | kRegularFlags);
   struct stat status = {};
-  if (!file.IsOpen() || fstat(file.Get(), &status) != 0 || !IsRegularFile(status)) return {};
-  return file;
+  return file.IsOpen() && IsRegularFile(file, &status) ? std::move(file) : Descriptor();
 }
 
 qn::Descriptor qn::OpenOrCreateRegular(const char *name, int flags) {
@@ -129,22 +141,34 @@ qn::Place qn::FindPlace(const char *name) {
   return place;
 }
 
-bool qn::StatBeneath(const char *name, struct stat *status) {
+bool qn::StatRegular(const char *name, struct stat *status) {
   const Descriptor file = OpenBeneath(name, O_PATH);
-  return file.IsOpen() && fstat(file.Get(), status) == 0;
+  return file.IsOpen() && IsRegularFile(file, status);
 }
 
-bool qn::IsRegular(const char *name) {
-  struct stat status = {};
-  return StatBeneath(name, &status) && IsRegularFile(status);
+bool qn::MeansAbsent(int error) {
+  // Of links, the ones that lead out of the root or in a circle.
+  constexpr int kErrors[] = {ENOENT, ENOTDIR, ENAMETOOLONG, ELOOP, EXDEV};
+  return std::find(std::begin(kErrors), std::end(kErrors), error) != std::end(kErrors);
 }
 
-bool qn::IsReplaceable(const char *name, const Place &place) {
+qn::Presence qn::LookFor(const char *name) {
   struct stat status = {};
-  if (fstatat(place.directory.Get(), place.base, &status, AT_SYMLINK_NOFOLLOW) != 0) {
+  if (StatRegular(name, &status)) return Presence::kThere;
+  return MeansAbsent(errno) ? Presence::kAbsent : Presence::kUnknown;
+}
+
+bool qn::IsReplaceable(const char *name, Place *place) {
+  struct stat status = {};
+  if (fstatat(place->directory.Get(), place->base, &status, AT_SYMLINK_NOFOLLOW) != 0) {
     return errno == ENOENT;
   }
-  return IsRegularFile(status) || IsRegular(name);
+  if (S_ISREG(status.st_mode)) return true;
+  if (!S_ISLNK(status.st_mode)) return false;
+  *place = {};  // following the link takes as many descriptors as finding the place
+  if (LookFor(name) != Presence::kThere) return false;
+  *place = FindPlace(name);
+  return place->IsFound();
 }
 
 bool qn::MakeDirectories(std::string_view path) {

@@ -41,7 +41,8 @@ struct Place {
 // root are followed.
 Descriptor OpenBeneath(const char *name, int flags);
 
-// Opens a regular file and nothing else. It does not wait for a FIFO.
+// Opens a regular file and nothing else. It does not wait for a FIFO. On failure
+// errno has the reason.
 Descriptor OpenRegular(const char *name, int flags);
 
 // Opens a regular file and creates it (0600) if there is none. It creates none
@@ -51,15 +52,21 @@ Descriptor OpenOrCreateRegular(const char *name, int flags);
 // The directory that a file is or would be in.
 Place FindPlace(const char *name);
 
-// The status of what a name stands for; symbolic links below the root are
-// followed. False if there is nothing.
-bool StatBeneath(const char *name, struct stat *status);
+// Whether a name is a regular file. It cannot be told where a call fails for any
+// other reason than that there is none.
+enum class Presence { kAbsent, kThere, kUnknown };
+Presence LookFor(const char *name);
 
-// Whether the name is a regular file.
-bool IsRegular(const char *name);
+// Gets the status of a regular file; symbolic links below the root are followed.
+// False, with the reason in errno, if there is none or it cannot be told.
+bool StatRegular(const char *name, struct stat *status);
 
-// Whether a file can be put at a place: there is a regular one, or nothing.
-bool IsReplaceable(const char *name, const Place &place);
+// Whether an error means that there is no file to read by the name.
+bool MeansAbsent(int error);
+
+// Whether a file can be put at a place: there is a regular one, or nothing. The
+// place is looked up again if that takes the descriptor.
+bool IsReplaceable(const char *name, Place *place);
 
 // Creates a directory (0700) and those it is in, as far as they are missing.
 bool MakeDirectories(std::string_view path);

@@ -26,6 +26,12 @@ ssize_t MoveWhole(std::size_t size, Move move) {
 
 }  // namespace
 
+qn::Descriptor::~Descriptor() {
+  const int error = errno;
+  Close();
+  errno = error;
+}
+
 bool qn::Descriptor::Close() {
   const int fd = Release();
   // A close that is interrupted has closed the descriptor all the same.

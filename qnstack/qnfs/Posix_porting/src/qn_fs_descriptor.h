@@ -10,7 +10,7 @@
 
 namespace qn {
 
-// Closes its descriptor at the end of its scope.
+// Closes its descriptor at the end of its scope, and leaves errno as it was.
 class Descriptor {
  public:
   Descriptor() = default;
@@ -22,7 +22,7 @@ class Descriptor {
   }
   Descriptor(const Descriptor &) = delete;
   Descriptor &operator=(const Descriptor &) = delete;
-  ~Descriptor() { Close(); }
+  ~Descriptor();
 
   bool IsOpen() const { return fd_ >= 0; }
   int Get() const { return fd_; }

@@ -8,7 +8,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdlib>
 #include <limits>
@@ -18,6 +17,8 @@
 #include "qn_fs_descriptor.h"
 #include "qn_fs_file_port.h"
 #include "qn_fs_replacement.h"
+#include "qn_fs_store.h"
+#include "qn_fs_unread.h"
 #include "qnstack/qn_share_string.h"
 
 namespace {
@@ -37,13 +38,9 @@ bool AppendWhole(int fd, const void *data, std::size_t size) {
   return false;
 }
 
-bool CopyWhole(int from, int to) {
-  std::array<char, 65536> piece;
-  ssize_t got = 0;
-  while ((got = qn::ReadWhole(from, piece.data(), piece.size())) > 0) {
-    if (!qn::WriteWhole(to, piece.data(), Size(static_cast<int32_t>(got)))) return false;
-  }
-  return got == 0;
+// The directory part of a name, with the slash at its end.
+std::string_view DirectoryOf(std::string_view name) {
+  return {name.data(), name.rfind('/') + 1};  // 0 without a slash
 }
 
 bool IsDirectory(int directory, const dirent &entry) {
@@ -100,7 +97,9 @@ const Mode *FindMode(const char *text) {
 
 }  // namespace
 
-int32_t fnQNFS_isFileExisted(const char *name) { return qn::IsRegular(name) ? 1 : 0; }
+int32_t fnQNFS_isFileExisted(const char *name) {
+  return qn::LookFor(name) == qn::Presence::kThere ? 1 : 0;
+}
 
 int32_t fnQNFS_MkDir(const char *path) {
   return path != nullptr && qn::MakeDirectories(path) ? 1 : 0;
@@ -108,7 +107,7 @@ int32_t fnQNFS_MkDir(const char *path) {
 
 QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
   const Mode *way = FindMode(mode);
-  if (way == nullptr) return nullptr;
+  if (way == nullptr || (way->flags != O_RDONLY && !qn::MayWrite(name))) return nullptr;
   qn::Descriptor file = way->Creates() ? qn::OpenOrCreateRegular(name, way->flags)
                                        : qn::OpenRegular(name, way->flags);
   if (!file.IsOpen()) return nullptr;
@@ -128,32 +127,38 @@ QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
 
 int32_t fnQNFS_getFileSize(const char *name) {
   struct stat status = {};
-  if (!qn::StatBeneath(name, &status) || !S_ISREG(status.st_mode)) return kFailed;
+  if (!qn::StatRegular(name, &status)) return kFailed;
   return status.st_size <= kMostFileSize ? static_cast<int32_t>(status.st_size) : kFailed;
 }
 
 int32_t fnQNFS_CopyFile(const char *destination, const char *source) {
-  qn::Descriptor from = qn::OpenRegular(source, O_RDONLY);
-  if (!from.IsOpen()) return 0;
-  qn::Replacement copy(destination);
-  return copy.IsOpen() && CopyWhole(from.Get(), copy.File()) && from.Close() && copy.Commit() ? 1
-                                                                                              : 0;
+  qn::WholeFile content;
+  return content.Read(source) && qn::ReplaceContent(destination, content.Bytes()) ? 1 : 0;
 }
 
 int32_t fnQNFS_MoveFile(const char *destination, const char *source) {
-  const qn::Place from = qn::FindPlace(source);
-  const qn::Place to = qn::FindPlace(destination);
-  if (!from.IsFound() || !to.IsFound()) return 0;
-  if (!qn::IsRegular(source) || !qn::IsReplaceable(destination, to)) return 0;
-  if (renameat(from.directory.Get(), from.base, to.directory.Get(), to.base) != 0) return 0;
+  if (source == nullptr || destination == nullptr) return 0;
+  if (qn::LookFor(source) != qn::Presence::kThere) return 0;
+  qn::Place to = qn::FindPlace(destination);
+  if (!to.IsFound() || !qn::IsReplaceable(destination, &to)) return 0;
+  // Where both are in one directory, one descriptor of it will do.
+  const bool together = DirectoryOf(source) == DirectoryOf(destination);
+  const qn::Place from = together ? qn::Place() : qn::FindPlace(source);
+  if (!together && !from.IsFound()) return 0;
+  const qn::Descriptor &directory = together ? to.directory : from.directory;
+  const char *base = source + DirectoryOf(source).size();
+  if (renameat(directory.Get(), base, to.directory.Get(), to.base) != 0) return 0;
+  qn::RenameUnread(destination, source);
   qn::SyncDirectory(to.directory);
-  qn::SyncDirectory(from.directory);
+  if (!together) qn::SyncDirectory(from.directory);
   return 1;
 }
 
 int32_t fnQNFS_DeleteFile(const char *name) {
   const qn::Place place = qn::FindPlace(name);
-  return place.IsFound() && unlinkat(place.directory.Get(), place.base, 0) == 0 ? 1 : 0;
+  if (!place.IsFound() || unlinkat(place.directory.Get(), place.base, 0) != 0) return 0;
+  qn::ForgetUnread(name);
+  return 1;
 }
 
 int32_t fnQNFS_DelAllFiles(const char *path) {
@@ -186,26 +191,30 @@ uint32_t fnQNFS_File_CreateDir(const char *path) {
 int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination, int32_t *count) {
   if (maximum < 0 || destination == nullptr || count == nullptr) return kFailed;
   qn::Descriptor file = qn::OpenRegular(name, O_RDONLY);
-  if (!file.IsOpen()) return kFailed;
+  if (!file.IsOpen()) {
+    if (!qn::MeansAbsent(errno)) qn::NoteUnread(name);
+    return kFailed;
+  }
   const ssize_t got = qn::ReadWhole(file.Get(), destination, Size(maximum));
-  if (got < 0 || !file.Close()) return kFailed;
+  if (got < 0 || !file.Close()) {
+    qn::NoteUnread(name);
+    return kFailed;
+  }
+  qn::ForgetUnread(name);
   *count = static_cast<int32_t>(got);
   return 0;
 }
 
 int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name) {
   if (data == nullptr || length < 0) return kFailed;
-  qn::Replacement content(name);
-  if (!content.IsOpen() || !qn::WriteWhole(content.File(), data, Size(length)) ||
-      !content.Commit()) {
-    return kFailed;
-  }
+  const std::string_view content(static_cast<const char *>(data), Size(length));
+  if (!qn::ReplaceContent(name, content)) return kFailed;
   qn::TellWritten(name);
   return length;
 }
 
 int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name) {
-  if (data == nullptr || length < 0) return kFailed;
+  if (data == nullptr || length < 0 || !qn::MayWrite(name)) return kFailed;
   qn::Descriptor file = qn::OpenOrCreateRegular(name, O_WRONLY | O_APPEND);
   if (!file.IsOpen() || !AppendWhole(file.Get(), data, Size(length)) || !file.Close()) {
     return kFailed;
@@ -216,7 +225,7 @@ int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name) 
 
 int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t position,
                                 const char *name) {
-  if (data == nullptr || length < 0 || position < 0) return kFailed;
+  if (data == nullptr || length < 0 || position < 0 || !qn::MayWrite(name)) return kFailed;
   qn::Descriptor file = qn::OpenOrCreateRegular(name, O_WRONLY);
   const bool written = file.IsOpen() && lseek(file.Get(), position, SEEK_SET) == position &&
                        qn::WriteWhole(file.Get(), data, Size(length)) && fsync(file.Get()) == 0 &&

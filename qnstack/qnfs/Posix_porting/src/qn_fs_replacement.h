@@ -1,38 +1,40 @@
 // SPDX-License-Identifier: MIT
-// A file's new content, written beside it and put in its place in one step, so
-// that a crash leaves the old content or the new.
+// Whole contents of files: taken into memory, and put in a file's place in one
+// step, so that a crash leaves the old content or the new.
 #ifndef QNSTACK_QN_FS_REPLACEMENT_H
 #define QNSTACK_QN_FS_REPLACEMENT_H
+
+#include <cstddef>
+#include <cstdlib>
+#include <string_view>
 
 #include "qn_fs_beneath.h"
 #include "qn_fs_descriptor.h"
 
 namespace qn {
 
-class Replacement {
+// A file's content in memory. A copy holds it there, so that it needs the
+// descriptors of its source and its destination one after the other.
+class WholeFile {
  public:
-  // Begins a new content for `name`.
-  explicit Replacement(const char *name);
-  // Without Commit() the file keeps its old content.
-  ~Replacement();
-  Replacement(const Replacement &) = delete;
-  Replacement &operator=(const Replacement &) = delete;
+  WholeFile() = default;
+  ~WholeFile() { std::free(bytes_); }
+  WholeFile(const WholeFile &) = delete;
+  WholeFile &operator=(const WholeFile &) = delete;
 
-  bool IsOpen() const { return file_.IsOpen(); }
-  int File() const { return file_.Get(); }
-
-  // Puts the new content in place; false with the old one untouched.
-  bool Commit();
+  // Reads a regular file, once; false if there is none or that failed.
+  bool Read(const char *name);
+  std::string_view Bytes() const { return {bytes_, size_}; }
 
  private:
-  bool NameTemporary();
-  bool OpenTemporary();
-
-  Place place_;
-  char temporary_[QNFS_PATH_BYTES] = {};
-  Descriptor file_;
-  Descriptor lock_;  // the same open file; keeps its lock when file_ is closed
+  char *bytes_ = nullptr;
+  std::size_t size_ = 0;
 };
+
+// Puts `first` and `second` behind it in the place of a file's content, with the
+// descriptors of the file's directory and one file. False with the old content
+// untouched, also where that could not be read (qn_fs_unread.h).
+bool ReplaceContent(const char *name, std::string_view first, std::string_view second = {});
 
 // Writes a directory's entries to the medium. Where the file system cannot do
 // that, the entries are in place all the same.

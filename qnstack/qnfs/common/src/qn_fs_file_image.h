@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "qn_fs_store.h"
 #include "qn_owned.h"
 #include "qnstack/qn_fs_file.h"
 #include "qnstack/qn_fs_filebuffer.h"
@@ -29,9 +30,9 @@ inline void WriteTextField(QNFSBuffer *record, const char *text) {
 class FileImage {
  public:
   // With room for kFileHeadroom bytes.
-  FileImage() : FileImage(0) {}
+  FileImage() : FileImage(int32_t{0}) {}
   // With room for what the file holds, and for kFileHeadroom bytes more.
-  explicit FileImage(const char *name) : FileImage(std::max(0, fnQNFS_getFileSize(name))) {}
+  explicit FileImage(const char *name) : FileImage(fnQNFS_getFileSize(name)) {}
   ~FileImage() { fnQN_Free(&record_.data); }
   FileImage(const FileImage &) = delete;
   FileImage &operator=(const FileImage &) = delete;
@@ -40,8 +41,9 @@ class FileImage {
   QNFSBuffer *Record() { return &record_; }
 
   // fnQNFS_Write_Buffer_To_File() and fnQNFS_Append_Buffer_To_File() of what was
-  // written here.
+  // written here. What was cut for want of the file's size is not written.
   int32_t Write(const char *name) {
+    if (size_is_unknown_ && !CountsAsNone(name)) return 0;
     return CoverPosition() ? fnQNFS_Write_Buffer_To_File(name, &record_) : 0;
   }
   int32_t Append(const char *name) {
@@ -49,7 +51,8 @@ class FileImage {
   }
 
  private:
-  explicit FileImage(int32_t content) : capacity_(int64_t{content} + kFileHeadroom) {
+  explicit FileImage(int32_t size)
+      : capacity_(int64_t{std::max(0, size)} + kFileHeadroom), size_is_unknown_(size < 0) {
     if (capacity_ > kMostFileBytes) return;
     // One zero byte stands behind the capacity, as a field may fill all of it.
     record_.data = static_cast<char *>(AllocateZeroed(static_cast<uint64_t>(capacity_) + 1));
@@ -71,6 +74,7 @@ class FileImage {
 
   QNFSBuffer record_ = {nullptr, -1, -1};
   int64_t capacity_;
+  const bool size_is_unknown_;
 };
 
 }  // namespace qn

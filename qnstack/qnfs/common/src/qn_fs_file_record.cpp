@@ -4,6 +4,7 @@
 #include "qnstack/qn_fs_file_record.h"
 
 #include "qn_fs_file_image.h"
+#include "qn_fs_store.h"
 #include "qn_list_internal.h"
 #include "qn_owned.h"
 #include "qnstack/qn_fs_comm_tools.h"
@@ -27,23 +28,29 @@ struct SaveLines {
 constexpr SaveLines kSaveLines = {177, 225, 231};
 constexpr SaveLines kSaveExLines = {260, 308, 314};
 
-void Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
-  if (name == nullptr || list == nullptr || read == nullptr) return;
-  qn::FileImage image(name);
-  QNFSBuffer *record = image.Record();
-  if (!image.IsAllocated() || fnQNFS_Load_File_To_Buffer(name, record) == 0) return;
+// Reads all elements; false if some are left.
+bool ReadElements(QNFSBuffer *record, QNList *list, QNFSRecordRead read, LinkFunction link) {
   qn::Owned<QNListNode> node;
   int idle_reads = 0;
   while (fnQNFS_Buffer_IsEnd(record) == 0 && idle_reads < kMostIdleReads) {
     // The node comes first: an element for which the heap refuses a node could
     // not be released, as only the caller knows how.
     if (node == nullptr) node.reset(qn::NewNode());
-    if (node == nullptr) return;
+    if (node == nullptr) return false;
     const int32_t before = record->pos;
     node->data = read(record);
     if (node->data != nullptr) link(list, node.release());
     idle_reads = record->pos == before ? idle_reads + 1 : 0;
   }
+  return idle_reads < kMostIdleReads;
+}
+
+void Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
+  if (name == nullptr || list == nullptr || read == nullptr) return;
+  qn::FileImage image(name);
+  const bool loaded = image.IsAllocated() && fnQNFS_Load_File_To_Buffer(name, image.Record()) != 0;
+  const bool whole = loaded && ReadElements(image.Record(), list, read, link);
+  if (!image.IsAllocated() || (loaded && !whole)) qn::NoteUnread(name);
 }
 
 // Writes all elements; false if one is null.

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Saving and loading typed file buffers, for record files, settings and
-// applications. A save first puts the old content under the file's name with
-// ".bak"; it is put back when the save fails or when a load finds it.
+// applications. How the old content is kept meanwhile is the store's to know.
 #include <algorithm>
 
 #include "qn_fs_file_image.h"
+#include "qn_fs_store.h"
 #include "qn_owned.h"
 #include "qn_wrapped_sum.h"
 #include "qnstack/qn_fs_file.h"
@@ -18,32 +18,10 @@ constexpr char kBackupSuffix[] = ".bak";
 constexpr std::size_t kShortestWithBackup = 3;
 constexpr int32_t kUnknown = -1;
 
-using StoreFunction = int32_t (*)(const void *data, int32_t length, const char *name);
-
-// Stores `pos` + 1 bytes under the protection of the backup.
-int32_t StoreProtected(const char *name, const QNFSBuffer *record, StoreFunction store) {
+// Stores `pos` + 1 bytes.
+int32_t Store(const char *name, const QNFSBuffer *record, qn::StoreWay way) {
   if (name == nullptr || record == nullptr) return 0;
-  const qn::Owned<char> backup(fnQNFS_getBak_FileName(name));
-  if (backup != nullptr) {
-    fnQNFS_DeleteFile(backup.get());
-    fnQNFS_MoveFile(backup.get(), name);
-    fnQNFS_CopyFile(name, backup.get());
-  }
-  if (store(record->data, qn::WrappedSum(record->pos, 1), name) == -1) {
-    fnQNFS_DeleteFile(name);
-    if (backup != nullptr) fnQNFS_MoveFile(name, backup.get());
-    return 0;
-  }
-  if (backup != nullptr) fnQNFS_DeleteFile(backup.get());
-  return 1;
-}
-
-// A backup that is still there is that of a save that did not finish.
-void RestoreBackup(const char *name) {
-  const qn::Owned<char> backup(fnQNFS_getBak_FileName(name));
-  if (backup == nullptr || fnQNFS_isFileExisted(backup.get()) <= 0) return;
-  fnQNFS_DeleteFile(name);
-  fnQNFS_MoveFile(name, backup.get());
+  return qn::Store(name, record->data, qn::WrappedSum(record->pos, 1), way) ? 1 : 0;
 }
 
 // Reads up to `maximum` bytes of a file; sets `count` if it is told how many
@@ -55,7 +33,10 @@ int32_t Read(const char *name, int32_t maximum, QNFSBuffer *record, int32_t *cou
   qn::Owned<char> larger;
   if (maximum > capacity) {
     larger.reset(static_cast<char *>(qn::AllocateZeroed(static_cast<uint64_t>(maximum) + 1)));
-    if (larger == nullptr) return -1;
+    if (larger == nullptr) {
+      qn::NoteUnread(name);
+      return -1;
+    }
   }
   char *area = larger != nullptr ? larger.get() : record->data;
   const int32_t result = fnQNFS_ReadFromFile(name, maximum, area, count);
@@ -80,18 +61,24 @@ char *fnQNFS_getBak_FileName(const char *name) {
 }
 
 int32_t fnQNFS_Write_Buffer_To_File(const char *name, QNFSBuffer *record) {
-  return StoreProtected(name, record, fnQNFS_WriteToFile);
+  return Store(name, record, qn::StoreWay::kReplace);
 }
 
 int32_t fnQNFS_Append_Buffer_To_File(const char *name, QNFSBuffer *record) {
-  return StoreProtected(name, record, fnQNFS_AppendToFile);
+  return Store(name, record, qn::StoreWay::kAppend);
 }
 
 int32_t fnQNFS_Load_File_To_Buffer(const char *name, QNFSBuffer *record) {
   if (name == nullptr || record == nullptr) return 0;
-  RestoreBackup(name);
+  if (!qn::RestoreBackup(name)) {
+    qn::NoteUnread(name);
+    return 0;
+  }
   const int32_t size = fnQNFS_getFileSize(name);
-  if (size == kUnknown) return 0;
+  if (size == kUnknown) {
+    if (!qn::CountsAsNone(name)) qn::NoteUnread(name);
+    return 0;
+  }
 
   int32_t count = kUnknown;
   int32_t result = -1;

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "qn_fs_file_image.h"
+#include "qn_fs_store.h"
 #include "qn_owned.h"
 #include "qnstack/qn_fs_file_record.h"
 #include "qnstack/qn_fs_filebuffer.h"
@@ -42,6 +43,7 @@ void fnQNFS_INI_List_Init(const char *name, QNList *list) {
 
 void fnQNFS_Load_INI_To_List(const char *name, QNList *list) {
   qn::FileImage image(name);
+  if (!image.IsAllocated()) qn::NoteUnread(name);
   if (!image.IsAllocated() || list == nullptr) return;
   fnQNList_Clear(list, fnQNFS_INI_FreeNode);
   QNFSBuffer *record = image.Record();
@@ -49,7 +51,10 @@ void fnQNFS_Load_INI_To_List(const char *name, QNList *list) {
   while (fnQNFS_Buffer_IsEnd(record) == 0) {
     char *key = fnQNFS_Buffer_ReadString(record);
     char *value = fnQNFS_Buffer_ReadString(record);
-    if (AddEntry(list, key, value) == 0) return;
+    if (AddEntry(list, key, value) == 0) {
+      qn::NoteUnread(name);
+      return;
+    }
   }
 }
 

@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+// Guards the temporaries in which new content is written: what a crash leaves is
+// swept, what is in use or anybody else's is left alone, and none is in the way
+// of a file that may have any name.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+#include "posix/file_faults.h"
+#include "posix/posix_root.h"
+#include "posix/stores.h"
+#include "qnstack/qn_fs_file.h"
+
+namespace {
+
+using namespace qntest;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
+
+class PosixTemporary : public PosixRoot {
+ protected:
+  // Writes x in a process that ends just before the new content is put in place.
+  // The name of what it leaves beside x.
+  std::string LeaveATemporary() {
+    FileFault end = {FaultKind::kEnd, 1, 0};
+    {
+      FileFaults faults;
+      EXPECT_EQ(WriteText("x", "old"), 3);
+      while (faults.Names()[static_cast<size_t>(end.at) - 1] != "renameat") ++end.at;
+    }
+    EXPECT_EQ(StatusOf([&] {
+                FileFaults faults(end);
+                WriteText("x", "half of a content that is longer than the next");
+              }),
+              FileFaults::kEndStatus);
+    for (const std::string &name : folder_.names()) {
+      if (name != "x") return name;
+    }
+    ADD_FAILURE() << "nothing was left";
+    return "none";
+  }
+};
+
+TEST_F(PosixTemporary, ThatACrashLeftIsSweptByTheNextWrite) {
+  LeaveATemporary();
+  EXPECT_EQ(folder_.read("x"), "old");
+
+  EXPECT_EQ(WriteText("x", "next"), 4);
+
+  EXPECT_EQ(folder_.read("x"), "next");
+  EXPECT_THAT(folder_.names(), ElementsAre("x"));
+}
+
+TEST_F(PosixTemporary, InUseByAnotherWriterIsLeftToIt) {
+  const std::string temporary = LeaveATemporary();
+  const std::string half = folder_.read(temporary);
+  const int other = open(folder_.path(temporary).c_str(), O_WRONLY | O_CLOEXEC);
+  ASSERT_EQ(flock(other, LOCK_EX), 0);
+
+  EXPECT_EQ(WriteText("x", "next"), 4);
+  EXPECT_EQ(folder_.read("x"), "next");
+  EXPECT_EQ(folder_.read(temporary), half);
+
+  close(other);
+  EXPECT_EQ(WriteText("x", "last"), 4);
+  EXPECT_THAT(folder_.names(), ElementsAre("x"));
+}
+
+TEST_F(PosixTemporary, IsNotTakenFromAFileOfThatName) {
+  const std::string name = LeaveATemporary();
+  ASSERT_EQ(unlink(folder_.path(name).c_str()), 0);
+  folder_.write(name, "somebody's");
+  std::filesystem::permissions(folder_.path(name), std::filesystem::perms(0600));
+
+  for (const char *text : {"new", "newer"}) {
+    EXPECT_GT(WriteText("x", text), 0);
+    EXPECT_EQ(folder_.read("x"), text);
+    EXPECT_EQ(folder_.read(name), "somebody's");
+  }
+  EXPECT_THAT(folder_.names(), UnorderedElementsAre("x", name));
+}
+
+TEST_F(PosixTemporary, IsNotTakenFromAFileThatThePortItselfWroteThere) {
+  const std::string name = LeaveATemporary();
+  ASSERT_EQ(WriteText(name.c_str(), "the user's"), 10);
+
+  EXPECT_EQ(WriteText("x", "new"), 3);
+
+  EXPECT_EQ(folder_.read("x"), "new");
+  EXPECT_EQ(folder_.read(name), "the user's");
+}
+
+TEST_F(PosixTemporary, IsNotTakenFromWhatIsNoFile) {
+  const std::string name = LeaveATemporary();
+  folder_.write("y", "other");
+  const auto path = folder_.path(name);
+  ASSERT_EQ(unlink(path.c_str()), 0);
+
+  MakeFifo(name);
+  EXPECT_EQ(WriteText("x", "1"), 1);
+  EXPECT_TRUE(std::filesystem::is_fifo(path));
+  ASSERT_EQ(unlink(path.c_str()), 0);
+
+  MakeLink(name, "y");
+  EXPECT_EQ(fnQNFS_CopyFile("x", "y"), 1);
+  EXPECT_TRUE(std::filesystem::is_symlink(path));
+  EXPECT_EQ(folder_.read("y"), "other");
+  ASSERT_EQ(unlink(path.c_str()), 0);
+
+  MakeFolder(name);
+  EXPECT_EQ(WriteText("x", "3"), 1);
+  EXPECT_TRUE(std::filesystem::is_directory(path));
+  EXPECT_EQ(folder_.read("x"), "3");
+}
+
+// What an older version took for its own.
+TEST_F(PosixTemporary, LeavesAFileWithTheSuffixOfOldAlone) {
+  ASSERT_EQ(WriteText("x.~new", "the user's"), 10);
+
+  EXPECT_EQ(WriteText("x", "new"), 3);
+
+  EXPECT_EQ(folder_.read("x.~new"), "the user's");
+}
+
+TEST_F(PosixTemporary, NeedsNoLongerNameThanItsFile) {
+  MakeFolder("data");
+  for (size_t length = 250; length <= 255; ++length) {
+    SCOPED_TRACE(length);
+    const std::string name = "data/" + std::string(length, 'n');
+    ASSERT_EQ(WriteText(name.c_str(), "first"), 5);
+    EXPECT_EQ(WriteText(name.c_str(), "second"), 6);
+    EXPECT_EQ(fnQNFS_CopyFile("copy", name.c_str()), 1);
+    EXPECT_EQ(AppendText(name.c_str(), "+"), 1);
+    EXPECT_EQ(ReadText(name.c_str()), "second+");
+    EXPECT_EQ(fnQNFS_MoveFile(name.c_str(), "copy"), 1);
+    EXPECT_EQ(ReadText(name.c_str()), "second");
+  }
+}
+
+TEST_F(PosixTemporary, IsUsedWithoutALockWhereTheMediumRefusesLocks) {
+  FileFault fault = {FaultKind::kFail, 1, 0};
+  {
+    FileFaults faults;
+    ASSERT_EQ(WriteText("x", "old"), 3);
+    ASSERT_THAT(faults.Names(), Contains("flock"));
+    while (faults.Names()[static_cast<size_t>(fault.at) - 1] != "flock") ++fault.at;
+  }
+  for (const int error : {ENOLCK, ENOSYS, EOPNOTSUPP}) {
+    fault.error = error;
+    FileFaults faults(fault);
+    EXPECT_EQ(WriteText("x", std::to_string(error)), 2) << error;
+    EXPECT_EQ(folder_.read("x"), std::to_string(error));
+  }
+  EXPECT_THAT(folder_.names(), ElementsAre("x"));
+}
+
+}  // namespace
