@@ -125,7 +125,8 @@ bool Replacement::IsLeftBehind(const struct stat &status) const {
 
 // What a temporary of this file has in the nanoseconds of its last access. It is
 // made of the inode and the file's name, so no other file that came to have the
-// temporary's name has it, be it one that this port has written.
+// temporary's name has it, be it one that this port has written. Whoever reads a
+// temporary that was left behind may take its mark away; it then stays.
 uint64_t Replacement::MarkOf(const struct stat &status) const {
   constexpr uint64_t kBelowASecond = 999999937;
   return qn::HashOf(place_.base, status.st_ino) % kBelowASecond;
