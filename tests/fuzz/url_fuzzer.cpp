@@ -57,6 +57,9 @@ Target Split(const std::string &url) {
   return target;
 }
 
+// A line end would begin a further line of the request, which is not sent then.
+bool FitsLine(const std::string &text) { return text.find_first_of("\r\n") == std::string::npos; }
+
 struct Request {
   std::string method;
   std::string url;
@@ -139,8 +142,9 @@ void TryRequest(const Request &request, bool proxy) {
   EXPECT_EQ(ctx->path, target.path);
   EXPECT_EQ(ctx->method, request.method);
 
-  EXPECT_EQ(fnQNStack_Http_PrepareQuest(ctx.get()), 0);
-  EXPECT_EQ(qntest::UnreadOf(ctx->sendBuf), Composed(request, target, proxy));
+  const bool sent = FitsLine(target.host + target.path);
+  EXPECT_EQ(fnQNStack_Http_PrepareQuest(ctx.get()), sent ? 0 : -1);
+  EXPECT_EQ(qntest::UnreadOf(ctx->sendBuf), sent ? Composed(request, target, proxy) : "");
   ExpectSplitsAgain(ctx.get(), target);
 }
 
@@ -148,10 +152,11 @@ void TryTunnel(FuzzedDataProvider *input, bool proxy) {
   const ExactText host(NextText(input));
   const auto port = input->ConsumeIntegral<int32_t>();
   const Context ctx(fnQNStack_Http_Open_Connect(host.get(), port));
-  EXPECT_EQ(fnQNStack_Http_PrepareQuest_Connect(ctx.get()), proxy ? 0 : -1);
+  const bool sent = proxy && FitsLine(host.text());
+  EXPECT_EQ(fnQNStack_Http_PrepareQuest_Connect(ctx.get()), sent ? 0 : -1);
   const std::string line = Cut("CONNECT " + host.text() + ":" + std::to_string(port));
   EXPECT_EQ(qntest::UnreadOf(ctx->sendBuf),
-            proxy ? line + " HTTP/1.1\r\nProxy-Connection: Keep-Alive\r\n\r\n" : "");
+            sent ? line + " HTTP/1.1\r\nProxy-Connection: Keep-Alive\r\n\r\n" : "");
 }
 
 }  // namespace
