@@ -151,10 +151,11 @@ bool qn::WholeFile::Read(const char *name) {
   bool read = file.IsOpen() && fstat(file.Get(), &status) == 0;
   if (read) {
     size_ = static_cast<std::size_t>(status.st_size);
-    bytes_ = static_cast<char *>(std::malloc(size_ + 1));
+    bytes_.reset(static_cast<char *>(AllocateZeroed(uint64_t{size_} + 1)));
     // The byte more shows whether the file grew meanwhile.
     read = bytes_ != nullptr &&
-           ReadWhole(file.Get(), bytes_, size_ + 1) == static_cast<ssize_t>(size_) && file.Close();
+           ReadWhole(file.Get(), bytes_.get(), size_ + 1) == static_cast<ssize_t>(size_) &&
+           file.Close();
   }
   if (!read) size_ = 0;
   return read;

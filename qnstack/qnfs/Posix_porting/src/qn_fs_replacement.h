@@ -5,11 +5,11 @@
 #define QNSTACK_QN_FS_REPLACEMENT_H
 
 #include <cstddef>
-#include <cstdlib>
 #include <string_view>
 
 #include "qn_fs_beneath.h"
 #include "qn_fs_descriptor.h"
+#include "qn_owned.h"
 
 namespace qn {
 
@@ -17,17 +17,12 @@ namespace qn {
 // descriptors of its source and its destination one after the other.
 class WholeFile {
  public:
-  WholeFile() = default;
-  ~WholeFile() { std::free(bytes_); }
-  WholeFile(const WholeFile &) = delete;
-  WholeFile &operator=(const WholeFile &) = delete;
-
   // Reads a regular file, once; false if there is none or that failed.
   bool Read(const char *name);
-  std::string_view Bytes() const { return {bytes_, size_}; }
+  std::string_view Bytes() const { return {bytes_.get(), size_}; }
 
  private:
-  char *bytes_ = nullptr;
+  Owned<char> bytes_;
   std::size_t size_ = 0;
 };
 
