@@ -79,7 +79,7 @@ bool Save(const std::string &url, const std::string &label, const std::string &b
 
 std::optional<CachedAnswer> FindCached(const std::string &root, const std::string &url,
                                        const Identity &identity) {
-  const CacheIndex index(root, IfMissing::kCreate);
+  const CacheIndex index(root, Purpose::kWrite);
   const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl(url.c_str());
   if (entry == nullptr || entry->tag != kStatus) return {};
   const std::optional<CacheLabel> label = LabelOf(*entry);
@@ -98,7 +98,7 @@ Freshness KeepAnswer(const std::string &root, const std::string &url, const Iden
   if (url.size() + label.size() > kLongestEntry) {
     return {.why_not = "its URL and what it varies with are too long for the index"};
   }
-  const CacheIndex index(root, IfMissing::kCreate);
+  const CacheIndex index(root, Purpose::kWrite);
   if (!Save(url, label, record.Body(), freshness.until - time(nullptr))) {
     throw Failure(kNotWritten, "could not write the cache below " + root);
   }
@@ -106,7 +106,7 @@ Freshness KeepAnswer(const std::string &root, const std::string &url, const Iden
 }
 
 void ForgetAnswer(const std::string &root, const std::string &url) {
-  const CacheIndex index(root, IfMissing::kLeave);
+  const CacheIndex index(root, Purpose::kChange);
   if (!index.IsOpen()) return;
   for (const QNCacheEntry *entry : CacheIndex::Entries()) {
     if (url == entry->url && HasBody(*entry) && !DeleteBody(*entry)) {
@@ -116,7 +116,7 @@ void ForgetAnswer(const std::string &root, const std::string &url) {
 }
 
 void ClearCache(const std::string &root) {
-  const CacheIndex index(root, IfMissing::kLeave);
+  const CacheIndex index(root, Purpose::kChange);
   if (index.IsOpen() && fnQNStack_Cache_Delete_All() != 1) {
     throw Failure(kNotWritten, "could not empty the cache below " + root);
   }

@@ -13,10 +13,10 @@ std::string BodyFile(const QNCacheEntry &entry) { return kFolder + std::to_strin
 
 }  // namespace
 
-CacheIndex::CacheIndex(const std::string &root, IfMissing missing) : store_(root, missing) {
+CacheIndex::CacheIndex(const std::string &root, Purpose purpose) : store_(root, purpose) {
   if (!store_.IsOpen()) return;
   const bool folder = fnQNFS_MkDir(kFolder) == 1;
-  if (!folder && missing == IfMissing::kCreate) {
+  if (!folder && purpose == Purpose::kWrite) {
     throw Failure(kNotWritten, "could not create folder " + root + kFolder);
   }
   fnQNStack_Cache_Init();

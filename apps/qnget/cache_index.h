@@ -17,8 +17,8 @@ namespace qnget {
 
 class CacheIndex {
  public:
-  /** Opens the store, as `missing` says, and loads the index. Throws Failure. */
-  CacheIndex(const std::string &root, IfMissing missing);
+  /** Opens the store, as `purpose` says, and loads the index. Throws Failure. */
+  CacheIndex(const std::string &root, Purpose purpose);
   ~CacheIndex();
 
   CacheIndex(const CacheIndex &) = delete;

@@ -45,7 +45,7 @@ std::string Layout(const std::vector<Row> &rows) {
 
 std::string CacheTable(const std::string &root) {
   std::vector<Row> rows{{"URL", "SIZE", "AGE", "EXPIRES", "STATE"}};
-  const CacheIndex index(root, IfMissing::kLeave);
+  const CacheIndex index(root, Purpose::kRead);
   if (!index.IsOpen()) return Layout(rows);
   const int64_t now = time(nullptr);
   for (const QNCacheEntry *entry : CacheIndex::Entries()) {

@@ -9,29 +9,29 @@
 namespace qnget {
 namespace {
 
-Settings OpenSettings(const Options &options, IfMissing missing) {
-  return {options.folders, options.operator_name, missing};
+Settings OpenSettings(const Options &options, Purpose purpose) {
+  return {options.folders, options.operator_name, purpose};
 }
 
 std::string SetSetting(const Options &options) {
-  OpenSettings(options, IfMissing::kCreate).Set(options.key, options.value);
+  OpenSettings(options, Purpose::kWrite).Set(options.key, options.value);
   return {};
 }
 
 std::string UnsetSetting(const Options &options) {
-  OpenSettings(options, IfMissing::kLeave).Unset(options.key);
+  OpenSettings(options, Purpose::kChange).Unset(options.key);
   return {};
 }
 
 std::string GetSetting(const Options &options) {
-  const auto value = OpenSettings(options, IfMissing::kLeave).Get(options.key);
+  const auto value = OpenSettings(options, Purpose::kRead).Get(options.key);
   if (!value) throw Failure(kUsage, options.key + " is not set");
   return *value + "\n";
 }
 
 std::string ListSettings(const Options &options) {
   std::string text;
-  for (const auto &[key, value] : OpenSettings(options, IfMissing::kLeave).All()) {
+  for (const auto &[key, value] : OpenSettings(options, Purpose::kRead).All()) {
     text += Visible(key) + ": " + Visible(value) + "\n";
   }
   return text;

@@ -52,8 +52,8 @@ std::string ProblemOfSetting(const SettingKind &kind, const std::string &value) 
   return value.size() > kLongestValue ? "longer than 2000 bytes" : kind.check(value);
 }
 
-Settings::Settings(const Folders &folders, const std::string &operator_name, IfMissing missing)
-    : file_(SettingsFile(operator_name)), store_(AfterTakeover(folders), missing) {
+Settings::Settings(const Folders &folders, const std::string &operator_name, Purpose purpose)
+    : file_(SettingsFile(operator_name)), store_(AfterTakeover(folders), purpose) {
   fnQNList_Init(&list_);
   exist_ = store_.IsOpen() && Load();
 }
@@ -119,7 +119,7 @@ std::map<std::string, std::string> SettingsInForce(const Folders &folders,
                                                    const std::string &operator_name) {
   std::map<std::string, std::string> all;
   const auto take = [&](const std::string &name) {
-    const Settings settings(folders, name, IfMissing::kLeave);
+    const Settings settings(folders, name, Purpose::kRead);
     if (!name.empty() && !settings.Exist()) {
       throw Failure(kUsage, "there are no settings of operator " + name);
     }

@@ -38,7 +38,7 @@ class Settings {
    * Failure for a file that is there and cannot be read, so that nobody goes on
    * without what stands in it.
    */
-  Settings(const Folders &folders, const std::string &operator_name, IfMissing missing);
+  Settings(const Folders &folders, const std::string &operator_name, Purpose purpose);
   ~Settings();
 
   Settings(const Settings &) = delete;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The lock is on the root itself, so that reading leaves nothing behind. The
-// library's own protection is against crashes, not against a second writer.
+// One qnget at a time works in a root, from reading to writing: the library keeps
+// other processes out only for the length of one load or save. For that it locks
+// the folder itself, so the lock here is on a file. Reading does not make it: as
+// long as it is not there, nobody has written.
 #include "store.h"
 
 #include <errno.h>
@@ -10,8 +12,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <iterator>
 #include <thread>
 
 #include "failure.h"
@@ -22,6 +26,8 @@ namespace qnget {
 namespace {
 
 constexpr mode_t kOwnerAlone = 0700;
+constexpr mode_t kLockMode = 0600;
+constexpr const char *kLockFile = ".qnget.lock";
 constexpr std::chrono::milliseconds kBetweenTries{5};
 constexpr int kMostTries = 2000;  // where no deadline is set
 
@@ -55,6 +61,18 @@ void CreateWithParents(const std::string &root) {
   }
 }
 
+int OpenLock(int folder, Purpose purpose) {
+  constexpr int kFlags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+  if (purpose == Purpose::kRead) return openat(folder, kLockFile, kFlags);
+  return openat(folder, kLockFile, kFlags | O_CREAT, kLockMode);
+}
+
+// Whether there need be no lock: where nobody has written, or this one cannot.
+bool IsDispensable(int error) {
+  constexpr int kErrors[] = {ENOENT, EACCES, EPERM, EROFS, ENOSPC, EDQUOT};
+  return std::find(std::begin(kErrors), std::end(kErrors), error) != std::end(kErrors);
+}
+
 }  // namespace
 
 Folders FoldersBelow(const std::string &root) {
@@ -63,33 +81,38 @@ Folders FoldersBelow(const std::string &root) {
   return {UserFolder("XDG_CONFIG_HOME", "/.config"), cache, cache};
 }
 
-Store::Store(const std::string &root, IfMissing missing) : root_(root) {
-  const bool create = missing == IfMissing::kCreate;
+Store::Opened::~Opened() {
+  if (descriptor_ >= 0) close(descriptor_);
+}
+
+Store::Store(const std::string &root, Purpose purpose) : root_(root) {
+  const bool create = purpose == Purpose::kWrite;
   if (root.empty() && !create) return;
   if (root.empty())
     throw Failure(kNotWritten, "there is no folder of the user; give one by --root");
   if (*fnQNFS_SetFullPath(root.c_str()) == '\0') Fail("use", root, ENAMETOOLONG);
   if (create) CreateWithParents(root);
-  descriptor_ = open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor_ < 0 && !create && errno == ENOENT) return;
-  if (descriptor_ < 0) Fail("open", root, errno);
-  WaitForTurn();
+  folder_.Set(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!IsOpen() && !create && errno == ENOENT) return;
+  if (!IsOpen()) Fail("open", root, errno);
+  lock_.Set(OpenLock(folder_.Get(), purpose));
+  if (lock_.Get() >= 0) {
+    WaitForTurn();
+  } else if (!IsDispensable(errno)) {
+    Fail("lock", root, errno);
+  }
 }
 
-Store::~Store() {
-  if (descriptor_ >= 0) close(descriptor_);
-  fnQNFS_SetFullPath(nullptr);
-}
+Store::~Store() { fnQNFS_SetFullPath(nullptr); }
 
 void Store::Use() const { fnQNFS_SetFullPath(root_.c_str()); }
 
 // A medium that knows no locks is used without.
 void Store::WaitForTurn() const {
-  for (int tries = 0; flock(descriptor_, LOCK_EX | LOCK_NB) != 0; ++tries) {
+  for (int tries = 0; flock(lock_.Get(), LOCK_EX | LOCK_NB) != 0; ++tries) {
     if (errno != EWOULDBLOCK && errno != EINTR) return;
     const std::optional<double> left = TimeLeft();
     if (left ? *left <= 0 : tries == kMostTries) {
-      close(descriptor_);
       throw Failure(kNotWritten, "folder " + root_ + " is in use by another qnget");
     }
     std::this_thread::sleep_for(kBetweenTries);

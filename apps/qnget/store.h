@@ -20,27 +20,31 @@ struct Folders {
  */
 Folders FoldersBelow(const std::string &root);
 
-enum class IfMissing { kLeave, kCreate };
+/** What a store is opened for. */
+enum class Purpose {
+  kRead,    // a missing root is left missing, and nothing is made
+  kChange,  // what is there: a missing root is left missing
+  kWrite    // a missing root is created with its parents, for its owner alone
+};
 
 /** The root while it is worked in: the library's file names are taken below it. */
 class Store {
  public:
   /**
    * Opens the root and waits until no other qnget works in it, as long as the
-   * deadline lets it. A missing one is created with its parents, for its owner
-   * alone, or left and the store is not open. Throws Failure for a root that
-   * cannot be used.
+   * deadline lets it. If the root is left missing, the store is not open. Throws
+   * Failure for a root that cannot be used.
    */
-  Store(const std::string &root, IfMissing missing);
+  Store(const std::string &root, Purpose purpose);
   ~Store();
 
   Store(const Store &) = delete;
   Store &operator=(const Store &) = delete;
 
-  bool IsOpen() const { return descriptor_ >= 0; }
+  bool IsOpen() const { return folder_.Get() >= 0; }
 
   /** The folder itself, while it is open. */
-  int Descriptor() const { return descriptor_; }
+  int Descriptor() const { return folder_.Get(); }
 
   /** The path of one of the library's file names, for messages. */
   std::string Path(const std::string &file) const { return root_ + file; }
@@ -49,10 +53,26 @@ class Store {
   void Use() const;
 
  private:
+  // Closed at the end of its scope.
+  class Opened {
+   public:
+    explicit Opened(int descriptor = -1) : descriptor_(descriptor) {}
+    ~Opened();
+    Opened(const Opened &) = delete;
+    Opened &operator=(const Opened &) = delete;
+
+    int Get() const { return descriptor_; }
+    void Set(int descriptor) { descriptor_ = descriptor; }
+
+   private:
+    int descriptor_;
+  };
+
   void WaitForTurn() const;
 
   std::string root_;
-  int descriptor_ = -1;
+  Opened folder_;
+  Opened lock_;
 };
 
 }  // namespace qnget

@@ -57,8 +57,8 @@ void RemoveMark(const Store &store) {
 
 void TakeOverSettings(const Folders &folders) {
   if (!IsWanted(folders)) return;
-  const Store to(folders.settings, IfMissing::kCreate);
-  const Store from(folders.old_settings, IfMissing::kLeave);
+  const Store to(folders.settings, Purpose::kWrite);
+  const Store from(folders.old_settings, Purpose::kChange);
   if (!IsWanted(folders)) return;  // another qnget has done it meanwhile
   const std::vector<std::string> files = SettingsFilesIn(folders.old_settings);
   Write(to, kMark, "");

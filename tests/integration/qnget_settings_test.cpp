@@ -24,6 +24,9 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
+// By it one qnget at a time works in a root.
+constexpr const char *kLockFile = "/.qnget.lock";
+
 class QngetSettings : public testing::Test {
  protected:
   ProcessResult Run(const std::vector<std::string> &arguments) const {
@@ -243,12 +246,12 @@ TEST_F(QngetSettings, OfAnOperatorMustBeReadableToo) {
   EXPECT_EQ(result.error, Message("could not read " + root_ + "/operator-red.ini: not a file"));
 }
 
-// The folder of the settings in the hand of somebody else.
+// The folder of the settings in the hand of another qnget.
 class QngetLockedSettings : public QngetSettings {
  protected:
   QngetLockedSettings() {
     fs::create_directory(root_);
-    lock_ = open(root_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    lock_ = open((root_ + kLockFile).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     EXPECT_EQ(flock(lock_, LOCK_EX), 0);
   }
   ~QngetLockedSettings() override { close(lock_); }
@@ -269,6 +272,26 @@ TEST_F(QngetLockedSettings, AreWaitedForAsLongAsTheTimeLasts) {
     EXPECT_EQ(result.exit_code, 6);
     EXPECT_EQ(result.error, Message("folder " + root_ + " is in use by another qnget"));
   }
+}
+
+TEST_F(QngetSettings, AreLockedByAFileThatReadingDoesNotMake) {
+  fs::create_directory(root_);
+  folder_.write("root/settings.ini", std::string("accept\0a/b\0\n", 12));
+
+  EXPECT_EQ(Run({"config", "get", "accept"}).output, "a/b\n");
+  EXPECT_FALSE(fs::exists(root_ + kLockFile));
+
+  EXPECT_EQ(Run({"config", "unset", "accept"}).exit_code, 0);
+  EXPECT_TRUE(fs::exists(root_ + kLockFile));
+}
+
+TEST_F(QngetSettings, AreNotLockedByWhatIsNoFile) {
+  fs::create_directories(root_ + kLockFile);
+
+  const ProcessResult result = Run({"config", "set", "accept", "a/b"});
+
+  EXPECT_EQ(result.exit_code, 6);
+  EXPECT_EQ(result.error, Message("could not lock folder " + root_ + ": Is a directory"));
 }
 
 TEST_F(QngetLockedSettings, CountWhenTheyAreLetGo) {
