@@ -47,6 +47,7 @@ add_library(qnstack_port_inert OBJECT
 add_library(qnstack_port_posix OBJECT
   qnstack/qnfs/Posix_porting/src/qn_fs_beneath.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_descriptor.cpp
+  qnstack/qnfs/Posix_porting/src/qn_fs_directory.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_file.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_replacement.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_store.cpp

@@ -22,6 +22,16 @@
  * one step: after a failure the old content is there. A copy of a file, and a write
  * that replaces one, need two free descriptors, as fnQNFS_DeleteFile() does; so
  * does a move within one directory, and a move from one to another needs three.
+ * A save and a load need two, and three where the name is a symbolic link.
+ *
+ * While a call of the POSIX port changes the files of a directory, other processes
+ * and threads that use the port wait. So do they while a store saves or loads. For
+ * that the port takes `flock` on the directory, and a call without a descriptor
+ * for it fails and changes nothing. A medium that knows no locks is used without.
+ * The synchronisation callback is called when the lock has been given up. A program
+ * that holds a lock on the directory itself waits for ever in such a call: take
+ * one on a file of your own. What only reads does not wait; a move from one
+ * directory to another holds that of the destination.
  *
  * A file that is there though its content could not be read is not written by the
  * POSIX port: from a failed fnQNFS_ReadFromFile() on, or a load of a store that

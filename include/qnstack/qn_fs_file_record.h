@@ -10,6 +10,11 @@
  *
  * A load may write: it puts the backup of an unfinished save in place, as
  * fnQNFS_Load_File_To_Buffer() says.
+ *
+ * Of two processes that both load a list, change it and save it, the second to
+ * save wins, and the first one's change is gone. On the POSIX port each load, save
+ * and append is whole, as qn_fs_filebuffer.h says: appends of several processes
+ * all come to be in the file, but a save of what was loaded before one drops it.
  */
 #ifndef QNSTACK_QN_FS_FILE_RECORD_H
 #define QNSTACK_QN_FS_FILE_RECORD_H

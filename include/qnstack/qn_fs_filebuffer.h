@@ -20,6 +20,13 @@
  * backups load before you save: there a save deletes the ".bak" of a crash, and
  * the ".bak" that a save could not delete after it had finished is taken for one.
  *
+ * On the POSIX port several processes can save, append to and load one file: each
+ * does so while the others wait, so no load sees half a save, and no save or
+ * append that gave 1 is undone by another's. What a program does between a load
+ * and its save is not held together: of two that load, change and save a file, the
+ * second to save wins, and the first one's change is gone. Where that matters hold
+ * a lock of your own, on a file of your own, from the load to the save.
+ *
  * On the POSIX port a file whose content a load could not take, though it is
  * there, is not replaced by a save: see qn_fs_file.h.
  */

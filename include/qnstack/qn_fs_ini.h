@@ -10,6 +10,11 @@
  *
  * A load may write: it puts the backup of an unfinished save in place, as
  * fnQNFS_Load_File_To_Buffer() says.
+ *
+ * Of two processes that both load a file, set a value and write it, the second to
+ * write wins: it writes all its values, and the first one's change is gone. On the
+ * POSIX port each load and each write is whole, as qn_fs_filebuffer.h says, but
+ * the two together are not one.
  */
 #ifndef QNSTACK_QN_FS_INI_H
 #define QNSTACK_QN_FS_INI_H

@@ -15,6 +15,7 @@
 
 #include "posix/file_faults.h"
 #include "posix/posix_root.h"
+#include "posix/stores.h"
 #include "qnstack/qn_fs_file.h"
 
 namespace {
@@ -238,6 +239,18 @@ TEST_P(PosixNames, OfLinksThatStayInsideNeedTheKernel) {
   EXPECT_EQ(WriteText("shortcut/y", "new"), KernelResolves() ? 3 : -1);
   EXPECT_EQ(folder_.read("folder/x"), KernelResolves() ? "inside+" : "inside");
   EXPECT_EQ(folder_.read("folder/y"), KernelResolves() ? "new" : "");
+}
+
+TEST_P(PosixNames, OfLinksThatStayInsideAreLoadedAndReplaced) {
+  MakeFolder("data");
+  MakeFolder("other");
+  folder_.write("other/x", std::string("old\0", 4));
+  MakeLink("data/records", "../other/x");
+
+  EXPECT_EQ(LoadRecords(), KernelResolves() ? Texts{"old"} : Texts());
+  EXPECT_EQ(AppendRecord("new"), KernelResolves());
+  EXPECT_EQ(LoadRecords(), KernelResolves() ? (Texts{"old", "new"}) : Texts());
+  EXPECT_EQ(folder_.read("other/x"), std::string("old\0", 4));
 }
 
 TEST_P(PosixNames, OfALinkAreDeletedWithoutItsTarget) {

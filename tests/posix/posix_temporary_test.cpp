@@ -2,9 +2,7 @@
 // Guards the temporaries in which new content is written: what a crash leaves is
 // swept, what is in use or anybody else's is left alone, and none is in the way
 // of a file that may have any name.
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +11,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "posix/file_faults.h"
 #include "posix/posix_root.h"
@@ -22,22 +21,28 @@
 namespace {
 
 using namespace qntest;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
 class PosixTemporary : public PosixRoot {
  protected:
+  // Which of the calls that a write makes is the first of that name.
+  static int CallNumber(std::string_view call) {
+    FileFaults faults;
+    EXPECT_EQ(WriteText("y", "any"), 3);
+    EXPECT_EQ(fnQNFS_DeleteFile("y"), 1);
+    const auto &names = faults.Names();
+    const auto found = std::find(names.begin(), names.end(), call);
+    EXPECT_NE(found, names.end()) << "it makes no such call";
+    return static_cast<int>(found - names.begin()) + 1;
+  }
+
   // Writes x in a process that ends just before the new content is put in place.
   // The name of what it leaves beside x.
   std::string LeaveATemporary() {
-    FileFault end = {FaultKind::kEnd, 1, 0};
-    {
-      FileFaults faults;
-      EXPECT_EQ(WriteText("x", "old"), 3);
-      while (faults.Names()[static_cast<size_t>(end.at) - 1] != "renameat") ++end.at;
-    }
+    EXPECT_EQ(WriteText("x", "old"), 3);
+    const FileFault end = {FaultKind::kEnd, CallNumber("renameat"), 0};
     EXPECT_EQ(StatusOf([&] {
                 FileFaults faults(end);
                 WriteText("x", "half of a content that is longer than the next");
@@ -61,17 +66,17 @@ TEST_F(PosixTemporary, ThatACrashLeftIsSweptByTheNextWrite) {
   EXPECT_THAT(folder_.names(), ElementsAre("x"));
 }
 
-TEST_F(PosixTemporary, InUseByAnotherWriterIsLeftToIt) {
+// Where no lock shows that no other writer is at work.
+TEST_F(PosixTemporary, IsLeftAloneWhereTheMediumRefusesLocks) {
   const std::string temporary = LeaveATemporary();
   const auto half = std::filesystem::file_size(folder_.path(temporary));
-  const int other = open(folder_.path(temporary).c_str(), O_WRONLY | O_CLOEXEC);
-  ASSERT_EQ(flock(other, LOCK_EX), 0);
-
-  EXPECT_EQ(WriteText("x", "next"), 4);
+  {
+    FileFaults faults({FaultKind::kFail, CallNumber("flock"), ENOLCK});
+    EXPECT_EQ(WriteText("x", "next"), 4);
+  }
   EXPECT_EQ(folder_.read("x"), "next");
   EXPECT_EQ(std::filesystem::file_size(folder_.path(temporary)), half);
 
-  close(other);
   EXPECT_EQ(WriteText("x", "last"), 4);
   EXPECT_THAT(folder_.names(), ElementsAre("x"));
 }
@@ -148,13 +153,7 @@ TEST_F(PosixTemporary, NeedsNoLongerNameThanItsFile) {
 }
 
 TEST_F(PosixTemporary, IsUsedWithoutALockWhereTheMediumRefusesLocks) {
-  FileFault fault = {FaultKind::kFail, 1, 0};
-  {
-    FileFaults faults;
-    ASSERT_EQ(WriteText("x", "old"), 3);
-    ASSERT_THAT(faults.Names(), Contains("flock"));
-    while (faults.Names()[static_cast<size_t>(fault.at) - 1] != "flock") ++fault.at;
-  }
+  FileFault fault = {FaultKind::kFail, CallNumber("flock"), 0};
   for (const int error : {ENOLCK, ENOSYS, EOPNOTSUPP}) {
     fault.error = error;
     FileFaults faults(fault);

@@ -18,12 +18,10 @@
 
 namespace {
 
-constexpr mode_t kFileMode = 0600;
 constexpr mode_t kDirectoryMode = 0700;
-constexpr int kDirectoryFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+constexpr int kReadable = O_RDONLY | O_DIRECTORY | O_CLOEXEC;
+constexpr int kSearched = O_PATH | O_DIRECTORY | O_CLOEXEC;
 constexpr int kMostTries = 16;  // where the kernel says that a rename came between
-// So that open() neither waits for a FIFO nor makes a terminal the process's own.
-constexpr int kRegularFlags = O_NONBLOCK | O_NOCTTY;
 
 bool HasParentComponent(std::string_view name) {
   while (!name.empty()) {
@@ -40,7 +38,7 @@ qn::Descriptor OpenRoot() {
     errno = ENOENT;
     return {};
   }
-  return qn::Descriptor(open(root, O_PATH | O_DIRECTORY | O_CLOEXEC));
+  return qn::Descriptor(open(root, kSearched));
 }
 
 // Lets the kernel resolve the name beneath the root.
@@ -83,12 +81,14 @@ qn::Descriptor OpenIn(const qn::Descriptor &root, const qn::BeneathName &name, i
   return qn::Descriptor(fd);
 }
 
-// Gets the status of an open file; false, with the reason in errno, for any but a
-// regular one.
-bool IsRegularFile(const qn::Descriptor &file, struct stat *status) {
-  if (fstat(file.Get(), status) != 0) return false;
+qn::Descriptor OpenDirectory(const char *name, int flags) {
+  const std::string_view text(name == nullptr ? "" : name);
+  const std::string_view base(qn::BaseOf(text.data()));
+  const bool is_file = !base.empty() && base != "." && qn::BeneathName(text).IsUsable();
   errno = ENOENT;
-  return S_ISREG(status->st_mode);
+  const qn::Descriptor root = is_file ? OpenRoot() : qn::Descriptor();
+  return root.IsOpen() ? OpenIn(root, qn::BeneathName(qn::DirectoryOf(text)), flags)
+                       : qn::Descriptor();
 }
 
 }  // namespace
@@ -99,6 +99,12 @@ qn::BeneathName::BeneathName(std::string_view name) {
   std::memcpy(text_, name.data(), name.size());
   usable_ = true;
 }
+
+std::string_view qn::DirectoryOf(std::string_view name) {
+  return {name.data(), name.rfind('/') + 1};  // 0 without a slash
+}
+
+const char *qn::BaseOf(const char *name) { return name + DirectoryOf(name).size(); }
 
 qn::Descriptor qn::OpenBeneath(const char *name, int flags) {
   if (name == nullptr || !BeneathName(name).IsUsable()) {
@@ -115,30 +121,18 @@ qn::Descriptor qn::OpenRegular(const char *name, int flags) {
   return file.IsOpen() && IsRegularFile(file, &status) ? std::move(file) : Descriptor();
 }
 
-qn::Descriptor qn::OpenOrCreateRegular(const char *name, int flags) {
-  Descriptor file = OpenRegular(name, flags);
-  if (file.IsOpen()) return file;
-  const Place place = FindPlace(name);
-  if (!place.IsFound()) return {};
-  return Descriptor(openat(place.directory.Get(), place.base,
-                           flags | kRegularFlags | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                           kFileMode));
+qn::Descriptor qn::OpenDirectoryOf(const char *name) { return OpenDirectory(name, kReadable); }
+
+qn::Descriptor qn::OpenSearchedDirectoryOf(const char *name) {
+  Descriptor directory = OpenDirectoryOf(name);
+  if (!directory.IsOpen() && errno == EACCES) directory = OpenDirectory(name, kSearched);
+  return directory;
 }
 
-qn::Place qn::FindPlace(const char *name) {
-  Place place;
-  if (name == nullptr) return place;
-  const std::string_view text(name);
-  const std::size_t slash = text.rfind('/');
-  const std::size_t directory_length = slash == std::string_view::npos ? 0 : slash + 1;
-  const std::string_view base(text.data() + directory_length, text.size() - directory_length);
-  const BeneathName directory(std::string_view(text.data(), directory_length));
-  const bool is_file = !base.empty() && base != "." && BeneathName(text).IsUsable();
-  const Descriptor root = OpenRoot();
-  if (!is_file || !root.IsOpen()) return place;
-  std::memcpy(place.base, base.data(), base.size());
-  place.directory = OpenIn(root, directory, kDirectoryFlags);
-  return place;
+bool qn::IsRegularFile(const Descriptor &file, struct stat *status) {
+  if (fstat(file.Get(), status) != 0) return false;
+  errno = ENOENT;
+  return S_ISREG(status->st_mode);
 }
 
 bool qn::StatRegular(const char *name, struct stat *status) {
@@ -158,26 +152,16 @@ qn::Presence qn::LookFor(const char *name) {
   return MeansAbsent(errno) ? Presence::kAbsent : Presence::kUnknown;
 }
 
-bool qn::IsReplaceable(const char *name, Place *place) {
-  struct stat status = {};
-  if (fstatat(place->directory.Get(), place->base, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-    return errno == ENOENT;
-  }
-  if (S_ISREG(status.st_mode)) return true;
-  if (!S_ISLNK(status.st_mode)) return false;
-  *place = {};  // following the link takes as many descriptors as finding the place
-  if (LookFor(name) != Presence::kThere) return false;
-  *place = FindPlace(name);
-  return place->IsFound();
-}
+void qn::SyncDirectory(int directory) { fsync(directory); }
 
 bool qn::MakeDirectories(std::string_view path) {
   if (!BeneathName(path).IsUsable()) return false;
   for (std::size_t end = 0; end < path.size(); ++end) {
     end = std::min(path.find('/', end), path.size());
-    const Place place = FindPlace(BeneathName({path.data(), end}).Text());
-    if (place.IsFound()) mkdirat(place.directory.Get(), place.base, kDirectoryMode);
+    const BeneathName name({path.data(), end});
+    const Descriptor directory = OpenDirectoryOf(name.Text());
+    if (directory.IsOpen()) mkdirat(directory.Get(), BaseOf(name.Text()), kDirectoryMode);
   }
   // What was there already is no failure; only the directory itself counts.
-  return OpenBeneath(BeneathName(path).Text(), kDirectoryFlags).IsOpen();
+  return OpenBeneath(BeneathName(path).Text(), kReadable).IsOpen();
 }

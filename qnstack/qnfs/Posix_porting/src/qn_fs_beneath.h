@@ -7,12 +7,20 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cstdint>
+#include <limits>
 #include <string_view>
 
 #include "qn_fs_descriptor.h"
 #include "qnstack/qn_fs_file.h"
 
 namespace qn {
+
+inline constexpr mode_t kFileMode = 0600;
+// A load adds 10000 bytes to the size, in 32 bits.
+inline constexpr off_t kMostFileSize = std::numeric_limits<int32_t>::max() - 10000;
+// So that open() neither waits for a FIFO nor makes a terminal the process's own.
+inline constexpr int kRegularFlags = O_NONBLOCK | O_NOCTTY;
 
 // A name relative to the root: without leading slashes.
 class BeneathName {
@@ -29,13 +37,9 @@ class BeneathName {
   bool usable_ = false;
 };
 
-// A file's directory, opened, and the file's name in it.
-struct Place {
-  Descriptor directory;
-  char base[QNFS_PATH_BYTES] = {};
-
-  bool IsFound() const { return directory.IsOpen(); }
-};
+// The directory part of a name, with the slash at its end, and what is behind it.
+std::string_view DirectoryOf(std::string_view name);
+const char *BaseOf(const char *name);
 
 // Opens a name with the flags of open(2). Symbolic links that stay below the
 // root are followed.
@@ -45,17 +49,22 @@ Descriptor OpenBeneath(const char *name, int flags);
 // errno has the reason.
 Descriptor OpenRegular(const char *name, int flags);
 
-// Opens a regular file and creates it (0600) if there is none. It creates none
-// where a symbolic link to nothing stands.
-Descriptor OpenOrCreateRegular(const char *name, int flags);
+// Opens the directory that a file is or would be in, to be read and synced. On
+// failure errno has the reason.
+Descriptor OpenDirectoryOf(const char *name);
 
-// The directory that a file is or would be in.
-Place FindPlace(const char *name);
+// The same where the directory need not be readable: one that may only be
+// searched is opened without the right to read, lock or sync it.
+Descriptor OpenSearchedDirectoryOf(const char *name);
 
 // Whether a name is a regular file. It cannot be told where a call fails for any
 // other reason than that there is none.
 enum class Presence { kAbsent, kThere, kUnknown };
 Presence LookFor(const char *name);
+
+// Gets the status of an open file; false, with the reason in errno, for any but a
+// regular one.
+bool IsRegularFile(const Descriptor &file, struct stat *status);
 
 // Gets the status of a regular file; symbolic links below the root are followed.
 // False, with the reason in errno, if there is none or it cannot be told.
@@ -64,9 +73,9 @@ bool StatRegular(const char *name, struct stat *status);
 // Whether an error means that there is no file to read by the name.
 bool MeansAbsent(int error);
 
-// Whether a file can be put at a place: there is a regular one, or nothing. The
-// place is looked up again if that takes the descriptor.
-bool IsReplaceable(const char *name, Place *place);
+// Writes a directory's entries to the medium. Where the file system cannot do
+// that, the entries are in place all the same.
+void SyncDirectory(int directory);
 
 // Creates a directory (0700) and those it is in, as far as they are missing.
 bool MakeDirectories(std::string_view path);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The file port for POSIX systems: files below the root directory, readable by
 // their owner alone, written so that a crash leaves the old content or the new.
-// The application and the library's stores call it.
+// The application and the library's stores call it. What changes the files of a
+// directory holds it meanwhile.
 #include "qnstack/qn_fs_file.h"
 
 #include <dirent.h>
@@ -10,11 +11,11 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <limits>
 #include <string_view>
 
 #include "qn_fs_beneath.h"
 #include "qn_fs_descriptor.h"
+#include "qn_fs_directory.h"
 #include "qn_fs_file_port.h"
 #include "qn_fs_replacement.h"
 #include "qn_fs_store.h"
@@ -24,8 +25,6 @@
 namespace {
 
 constexpr int32_t kFailed = -1;
-// A load adds 10000 bytes to the size, in 32 bits.
-constexpr off_t kMostFileSize = std::numeric_limits<int32_t>::max() - 10000;
 
 std::size_t Size(int32_t length) { return static_cast<std::size_t>(length); }
 
@@ -38,9 +37,21 @@ bool AppendWhole(int fd, const void *data, std::size_t size) {
   return false;
 }
 
-// The directory part of a name, with the slash at its end.
-std::string_view DirectoryOf(std::string_view name) {
-  return {name.data(), name.rfind('/') + 1};  // 0 without a slash
+bool Replace(const char *name, std::string_view content) {
+  const qn::LockedDirectory directory(qn::OpenDirectoryOf(name));
+  return directory.IsOpen() && qn::ReplaceContent(directory, name, content);
+}
+
+// Changes a file in place, which is made if there is none. A directory that may
+// only be searched will do for a file that is there.
+template <typename Change>
+bool ChangeInPlace(const char *name, int flags, Change change) {
+  if (!qn::MayWrite(name)) return false;
+  const qn::LockedDirectory directory(qn::OpenSearchedDirectoryOf(name));
+  if (!directory.IsOpen()) return false;
+  qn::Descriptor file = qn::OpenRegularIn(directory.Get(), name, flags);
+  if (!file.IsOpen()) file = qn::CreateRegularIn(directory.Get(), name, flags);
+  return file.IsOpen() && change(file.Get()) && file.Close();
 }
 
 bool IsDirectory(int directory, const dirent &entry) {
@@ -63,6 +74,11 @@ bool DeleteEntries(DIR *entries) {
     errno = 0;
   }
   return all && errno == 0;
+}
+
+qn::Descriptor Create(const char *name, int flags) {
+  const qn::Descriptor directory = qn::OpenDirectoryOf(name);
+  return directory.IsOpen() ? qn::CreateRegularIn(directory.Get(), name, flags) : qn::Descriptor();
 }
 
 // A mode of fopen(), and what it means to open(2).
@@ -108,8 +124,8 @@ int32_t fnQNFS_MkDir(const char *path) {
 QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
   const Mode *way = FindMode(mode);
   if (way == nullptr || (way->flags != O_RDONLY && !qn::MayWrite(name))) return nullptr;
-  qn::Descriptor file = way->Creates() ? qn::OpenOrCreateRegular(name, way->flags)
-                                       : qn::OpenRegular(name, way->flags);
+  qn::Descriptor file = qn::OpenRegular(name, way->flags);
+  if (!file.IsOpen() && way->Creates()) file = Create(name, way->flags);
   if (!file.IsOpen()) return nullptr;
   // fnQNFS_File_Close() frees the cell.
   auto *cell = static_cast<FILE **>(std::malloc(sizeof(FILE *)));
@@ -128,41 +144,45 @@ QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
 int32_t fnQNFS_getFileSize(const char *name) {
   struct stat status = {};
   if (!qn::StatRegular(name, &status)) return kFailed;
-  return status.st_size <= kMostFileSize ? static_cast<int32_t>(status.st_size) : kFailed;
+  return status.st_size <= qn::kMostFileSize ? static_cast<int32_t>(status.st_size) : kFailed;
 }
 
 int32_t fnQNFS_CopyFile(const char *destination, const char *source) {
   qn::WholeFile content;
-  return content.Read(source) && qn::ReplaceContent(destination, content.Bytes()) ? 1 : 0;
+  return content.ReadFrom(qn::OpenRegular(source, O_RDONLY)) &&
+                 Replace(destination, content.Bytes())
+             ? 1
+             : 0;
 }
 
+// Two directories are not locked at once: two moves could wait for each other.
 int32_t fnQNFS_MoveFile(const char *destination, const char *source) {
   if (source == nullptr || destination == nullptr) return 0;
-  if (qn::LookFor(source) != qn::Presence::kThere) return 0;
-  qn::Place to = qn::FindPlace(destination);
-  if (!to.IsFound() || !qn::IsReplaceable(destination, &to)) return 0;
+  const qn::LockedDirectory to(qn::OpenDirectoryOf(destination));
+  if (!to.IsOpen()) return 0;
   // Where both are in one directory, one descriptor of it will do.
-  const bool together = DirectoryOf(source) == DirectoryOf(destination);
-  const qn::Place from = together ? qn::Place() : qn::FindPlace(source);
-  if (!together && !from.IsFound()) return 0;
-  const qn::Descriptor &directory = together ? to.directory : from.directory;
-  const char *base = source + DirectoryOf(source).size();
-  if (renameat(directory.Get(), base, to.directory.Get(), to.base) != 0) return 0;
+  const bool together = qn::DirectoryOf(source) == qn::DirectoryOf(destination);
+  const qn::Descriptor other = together ? qn::Descriptor() : qn::OpenDirectoryOf(source);
+  if (!together && !other.IsOpen()) return 0;
+  const int from = together ? to.Get() : other.Get();
+  if (qn::LookForIn(from, source) != qn::Presence::kThere) return 0;
+  if (!qn::IsReplaceableIn(to.Get(), destination)) return 0;
+  if (renameat(from, qn::BaseOf(source), to.Get(), qn::BaseOf(destination)) != 0) return 0;
   qn::RenameUnread(destination, source);
-  qn::SyncDirectory(to.directory);
-  if (!together) qn::SyncDirectory(from.directory);
+  qn::SyncDirectory(to.Get());
+  if (!together) qn::SyncDirectory(from);
   return 1;
 }
 
 int32_t fnQNFS_DeleteFile(const char *name) {
-  const qn::Place place = qn::FindPlace(name);
-  if (!place.IsFound() || unlinkat(place.directory.Get(), place.base, 0) != 0) return 0;
+  const qn::LockedDirectory directory(qn::OpenDirectoryOf(name));
+  if (!directory.IsOpen() || unlinkat(directory.Get(), qn::BaseOf(name), 0) != 0) return 0;
   qn::ForgetUnread(name);
   return 1;
 }
 
 int32_t fnQNFS_DelAllFiles(const char *path) {
-  qn::Descriptor directory = qn::OpenBeneath(path, O_RDONLY | O_DIRECTORY);
+  qn::LockedDirectory directory(qn::OpenBeneath(path, O_RDONLY | O_DIRECTORY));
   if (!directory.IsOpen()) return 0;
   DIR *entries = fdopendir(directory.Get());
   if (entries == nullptr) return 0;
@@ -175,8 +195,9 @@ int32_t fnQNFS_RmDir(const char *path) {
   std::string_view directory(path == nullptr ? "" : path);
   while (directory.ends_with('/')) directory.remove_suffix(1);
   const qn::BeneathName name(directory);
-  const qn::Place place = qn::FindPlace(name.Text());
-  return place.IsFound() && unlinkat(place.directory.Get(), place.base, AT_REMOVEDIR) == 0 ? 1 : 0;
+  const qn::Descriptor parent = qn::OpenDirectoryOf(name.Text());
+  const char *base = qn::BaseOf(name.Text());
+  return parent.IsOpen() && unlinkat(parent.Get(), base, AT_REMOVEDIR) == 0 ? 1 : 0;
 }
 
 uint32_t fnQNFS_File_CreateDir(const char *path) {
@@ -207,30 +228,27 @@ int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination
 
 int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name) {
   if (data == nullptr || length < 0) return kFailed;
-  const std::string_view content(static_cast<const char *>(data), Size(length));
-  if (!qn::ReplaceContent(name, content)) return kFailed;
+  if (!Replace(name, {static_cast<const char *>(data), Size(length)})) return kFailed;
   qn::TellWritten(name);
   return length;
 }
 
 int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name) {
-  if (data == nullptr || length < 0 || !qn::MayWrite(name)) return kFailed;
-  qn::Descriptor file = qn::OpenOrCreateRegular(name, O_WRONLY | O_APPEND);
-  if (!file.IsOpen() || !AppendWhole(file.Get(), data, Size(length)) || !file.Close()) {
-    return kFailed;
-  }
+  if (data == nullptr || length < 0) return kFailed;
+  const auto append = [&](int fd) { return AppendWhole(fd, data, Size(length)); };
+  if (!ChangeInPlace(name, O_WRONLY | O_APPEND, append)) return kFailed;
   qn::TellWritten(name);
   return length;
 }
 
 int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t position,
                                 const char *name) {
-  if (data == nullptr || length < 0 || position < 0 || !qn::MayWrite(name)) return kFailed;
-  qn::Descriptor file = qn::OpenOrCreateRegular(name, O_WRONLY);
-  const bool written = file.IsOpen() && lseek(file.Get(), position, SEEK_SET) == position &&
-                       qn::WriteWhole(file.Get(), data, Size(length)) && fsync(file.Get()) == 0 &&
-                       file.Close();
-  return written ? length : kFailed;
+  if (data == nullptr || length < 0 || position < 0) return kFailed;
+  const auto write = [&](int fd) {
+    return lseek(fd, position, SEEK_SET) == position && qn::WriteWhole(fd, data, Size(length)) &&
+           fsync(fd) == 0;
+  };
+  return ChangeInPlace(name, O_WRONLY, write) ? length : kFailed;
 }
 
 int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t length,

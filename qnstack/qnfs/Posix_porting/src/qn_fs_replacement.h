@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <string_view>
 
-#include "qn_fs_beneath.h"
 #include "qn_fs_descriptor.h"
+#include "qn_fs_directory.h"
 #include "qn_owned.h"
 
 namespace qn {
@@ -17,8 +17,8 @@ namespace qn {
 // descriptors of its source and its destination one after the other.
 class WholeFile {
  public:
-  // Reads a regular file, once; false if there is none or that failed.
-  bool Read(const char *name);
+  // Reads a regular file, once, from its beginning; false if that failed.
+  bool ReadFrom(Descriptor file);
   std::string_view Bytes() const { return {bytes_.get(), size_}; }
 
  private:
@@ -26,14 +26,11 @@ class WholeFile {
   std::size_t size_ = 0;
 };
 
-// Puts `first` and `second` behind it in the place of a file's content, with the
-// descriptors of the file's directory and one file. False with the old content
-// untouched, also where that could not be read (qn_fs_unread.h).
-bool ReplaceContent(const char *name, std::string_view first, std::string_view second = {});
-
-// Writes a directory's entries to the medium. Where the file system cannot do
-// that, the entries are in place all the same.
-void SyncDirectory(const Descriptor &directory);
+// Puts `first` and `second` behind it in the place of a file's content, with one
+// more descriptor. False with the old content untouched, also where that could
+// not be read (qn_fs_unread.h).
+bool ReplaceContent(const LockedDirectory &directory, const char *name, std::string_view first,
+                    std::string_view second = {});
 
 }  // namespace qn
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 
 #include "qn_fs_beneath.h"
+#include "qn_fs_directory.h"
 #include "qn_fs_file_port.h"
 #include "qn_fs_hash.h"
 #include "qn_fs_store.h"
@@ -73,4 +74,8 @@ void qn::RenameUnread(const char *destination, const char *source) {
 bool qn::MayWrite(const char *name) {
   if (name == nullptr) return false;
   return !IsUnread(name) || LookFor(name) == Presence::kAbsent;
+}
+
+bool qn::MayWriteIn(int directory, const char *name) {
+  return !IsUnread(name) || LookForIn(directory, name) == Presence::kAbsent;
 }

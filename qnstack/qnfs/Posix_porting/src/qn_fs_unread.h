@@ -17,6 +17,9 @@ void RenameUnread(const char *destination, const char *source);
 // or is gone.
 bool MayWrite(const char *name);
 
+// The same for a file in a directory that is open.
+bool MayWriteIn(int directory, const char *name);
+
 }  // namespace qn
 
 #endif

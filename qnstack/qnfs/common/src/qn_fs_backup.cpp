@@ -7,6 +7,19 @@
 #include "qnstack/qn_fs_file.h"
 #include "qnstack/qn_fs_filebuffer.h"
 
+namespace {
+
+constexpr int32_t kUnknown = -1;
+
+void PutBackupBack(const char *name) {
+  const qn::Owned<char> backup(fnQNFS_getBak_FileName(name));
+  if (backup == nullptr || fnQNFS_isFileExisted(backup.get()) <= 0) return;
+  fnQNFS_DeleteFile(name);
+  fnQNFS_MoveFile(name, backup.get());
+}
+
+}  // namespace
+
 bool qn::Store(const char *name, const void *data, int32_t length, StoreWay way) {
   const Owned<char> backup(fnQNFS_getBak_FileName(name));
   if (backup != nullptr) {
@@ -24,12 +37,16 @@ bool qn::Store(const char *name, const void *data, int32_t length, StoreWay way)
   return true;
 }
 
-bool qn::RestoreBackup(const char *name) {
-  const Owned<char> backup(fnQNFS_getBak_FileName(name));
-  if (backup == nullptr || fnQNFS_isFileExisted(backup.get()) <= 0) return true;
-  fnQNFS_DeleteFile(name);
-  fnQNFS_MoveFile(name, backup.get());
-  return true;
+int32_t qn::Load(const char *name, LoadArea *area) {
+  PutBackupBack(name);
+  const int32_t size = fnQNFS_getFileSize(name);
+  if (size == kUnknown) return 0;
+  int32_t count = kUnknown;
+  int32_t result = -1;
+  if (area->MakeRoom(size)) {
+    result = fnQNFS_ReadFromFile(name, area->Room(), area->Bytes(), &count);
+  }
+  return area->End(result, count);
 }
 
 // Such a port gives no size for a file that is not there, and no other reason.

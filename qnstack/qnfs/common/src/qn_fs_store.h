@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
-// How stores keep a file's old content until the new one is in place. A library
-// is linked with one of two answers: qn_fs_backup.cpp keeps a ".bak" meanwhile
-// and asks nothing of its file port; the POSIX port has its own, on which a write
-// replaces a file in one step.
+// How stores keep a file's old content until the new one is in place, and how
+// loads find the right one. A library is linked with one of two answers:
+// qn_fs_backup.cpp keeps a ".bak" meanwhile and asks nothing of its file port; the
+// POSIX port has its own, on which a write replaces a file in one step and other
+// processes wait.
 #ifndef QNSTACK_QN_FS_STORE_H
 #define QNSTACK_QN_FS_STORE_H
 
 #include <cstdint>
+
+#include "qn_fs_load_area.h"
 
 namespace qn {
 
@@ -16,9 +19,9 @@ enum class StoreWay { kReplace, kAppend };
 // finds the old content.
 bool Store(const char *name, const void *data, int32_t length, StoreWay way);
 
-// Puts the ".bak" of a save that did not finish in the place of its file. False
-// if what is under the name must not be taken for the file's content.
-bool RestoreBackup(const char *name);
+// Loads a file, with the results of fnQNFS_Load_File_To_Buffer(). The ".bak" of a
+// save that did not finish is put in the place of its file first.
+int32_t Load(const char *name, LoadArea *area);
 
 // Whether a file of unknown size counts as none: there is no such file.
 bool CountsAsNone(const char *name);
