@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "posix/file_faults.h"
@@ -23,6 +24,16 @@ TEST_F(PosixFolder, IsMadePrivateWithThoseItIsIn) {
 
   EXPECT_EQ(ModeOf("wap"), 0700);
   EXPECT_EQ(ModeOf("wap/ca"), 0700);
+}
+
+TEST_F(PosixFolder, ThatIsMadeIsForcedWithThoseItIsIn) {
+  const auto syncs = [] {
+    FileFaults faults;
+    EXPECT_EQ(fnQNFS_MkDir("/wap/ca/"), 1);
+    return std::count(faults.Names().begin(), faults.Names().end(), "fsync");
+  };
+  EXPECT_EQ(syncs(), 2);
+  EXPECT_EQ(syncs(), 0) << "they are there";
 }
 
 TEST_F(PosixFolder, IsMadeWithAndWithoutASlashAtItsEnd) {

@@ -173,12 +173,15 @@ TEST_F(PosixMedium, IsForcedAfterAnAppendAndAWriteInPlace) {
   FileFaults faults;
   ASSERT_EQ(AppendText("x", "content"), 7);
   ASSERT_EQ(fnQNFS_WriteToFileAtPos("C", 1, 0, "x"), 1);
+  ASSERT_EQ(fnQNFS_WriteToFileAtPos("n", 1, 0, "new"), 1);
 
   std::vector<std::string_view> order;
   for (const std::string_view call : faults.Names()) {
     if (call == "write" || call == "fsync") order.push_back(call);
   }
-  EXPECT_THAT(order, ElementsAre("write", "fsync", "write", "fsync"));
+  EXPECT_THAT(order, ElementsAre("write", "fsync", "fsync",  // with the new file's name
+                                 "write", "fsync",           //
+                                 "write", "fsync", "fsync"));
 }
 
 // Writes its own letter many times; ends with 0 if every write succeeded.

@@ -160,7 +160,9 @@ bool qn::MakeDirectories(std::string_view path) {
     end = std::min(path.find('/', end), path.size());
     const BeneathName name({path.data(), end});
     const Descriptor directory = OpenDirectoryOf(name.Text());
-    if (directory.IsOpen()) mkdirat(directory.Get(), BaseOf(name.Text()), kDirectoryMode);
+    if (!directory.IsOpen()) continue;
+    const bool made = mkdirat(directory.Get(), BaseOf(name.Text()), kDirectoryMode) == 0;
+    if (made) SyncDirectory(directory.Get());
   }
   // What was there already is no failure; only the directory itself counts.
   return OpenBeneath(BeneathName(path).Text(), kReadable).IsOpen();

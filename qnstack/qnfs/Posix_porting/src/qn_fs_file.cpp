@@ -50,8 +50,11 @@ bool ChangeInPlace(const char *name, int flags, Change change) {
   const qn::LockedDirectory directory(qn::OpenSearchedDirectoryOf(name));
   if (!directory.IsOpen()) return false;
   qn::Descriptor file = qn::OpenRegularIn(directory.Get(), name, flags);
-  if (!file.IsOpen()) file = qn::CreateRegularIn(directory.Get(), name, flags);
-  return file.IsOpen() && change(file.Get()) && file.Close();
+  const bool is_new = !file.IsOpen();
+  if (is_new) file = qn::CreateRegularIn(directory.Get(), name, flags);
+  const bool changed = file.IsOpen() && change(file.Get()) && file.Close();
+  if (changed && is_new) qn::SyncDirectory(directory.Get());
+  return changed;
 }
 
 bool IsDirectory(int directory, const dirent &entry) {
