@@ -45,8 +45,8 @@ constexpr Held kHeld[] = {
     {"header text/5 tokens, copied", "a token is a zero-filled block that fnQN_Free() takes"},
     {"header text/prefix ignoring case", "A to Z alone are folded, whatever the locale"},
 
-    {"files/.* saved", "the old content stays in a \".bak\" until the new is whole"},
-    {"files/20 settings loaded", "a \".bak\" that an unfinished save left is put back first"},
+    {"files/.* saved", "the directory is locked, and synced as the file is"},
+    {"files/20 settings loaded", "the directory is locked, and a \".bak\" in it is put back first"},
 
     {"look-ups/header table of 6: a value replaced", "strdup(), and a walk in the table's order"},
     {"look-ups/header table of 6: each name read", "the table keeps its order and is walked"},
