@@ -16,7 +16,7 @@ heading() {
 }
 
 # What of a program's output is its report.
-readonly report='^\||^\[  (PASSED|SKIPPED) |^[0-9]+ kills|: [0-9]+ points'
+readonly report='^\||^### |^\[  (PASSED|SKIPPED) |^[0-9]+ kills|: [0-9]+ points'
 
 # Runs a program and shows its report; all of its output is kept.
 report_of() { # NAME COMMAND...

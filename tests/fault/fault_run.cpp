@@ -4,38 +4,18 @@
 #include "fault/fault_run.h"
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <utility>
+#include <optional>
 
 #include "posix/posix_root.h"
 #include "qnstack/qn_fs_comm_tools.h"
+#include "support/call_faults.h"
 #include "support/captured_output.h"
+#include "support/few_descriptors.h"
 #include "support/slot_table.h"
 
 namespace qntest {
 
 namespace {
-
-using Names = std::vector<std::string_view>;
-
-constexpr std::array<std::string_view, 4> kHeap = {"malloc", "calloc", "realloc", "strdup"};
-// A signal fails these; what they report is the caller's to see.
-constexpr std::array<std::string_view, 3> kBlockingNetwork = {"connect", "send", "recv"};
-// The library carries these on itself, or nothing is lost by them.
-constexpr std::array<std::string_view, 5> kCarriedOn = {"read", "write", "flock", "openat2",
-                                                        "close"};
-constexpr std::array<std::string_view, 5> kOtherInterruptible = {"open", "openat", "fsync", "fcntl",
-                                                                 "ftruncate"};
-
-template <typename Set>
-bool IsIn(const Set &names, std::string_view name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-bool IsInterruptible(std::string_view name) {
-  return IsIn(kBlockingNetwork, name) || IsIn(kCarriedOn, name) || IsIn(kOtherInterruptible, name);
-}
 
 // One run and what came of it.
 struct Run {
@@ -48,16 +28,18 @@ struct Run {
 };
 
 bool MetARefusal(const Names &names, const CallFault &fault) {
+  if (IsHeapCall(fault.every)) return true;
   if (fault.at == 0 || fault.at > static_cast<int>(names.size())) return false;
   const auto first = names.begin() + (fault.at - 1);
   const auto end = fault.onwards ? names.end() : first + 1;
-  return std::any_of(first, end, [](std::string_view name) { return IsIn(kHeap, name); });
+  return std::any_of(first, end, IsHeapCall);
 }
 
 // A save leaves one copy of a path with the log, until the next log text.
 void FreePathOfLog() { fnQNFS_printLog_param(nullptr, 0); }
 
-Run RunOnce(const ScenarioKind &kind, CallFault fault) {
+Run RunOnce(const ScenarioKind &kind, const FaultPoint &point) {
+  CallFault fault = point.fault;
   fault.most_failed_receives = kind.most_failed_receives;
   Run run;
   CapturedOutput traces;
@@ -68,6 +50,8 @@ Run RunOnce(const ScenarioKind &kind, CallFault fault) {
   const int descriptors = OpenDescriptors();
   FreePathOfLog();
   {
+    std::optional<FewDescriptors> few;
+    if (point.descriptors) few.emplace(*point.descriptors);
     CallFaults calls(kAllCalls, fault);
     scenario->Act();
     FreePathOfLog();
@@ -87,52 +71,47 @@ Run RunOnce(const ScenarioKind &kind, CallFault fault) {
   return run;
 }
 
-// What an interrupted call must come to, beside what every failed one must.
-std::string JudgeInterruption(const ScenarioKind &kind, const Run &undisturbed, const Run &run,
-                              int at) {
-  const std::string_view name = undisturbed.names[static_cast<size_t>(at) - 1];
-  if (IsIn(kCarriedOn, name)) {
+// Where the point says what the run must be like: what is wrong, or empty.
+std::string CompareRuns(const ScenarioKind &kind, const Run &undisturbed, const Run &run,
+                        const FaultPoint &point) {
+  if (point.is_carried_on) {
     return run.seen == undisturbed.seen ? "" : "the call was not carried on: " + run.seen;
   }
-  if (!IsIn(kBlockingNetwork, name)) return "";
-  const Run failed = RunOnce(kind, {.at = at});
+  if (!point.is_any_failure) return "";
+  const Run failed = RunOnce(kind, {.text = point.text, .fault = {.at = point.fault.at}});
   return run.seen == failed.seen ? "" : "seen " + run.seen + " but for other errors " + failed.seen;
 }
 
-Run RunPoint(const ScenarioKind &kind, const Run &undisturbed, Way way, int at) {
-  const CallFault fault = {
-      .at = at, .onwards = way == Way::kRest, .error = way == Way::kInterrupted ? EINTR : 0};
-  Run run = RunOnce(kind, fault);
+Run RunPoint(const ScenarioKind &kind, const Run &undisturbed, const FaultPoint &point) {
+  Run run = RunOnce(kind, point);
   const auto before = undisturbed.names.begin();
-  if (run.failures == 0 || !std::equal(before, before + at, run.names.begin())) {
+  const bool is_reached = point.first == 0 || run.failures > 0;
+  if (!is_reached || !std::equal(before, before + point.first, run.names.begin())) {
     run.verdict = Broken("the calls up to the point are not those of the undisturbed run");
   }
-  if (way == Way::kInterrupted && run.verdict.complaint.empty()) {
-    run.verdict.complaint = JudgeInterruption(kind, undisturbed, run, at);
+  if (run.verdict.complaint.empty()) {
+    run.verdict.complaint = CompareRuns(kind, undisturbed, run, point);
   }
   return run;
 }
 
-void Add(Tally &tally, const Run &run, const std::string &point) {
+void Add(Tally &tally, const Run &run, const FaultPoint &point) {
   ++tally.points;
+  Share &row = tally.rows[point.row];
+  ++row.points;
+  if (run.done) ++row.done;
   if (!run.verdict.complaint.empty()) {
-    tally.complaints.push_back(point + ": " + run.verdict.complaint);
+    tally.complaints.push_back(point.text + ": " + run.verdict.complaint);
     return;
   }
   ++tally.held;
+  ++row.held;
   if (!run.verdict.exception.empty()) ++tally.exceptions[run.verdict.exception];
-}
-
-std::string Point(const Names &names, Way way, int at) {
-  constexpr std::array<const char *, 3> kWays = {" fails", " and all after it fail",
-                                                 " is interrupted"};
-  return "call " + std::to_string(at) + " of " + std::to_string(names.size()) + ", " +
-         std::string(names[static_cast<size_t>(at) - 1]) + kWays[static_cast<size_t>(way)];
 }
 
 }  // namespace
 
-Tally RunAtEveryCall(const ScenarioKind &kind, Way way, Sample sample) {
+Tally RunAtEachPoint(const ScenarioKind &kind, Way way, Sample sample) {
   const Run undisturbed = RunOnce(kind, {});
   Tally tally;
   tally.calls = static_cast<int>(undisturbed.names.size());
@@ -142,12 +121,10 @@ Tally RunAtEveryCall(const ScenarioKind &kind, Way way, Sample sample) {
                                undisturbed.verdict.complaint);
     return tally;
   }
-  int candidates = 0;
-  for (int at = 1; at <= tally.calls; ++at) {
-    const bool possible =
-        way != Way::kInterrupted || IsInterruptible(undisturbed.names[static_cast<size_t>(at) - 1]);
-    if (!possible || candidates++ % sample.stride != sample.offset) continue;
-    Add(tally, RunPoint(kind, undisturbed, way, at), Point(undisturbed.names, way, at));
+  const std::vector<FaultPoint> points = PointsOf(way, undisturbed.names);
+  for (int i = sample.offset; i < static_cast<int>(points.size()); i += sample.stride) {
+    const FaultPoint &point = points[static_cast<size_t>(i)];
+    Add(tally, RunPoint(kind, undisturbed, point), point);
   }
   return tally;
 }

@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -23,6 +24,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::UnorderedElementsAre;
 
 // A program of the test's own.
 class Program : public Scenario {
@@ -44,7 +46,7 @@ Tally RunOf(bool (*act)(), Way way = Way::kOne, Sample sample = {}) {
   ScenarioKind kind;
   kind.name = "test";
   kind.make = [act] { return std::make_unique<Program>(act); };
-  return RunAtEveryCall(kind, way, sample);
+  return RunAtEachPoint(kind, way, sample);
 }
 
 // Two blocks; what happens when the second is refused is the part under test.
@@ -62,6 +64,15 @@ bool TakeTwo(void (*on_refusal)(void *first)) {
 }
 
 void *lost = nullptr;
+
+// Has so many files open at once.
+bool OpenNull(int count) {
+  if (count == 0) return true;
+  const int fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  const bool all = fd >= 0 && OpenNull(count - 1);
+  if (fd >= 0) close(fd);
+  return all;
+}
 
 TEST(FaultRun, HoldsForAProgramThatGivesAllBack) {
   const Tally tally = RunOf([] { return TakeTwo(std::free); });
@@ -132,6 +143,57 @@ TEST(FaultRun, FindsAnInterruptionThatIsNotAnyFailure) {
   EXPECT_THAT(tally.complaints, ElementsAre(HasSubstr("recv is interrupted: seen done but")));
 }
 
+TEST(FaultRun, FailsEachKindWithEachOfItsErrors) {
+  const Tally tally =
+      RunOf([] { return TakeTwo([](void *first) { lost = first; }) && OpenNull(1) && OpenNull(1); },
+            Way::kKind);
+  EXPECT_THAT(tally.complaints, IsEmpty()) << "no call of the heap succeeds";
+  std::vector<std::string> rows;
+  for (const auto &[row, share] : tally.rows) {
+    rows.push_back(row + " " + std::to_string(share.points) + std::to_string(share.done));
+  }
+  EXPECT_THAT(rows, ElementsAre("close with EINTR 11", "close with EIO 11", "close with ENOSPC 11",
+                                "malloc with ENOMEM 10", "open with EACCES 10", "open with EIO 10",
+                                "open with ENFILE 10"));
+}
+
+TEST(FaultRun, FindsACallThatMustNotMatter) {
+  const Tally tally = RunOf(
+      [] {
+        const int fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        const bool locked = flock(fd, LOCK_SH) == 0 || errno == ENOSYS || errno == EIO;
+        close(fd);
+        return fd >= 0 && locked;
+      },
+      Way::kKind);
+  EXPECT_THAT(tally.complaints,
+              UnorderedElementsAre(HasSubstr("every flock with ENOLCK: the call was not carried"),
+                                   HasSubstr("every flock with EOPNOTSUPP: the call was not")));
+}
+
+TEST(FaultRun, LeavesSoFewDescriptors) {
+  const Tally tally = RunOf([] { return OpenNull(3); }, Way::kDescriptors);
+  EXPECT_THAT(tally.complaints, IsEmpty());
+  EXPECT_THAT(tally.rows, SizeIs(9));
+  for (const auto &[row, share] : tally.rows) EXPECT_EQ(share.done, row < "3" ? 0 : 1) << row;
+}
+
+TEST(FaultRun, FindsADescriptorThatIsLeftOpenForWantOfMore) {
+  static std::vector<int> opened;
+  const Tally tally = RunOf(
+      [] {
+        const int fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
+        if (OpenNull(1)) return close(fd) == 0;
+        if (fd >= 0) opened.push_back(fd);
+        return false;
+      },
+      Way::kDescriptors);
+  EXPECT_THAT(tally.complaints,
+              ElementsAre(HasSubstr("1 descriptors are left: descriptors are left open")));
+  EXPECT_THAT(opened, SizeIs(1));
+  for (const int fd : opened) close(fd);
+}
+
 TEST(FaultRun, SampleTakesEachStride) {
   const auto act = [] { return TakeTwo(std::free) && TakeTwo(std::free); };
   EXPECT_EQ(RunOf(act, Way::kRest, {.stride = 3, .offset = 0}).points, 2);
@@ -164,6 +226,21 @@ TEST(CallFaults, FailTheChosenCallAloneOrWithTheRest) {
   }
   const CallFaults calls(kAllCalls, {.at = 2, .onwards = true});
   EXPECT_THAT(HeapNetworkFile(), ElementsAre(true, false, false));
+}
+
+TEST(CallFaults, FailEveryCallOfAName) {
+  const CallFaults calls(kAllCalls, {.every = "socket", .error = EMFILE});
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_THAT(HeapNetworkFile(), ElementsAre(true, false, true));
+  }
+  EXPECT_EQ(calls.Failures(), 2);
+}
+
+TEST(CallFaults, FailEveryCallOfANameAfterSome) {
+  const CallFaults calls(kAllCalls, {.every = "open", .passed = 1});
+  EXPECT_THAT(HeapNetworkFile(), ElementsAre(true, true, true));
+  EXPECT_THAT(HeapNetworkFile(), ElementsAre(true, true, false));
+  EXPECT_EQ(calls.Failures(), 1);
 }
 
 TEST(CallFaults, LetReceivesThroughAfterSoMany) {

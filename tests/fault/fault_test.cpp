@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Guards the library against every call that can fail, each in turn: nothing
-// crashes, nothing leaks, every descriptor and slot is given back, what callers
-// are told is what the headers say, and stored data is old or new. At its end
-// the program prints what it looked at as a table.
+// Guards the library against every call that can fail, each in turn, and each
+// kind of them, and against the want of descriptors: nothing crashes, nothing
+// leaks, every descriptor and slot is given back, what callers are told is what
+// the headers say, and stored data is old or new. At its end the program prints
+// what it looked at as tables.
 //
 // QNSTACK_FAULTS=full looks at each point; a number is the seed of the sample
 // that is taken otherwise.
@@ -11,9 +12,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <functional>
-#include <iterator>
+#include <numeric>
 #include <ostream>
 
 #include "fault/fault_run.h"
@@ -27,18 +29,19 @@ namespace {
 
 constexpr unsigned kPatience = 280;  // seconds for one scenario in one way
 constexpr int kSampleStride = 3;
-constexpr int kWays = 3;
 
 // One scenario's line of the table.
 struct Row {
   std::string name;
   int calls = 0;
-  int points[kWays] = {};
+  std::array<int, kWays> points = {};
   int held = 0;
   std::map<std::string, int> exceptions = {};
 };
 
 std::vector<Row> rows;
+std::map<std::string, Share> rows_of_kinds;
+std::map<std::string, Share> rows_of_descriptors;
 
 Row &RowOf(const std::string &name) {
   const auto found =
@@ -49,15 +52,41 @@ Row &RowOf(const std::string &name) {
 }
 
 void Print(const Row &row) {
-  const int points = row.points[0] + row.points[1] + row.points[2];
-  std::printf("| %s | %d | %d | %d | %d | %d | %d |", row.name.c_str(), row.calls, row.points[0],
-              row.points[1], row.points[2], points, row.held);
+  std::printf("| %s | %d |", row.name.c_str(), row.calls);
+  for (const int points : row.points) std::printf(" %d |", points);
+  std::printf(" %d | %d |", std::accumulate(row.points.begin(), row.points.end(), 0), row.held);
   const char *separator = " ";
   for (const auto &[name, count] : row.exceptions) {
     std::printf("%s%d %s", separator, count, name.c_str());
     separator = "; ";
   }
   std::printf(" |\n");
+}
+
+void PrintScenarios() {
+  Row sum = {.name = "all"};
+  std::printf(
+      "\n| scenario | calls | one fails | all fail from there | interrupted | one kind fails "
+      "| few descriptors | points | held | of these known exceptions |\n"
+      "|---|---:|---:|---:|---:|---:|---:|---:|---:|---|\n");
+  for (const Row &row : rows) {
+    Print(row);
+    sum.calls += row.calls;
+    sum.held += row.held;
+    std::transform(sum.points.begin(), sum.points.end(), row.points.begin(), sum.points.begin(),
+                   std::plus<>());
+    for (const auto &[name, count] : row.exceptions) sum.exceptions[name] += count;
+  }
+  Print(sum);
+}
+
+void PrintShares(const char *heading, const char *what,
+                 const std::map<std::string, Share> &shares) {
+  std::printf("\n### %s\n\n| %s | scenarios | told success | held |\n|---|---:|---:|---:|\n",
+              heading, what);
+  for (const auto &[name, share] : shares) {
+    std::printf("| %s | %d | %d | %d |\n", name.c_str(), share.points, share.done, share.held);
+  }
 }
 
 class Table : public testing::Environment {
@@ -69,20 +98,13 @@ class Table : public testing::Environment {
   }
 
   void TearDown() override {
-    if (rows.empty()) return;
-    Row sum = {.name = "all"};
-    std::printf(
-        "\n| scenario | calls | one fails | all fail from there | interrupted | points | held "
-        "| of these known exceptions |\n|---|---:|---:|---:|---:|---:|---:|---|\n");
-    for (const Row &row : rows) {
-      Print(row);
-      sum.calls += row.calls;
-      sum.held += row.held;
-      std::transform(std::begin(sum.points), std::end(sum.points), std::begin(row.points),
-                     std::begin(sum.points), std::plus<>());
-      for (const auto &[name, count] : row.exceptions) sum.exceptions[name] += count;
+    if (!rows.empty()) PrintScenarios();
+    if (!rows_of_kinds.empty()) {
+      PrintShares("Every call of one kind fails", "call", rows_of_kinds);
     }
-    Print(sum);
+    if (!rows_of_descriptors.empty()) {
+      PrintShares("Descriptors are left", "left", rows_of_descriptors);
+    }
   }
 };
 
@@ -93,7 +115,8 @@ Sample SampleFor(const std::string &name, Way way) {
   const char *wanted = std::getenv("QNSTACK_FAULTS");
   const std::string which = wanted == nullptr ? "1" : wanted;
   if (which == "full") return {};
-  const size_t mix = std::hash<std::string>()(which + name + std::to_string(static_cast<int>(way)));
+  const std::size_t mix =
+      std::hash<std::string>()(which + name + std::to_string(static_cast<int>(way)));
   return {.stride = kSampleStride, .offset = static_cast<int>(mix % kSampleStride)};
 }
 
@@ -107,17 +130,19 @@ std::vector<ScenarioKind> AllScenarios() {
 
 class Faults : public testing::TestWithParam<ScenarioKind> {
  protected:
-  void ExpectHolds(Way way) {
+  // Gives what came of the rows of the way's table.
+  std::map<std::string, Share> ExpectHolds(Way way) {
     const ScenarioKind &kind = GetParam();
-    const Tally tally = RunAtEveryCall(kind, way, SampleFor(kind.name, way));
+    const Tally tally = RunAtEachPoint(kind, way, SampleFor(kind.name, way));
     for (const std::string &complaint : tally.complaints) ADD_FAILURE() << complaint;
     EXPECT_GT(tally.calls, 0);
     Row &row = RowOf(kind.name);
     row.calls = tally.calls;
-    row.points[static_cast<int>(way)] = tally.points;
+    row.points[static_cast<std::size_t>(way)] = tally.points;
     row.held += tally.held;
     for (const auto &[name, count] : tally.exceptions) row.exceptions[name] += count;
     ExpectNoMoreExceptions(kind, row);
+    return tally.rows;
   }
 
   static void ExpectNoMoreExceptions(const ScenarioKind &kind, const Row &row) {
@@ -130,20 +155,44 @@ class Faults : public testing::TestWithParam<ScenarioKind> {
   Watchdog watchdog_{kPatience};
 };
 
-INSTANTIATE_TEST_SUITE_P(Scenarios, Faults, testing::ValuesIn(AllScenarios()),
-                         [](const auto &test) {
-                           std::string name = test.param.name;
-                           std::replace_if(
-                               name.begin(), name.end(), [](char c) { return !std::isalnum(c); },
-                               '_');
-                           return name;
-                         });
+// The scenarios that store or load files.
+class FileCallFaults : public Faults {
+ protected:
+  // Adds what comes of the scenario to the rows of a table; the suffix tells apart.
+  void ExpectRowsHold(Way way, std::map<std::string, Share> &sums, const std::string &suffix = "") {
+    const std::map<std::string, Share> found = ExpectHolds(way);
+    EXPECT_FALSE(found.empty());
+    for (const auto &[name, share] : found) {
+      Share &sum = sums[name + suffix];
+      sum.points += share.points;
+      sum.done += share.done;
+      sum.held += share.held;
+    }
+  }
+};
+
+std::string NameOf(const testing::TestParamInfo<ScenarioKind> &test) {
+  std::string name = test.param.name;
+  std::replace_if(
+      name.begin(), name.end(), [](char c) { return !std::isalnum(c); }, '_');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenarios, Faults, testing::ValuesIn(AllScenarios()), NameOf);
+INSTANTIATE_TEST_SUITE_P(Scenarios, FileCallFaults, testing::ValuesIn(FileScenarios()), NameOf);
 
 TEST_P(Faults, HoldWhicheverCallFails) { ExpectHolds(Way::kOne); }
 
 TEST_P(Faults, HoldWhereverAllFailFromThere) { ExpectHolds(Way::kRest); }
 
 TEST_P(Faults, HoldWhicheverCallIsInterrupted) { ExpectHolds(Way::kInterrupted); }
+
+TEST_P(FileCallFaults, HoldWhicheverKindAlwaysFails) { ExpectRowsHold(Way::kKind, rows_of_kinds); }
+
+TEST_P(FileCallFaults, HoldHoweverFewDescriptorsAreLeft) {
+  ExpectRowsHold(Way::kDescriptors, rows_of_descriptors,
+                 GetParam().has_backup ? ", a .bak left" : "");
+}
 
 }  // namespace
 }  // namespace qntest

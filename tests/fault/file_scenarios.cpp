@@ -54,9 +54,14 @@ class FileScenario : public Scenario {
 // An act on a store.
 class StoreAct : public FileScenario {
  public:
-  explicit StoreAct(StoreScenario scenario) : scenario_(std::move(scenario)) {}
+  StoreAct(StoreScenario scenario, bool has_backup)
+      : scenario_(std::move(scenario)), has_backup_(has_backup) {}
 
-  void Prepare() override { PrepareStore(scenario_, folder_.path()); }
+  void Prepare() override {
+    PrepareStore(scenario_, folder_.path());
+    FileFaults unforced;
+    if (has_backup_) LeaveABackup(scenario_.file);
+  }
 
   void Act() override {
     done_ = scenario_.act();
@@ -107,42 +112,52 @@ class StoreAct : public FileScenario {
   }
 
   const StoreScenario scenario_;
+  const bool has_backup_;
   bool done_ = false;
+};
+
+struct LoadScenario {
+  const char *name;
+  void (*save)();
+  Texts (*load)();
+  Texts saved;
+  const char *file;  // the one that a save would keep a ".bak" of
 };
 
 // A load of what was saved before: it brings all, or the front of it.
 class LoadAct : public FileScenario {
  public:
-  LoadAct(void (*save)(), Texts (*load)(), Texts saved)
-      : save_(save), load_(load), saved_(std::move(saved)) {}
+  LoadAct(LoadScenario scenario, bool has_backup)
+      : scenario_(std::move(scenario)), has_backup_(has_backup) {}
 
   void Prepare() override {
     FileFaults unforced;
     fnQNFS_MkDir("/data/");
-    save_();
+    scenario_.save();
+    if (has_backup_) LeaveABackup(scenario_.file);
   }
 
   void Act() override {
-    found_ = load_();
+    found_ = scenario_.load();
     ForgetCache();
   }
 
-  bool Done() const override { return found_ == saved_; }
+  bool Done() const override { return found_ == scenario_.saved; }
   std::string Seen() const override { return Joined(found_); }
 
   Verdict Judge(bool /*heap_refused*/) override {
+    const Texts &saved = scenario_.saved;
     const bool front =
-        found_.size() <= saved_.size() && std::equal(found_.begin(), found_.end(), saved_.begin());
+        found_.size() <= saved.size() && std::equal(found_.begin(), found_.end(), saved.begin());
     if (!front) return Broken("loaded: " + Seen());
     FileFaults unforced;
-    const Texts later = load_();
-    return later == saved_ ? Verdict() : Broken("the file holds: " + Joined(later));
+    const Texts later = scenario_.load();
+    return later == saved ? Verdict() : Broken("the file holds: " + Joined(later));
   }
 
  private:
-  void (*save_)();
-  Texts (*load_)();
-  const Texts saved_;
+  const LoadScenario scenario_;
+  const bool has_backup_;
   Texts found_;
 };
 
@@ -213,38 +228,55 @@ Texts LoadAnswer() {
   return fnQNStack_Http_ReadRecvContext(ctx.get(), body, sizeof body) > 0 ? Texts{body} : Texts{};
 }
 
-ScenarioKind Load(const char *name, void (*save)(), Texts (*load)(), const Texts &saved) {
-  ScenarioKind kind;
-  kind.name = name;
-  kind.make = [=] { return std::make_unique<LoadAct>(save, load, saved); };
-  return kind;
+constexpr char kStream[] = "/data/stream";
+
+void PlantStream() { WriteText(kStream, kBody[0]); }
+
+Texts LoadStream() {
+  QNFSFile file = fnQNFS_File_Open(kStream, "rb");
+  char bytes[64] = {};
+  const int32_t count = fnQNFS_File_Read(bytes, 1, sizeof bytes, file);
+  fnQNFS_File_Close(file);
+  return count > 0 ? Texts{bytes} : Texts{};
 }
 
-// What is excepted, for the scenarios of the stores.
-ScenarioKind KnownOf(const std::string &scenario) {
-  static const std::map<std::string, ScenarioKind> kKnown = {
-      {"cache save with eviction", {.exceptions = {{kUncounted, 1}}}},
+std::vector<LoadScenario> LoadScenarios() {
+  return {
+      {"record load", PlantRecords, LoadRecords, kRecords, kRecordFile},
+      {"INI load", PlantSettings, LoadSettings, kSettings, kSettingsFile},
+      {"cache index load", PlantIndex, LoadIndex, kIndex, kIndexFile},
+      {"cached hit with its body", PlantBody, LoadBody, kBody, kIndexFile},
+      {"stored answer", PlantAnswer, LoadAnswer, kBody, nullptr},
+      {"stream", PlantStream, LoadStream, kBody, nullptr},
   };
-  const auto known = kKnown.find(scenario);
-  return known == kKnown.end() ? ScenarioKind() : known->second;
+}
+
+// What is excepted, by the scenario.
+std::map<std::string, int> ExceptionsOf(const std::string &scenario) {
+  if (scenario == "cache save with eviction") return {{kUncounted, 1}};
+  return {};
+}
+
+// A scenario as it is, and where it has a file that may have one, with a ".bak" left.
+template <typename Act, typename StoredScenario>
+void Add(std::vector<ScenarioKind> &kinds, const StoredScenario &scenario) {
+  for (const bool has_backup : {false, true}) {
+    if (has_backup && scenario.file == nullptr) continue;
+    ScenarioKind kind;
+    kind.name = std::string(scenario.name) + (has_backup ? ", .bak left" : "");
+    kind.make = [=] { return std::make_unique<Act>(scenario, has_backup); };
+    kind.exceptions = ExceptionsOf(scenario.name);
+    kind.has_backup = has_backup;
+    kinds.push_back(std::move(kind));
+  }
 }
 
 }  // namespace
 
 std::vector<ScenarioKind> FileScenarios() {
-  std::vector<ScenarioKind> kinds = {
-      Load("record load", PlantRecords, LoadRecords, kRecords),
-      Load("INI load", PlantSettings, LoadSettings, kSettings),
-      Load("cache index load", PlantIndex, LoadIndex, kIndex),
-      Load("cached hit with its body", PlantBody, LoadBody, kBody),
-      Load("stored answer", PlantAnswer, LoadAnswer, kBody),
-  };
-  for (const StoreScenario &scenario : StoreScenarios()) {
-    ScenarioKind kind = KnownOf(scenario.name);
-    kind.name = scenario.name;
-    kind.make = [scenario] { return std::make_unique<StoreAct>(scenario); };
-    kinds.push_back(std::move(kind));
-  }
+  std::vector<ScenarioKind> kinds;
+  for (const LoadScenario &scenario : LoadScenarios()) Add<LoadAct>(kinds, scenario);
+  for (const StoreScenario &scenario : StoreScenarios()) Add<StoreAct>(kinds, scenario);
   return kinds;
 }
 

@@ -48,11 +48,12 @@ class Scenario {
 };
 
 struct ScenarioKind {
-  const char *name = "";
+  std::string name = {};
   std::function<std::unique_ptr<Scenario>()> make = nullptr;
   // Points at which the known exceptions are met, by their names, over all
   // ways of failing; more are none.
   std::map<std::string, int> exceptions = {};
+  bool has_backup = false;  // there is a ".bak" that a save has left
   // See CallFault.
   int most_failed_receives = std::numeric_limits<int>::max();
 };

@@ -48,6 +48,10 @@ std::vector<std::string> FailingResolverCommand(const std::vector<std::string> &
   return Command(QNGET_FAILING_RESOLVER_PROGRAM, arguments);
 }
 
+std::vector<std::string> RefusedCallCommand(const std::vector<std::string> &arguments) {
+  return Command(QNGET_REFUSED_CALLS_PROGRAM, arguments);
+}
+
 ProcessResult RunQnget(const std::vector<std::string> &arguments, const ProcessOptions &options) {
   return RunProgram(QngetCommand(arguments), options);
 }

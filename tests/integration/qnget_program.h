@@ -23,6 +23,11 @@ std::vector<std::string> SlowResolverCommand(const std::vector<std::string> &arg
 // The same with a resolver that knows no name, and why by the name.
 std::vector<std::string> FailingResolverCommand(const std::vector<std::string> &arguments);
 
+// The same on a system that refuses all file calls of the name that
+// QNSTACK_REFUSED_CALL has, with the error number in QNSTACK_REFUSED_ERROR and
+// after QNSTACK_REFUSED_AFTER of them that go through.
+std::vector<std::string> RefusedCallCommand(const std::vector<std::string> &arguments);
+
 // Runs the program to its end.
 ProcessResult RunQnget(const std::vector<std::string> &arguments,
                        const ProcessOptions &options = {});

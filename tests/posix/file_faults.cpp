@@ -49,6 +49,7 @@ namespace qntest {
 namespace {
 
 FileFaults *active = nullptr;
+int resolving_error = 0;
 
 bool TakesSpace(std::string_view name) {
   constexpr std::array<std::string_view, 3> kTaking = {"write", "fsync", "mkdirat"};
@@ -126,8 +127,6 @@ struct FileCalls {
     call(count / 2);
     _exit(FileFaults::kEndStatus);
   }
-
-  static int ResolvingError() { return active == nullptr ? 0 : active->resolving_error_; }
 };
 
 FileFaults::FileFaults(FileFault fault)
@@ -136,6 +135,10 @@ FileFaults::FileFaults(FileFault fault)
 }
 
 FileFaults::~FileFaults() { active = nullptr; }
+
+NoResolving::NoResolving(int error) { resolving_error = error; }
+
+NoResolving::~NoResolving() { resolving_error = 0; }
 
 }  // namespace qntest
 
@@ -167,8 +170,8 @@ long __wrap_syscall(long number, ...) {
   va_end(rest);
   const auto call = [=] { return __real_syscall(number, a[0], a[1], a[2], a[3], a[4], a[5]); };
   if (number != SYS_openat2) return call();
-  if (FileCalls::ResolvingError() != 0) {
-    errno = FileCalls::ResolvingError();
+  if (qntest::resolving_error != 0) {
+    errno = qntest::resolving_error;
     return -1;
   }
   return FileCalls::Make("openat2", call);

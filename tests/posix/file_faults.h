@@ -44,10 +44,6 @@ class FileFaults {
   FileFaults(const FileFaults &) = delete;
   FileFaults &operator=(const FileFaults &) = delete;
 
-  // From now on the system has no call that resolves names beneath a folder;
-  // using it fails with `error`.
-  void TakeResolvingAway(int error) { resolving_error_ = error; }
-
   // The calls so far, by their function's names.
   const std::vector<std::string_view> &Names() const { return calls_.Names(); }
   int Count() const { return calls_.Count(); }
@@ -56,9 +52,18 @@ class FileFaults {
   friend struct FileCalls;
 
   const FileFault fault_;
-  int resolving_error_ = 0;
   CallFaults calls_;
   const ScopedClose close_;
+};
+
+// While it lives the system has no call that resolves names beneath a folder:
+// using it fails with `error`. With 0 it has one. One at a time.
+class NoResolving {
+ public:
+  explicit NoResolving(int error);
+  ~NoResolving();
+  NoResolving(const NoResolving &) = delete;
+  NoResolving &operator=(const NoResolving &) = delete;
 };
 
 }  // namespace qntest

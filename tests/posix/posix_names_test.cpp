@@ -26,8 +26,6 @@ using testing::ElementsAre;
 // The parameter is the error of the kernel's resolving; 0 where there is none.
 class PosixNames : public PosixRoot, public testing::WithParamInterface<int> {
  protected:
-  PosixNames() { faults_.TakeResolvingAway(GetParam()); }
-
   static bool KernelResolves() { return GetParam() == 0; }
 
   // No operation reaches a file by that name, and none makes one.
@@ -50,7 +48,8 @@ class PosixNames : public PosixRoot, public testing::WithParamInterface<int> {
     }
   }
 
-  FileFaults faults_;
+  const NoResolving resolving_{GetParam()};
+  const FileFaults unforced_;
 };
 
 INSTANTIATE_TEST_SUITE_P(Resolving, PosixNames, testing::Values(0, ENOSYS, EPERM),

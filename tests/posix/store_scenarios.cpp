@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <ostream>
 
@@ -11,6 +13,7 @@
 #include "posix/posix_root.h"
 #include "qnstack/qn_fs_file.h"
 #include "qnstack/qn_stack_http_cache.h"
+#include "support/call_faults.h"
 
 namespace qntest {
 
@@ -87,6 +90,7 @@ StoreScenario Save() {
   it.old_content = kOld;
   it.new_content = ManyTexts();
   it.files = {"data/records"};
+  it.file = kRecordFile;
   return it;
 }
 
@@ -98,6 +102,13 @@ StoreScenario FirstSave() {
   it.load = LoadRecords;
   it.new_content = kOld;
   it.files = {"data/records"};
+  return it;
+}
+
+StoreScenario SaveAfterOneThatDied() {
+  StoreScenario it = Save();
+  it.name = "save after one that died";
+  it.follows_one_that_died = true;
   return it;
 }
 
@@ -113,6 +124,7 @@ StoreScenario Append() {
   it.old_content = kOld;
   it.new_content = {"first", "second", "third", "fourth"};
   it.files = {"data/records"};
+  it.file = kRecordFile;
   return it;
 }
 
@@ -122,8 +134,8 @@ StoreScenario LoadWithBackup(const char *name, bool is_alone) {
   it.name = name;
   it.prepare = [is_alone] {
     PlantRecords(kOld);
-    fnQNFS_MoveFile("/data/records.bak", kRecordFile);
-    if (!is_alone) AppendText(kRecordFile, "half of a new co");
+    LeaveABackup(kRecordFile);
+    if (is_alone) fnQNFS_DeleteFile(kRecordFile);
   };
   it.act = [] { return LoadRecords() == kOld; };
   it.load = LoadRecords;
@@ -140,6 +152,7 @@ StoreScenario CacheSaveWithEviction() {
   it.act = StartCacheAnd([] { return SaveToCache("d", 1); });
   it.load = DescribeCacheBut({"c#1"});
   it.old_content = kPlanted;
+  it.file = kIndexFile;
   it.new_content = {"d#1 whole", "a#1 whole", "b#1 whole"};
   return it;
 }
@@ -151,6 +164,7 @@ StoreScenario CacheSaveOfAKnownUrl() {
   it.act = StartCacheAnd([] { return SaveToCache("b", 2); });
   it.load = DescribeCacheBut({"b#1"});
   it.old_content = kPlanted;
+  it.file = kIndexFile;
   it.new_content = {"b#2 whole", "a#1 whole", "c#1 whole"};
   return it;
 }
@@ -162,6 +176,7 @@ StoreScenario CacheHit() {
   it.act = StartCacheAnd([] { return fnQNStack_Cache_FindbyUrl_NoExpired("c") != nullptr; });
   it.load = DescribeCache;
   it.old_content = kPlanted;
+  it.file = kIndexFile;
   it.new_content = {"c#1 whole", "a#1 whole", "b#1 whole"};
   it.files = {"wap/ca/ca.txt", "wap/ca/20001", "wap/ca/20002", "wap/ca/20003"};
   return it;
@@ -174,6 +189,7 @@ StoreScenario CacheDeleteAll() {
   it.act = StartCacheAnd([] { return fnQNStack_Cache_Delete_All() == 1; });
   it.load = DescribeCacheBut({"a#1", "b#1", "c#1"});
   it.old_content = kPlanted;
+  it.file = kIndexFile;
   it.files = {"wap/ca/ca.txt"};
   return it;
 }
@@ -187,13 +203,39 @@ StoreScenario IniWrite() {
   it.old_content = {"proxy=10.0.0.1:8080", "timeout=30"};
   it.new_content = {"proxy=10.0.0.2:9090", "timeout=30"};
   it.files = {"data/settings.ini"};
+  it.file = kSettingsFile;
   return it;
+}
+
+StoreScenario IniWriteByWalking() {
+  StoreScenario it = IniWrite();
+  it.name = "INI write by walked names";
+  it.act = [act = it.act] {
+    const NoResolving walked(ENOSYS);
+    return act();
+  };
+  return it;
+}
+
+// Runs an act on a medium that dies when the new content is to be put in place.
+void LetDie(const std::function<bool()> &act) {
+  CallFault dying = {.onwards = true};
+  {
+    const CallFaults refused(kFileCalls, {.every = "renameat"});
+    act();
+    const auto &names = refused.Names();
+    const auto found = std::find(names.begin(), names.end(), "renameat");
+    dying.at = static_cast<int>(found - names.begin()) + 1;
+  }
+  const CallFaults faults(kFileCalls, dying);
+  act();
 }
 
 }  // namespace
 
 std::vector<StoreScenario> StoreScenarios() {
   return {Save(),
+          SaveAfterOneThatDied(),
           FirstSave(),
           Append(),
           LoadWithBackup("load with a backup", false),
@@ -202,7 +244,8 @@ std::vector<StoreScenario> StoreScenarios() {
           CacheSaveOfAKnownUrl(),
           CacheHit(),
           CacheDeleteAll(),
-          IniWrite()};
+          IniWrite(),
+          IniWriteByWalking()};
 }
 
 void PrintTo(const StoreScenario &scenario, std::ostream *out) { *out << scenario.name; }
@@ -212,8 +255,16 @@ void PrepareStore(const StoreScenario &scenario, const std::string &root) {
   for (const auto &entry : std::filesystem::directory_iterator(root)) {
     std::filesystem::remove_all(entry);
   }
-  FileFaults unforced;  // nothing here needs to reach the medium
-  scenario.prepare();
+  {
+    FileFaults unforced;  // nothing here needs to reach the medium
+    scenario.prepare();
+  }
+  if (scenario.follows_one_that_died) LetDie(scenario.act);
+}
+
+void LeaveABackup(const char *file) {
+  fnQNFS_MoveFile((std::string(file) + ".bak").c_str(), file);
+  AppendText(file, "half of a new co");
 }
 
 std::set<std::string> FilesBelow(const std::string &root) {

@@ -23,6 +23,9 @@ struct StoreScenario {
   Texts old_content;
   Texts new_content;
   std::set<std::string> files;  // that are there after a success, below the root
+  const char *file = nullptr;   // the one with the old content; none where it has a ".bak"
+  // Before it, an act has been cut short and has left its temporary.
+  bool follows_one_that_died = false;
 };
 
 std::vector<StoreScenario> StoreScenarios();
@@ -32,6 +35,10 @@ void PrintTo(const StoreScenario &scenario, std::ostream *out);
 
 // Makes the scenario's files below a root that is emptied first.
 void PrepareStore(const StoreScenario &scenario, const std::string &root);
+
+// Makes of a file what a save leaves that keeps a ".bak" and does not finish: the
+// old content there, and the beginning of another under the name.
+void LeaveABackup(const char *file);
 
 // The files below the root, by their names in it.
 std::set<std::string> FilesBelow(const std::string &root);

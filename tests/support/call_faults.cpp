@@ -54,8 +54,10 @@ bool CallFaults::Fail(unsigned kinds, std::string_view name) {
 }
 
 bool CallFaults::IsToFail(std::string_view name) {
-  if (fault_.at == 0) return false;
-  if (Count() != fault_.at && !(fault_.onwards && Count() > fault_.at)) return false;
+  const bool is_behind = fault_.onwards && Count() > fault_.at;
+  const bool is_at = fault_.at != 0 && (Count() == fault_.at || is_behind);
+  const bool is_named = name == fault_.every && ++calls_of_name_ > fault_.passed;
+  if (!is_at && !is_named) return false;
   return name != "recv" || ++failed_receives_ <= fault_.most_failed_receives;
 }
 

@@ -19,7 +19,10 @@ enum CallKinds : unsigned { kHeapCalls = 1, kNetworkCalls = 2, kFileCalls = 4, k
 struct CallFault {
   int at = 0;            // the number of the call that fails, from 1; 0 for none
   bool onwards = false;  // all calls after it fail too
-  int error = 0;         // their errno; 0 for a usual one of their kind
+  // In place of a number: all calls of this name fail, after some that do not.
+  std::string_view every = {};
+  int passed = 0;
+  int error = 0;  // their errno; 0 for a usual one of their kind
   // Of the recv calls no more fail: a caller that waits until data comes would
   // wait for ever.
   int most_failed_receives = std::numeric_limits<int>::max();
@@ -68,6 +71,7 @@ class CallFaults {
   int count_ = 0;
   int failures_ = 0;
   int failed_receives_ = 0;
+  int calls_of_name_ = 0;
   HeapUse heap_;
 };
 
