@@ -9,6 +9,7 @@ add_library(qnstack_core OBJECT
   qnstack/common/src/qn_stack_http_cache.cpp
   qnstack/common/src/qn_stack_http_cache_freshness.cpp
   qnstack/common/src/qn_stack_http_cache_lookup.cpp
+  qnstack/common/src/qn_stack_http_cache_numbers.cpp
   qnstack/common/src/qn_stack_http_cookie.cpp
   qnstack/common/src/qn_stack_http_head.cpp
   qnstack/common/src/qn_stack_http_open.cpp

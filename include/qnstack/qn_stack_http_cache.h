@@ -26,6 +26,10 @@
  *
  * One index for the process; one thread only. A look-up or save reads the index
  * file first, and that may write: see fnQNFS_Load_File_To_Buffer().
+ *
+ * A URL never gets the body of another, also not after a crash or a write of the
+ * index that failed: no body gets a number that the index on disk may name. The
+ * number of a body that is deleted is free again once the index has been written.
  */
 #ifndef QNSTACK_QN_STACK_HTTP_CACHE_H
 #define QNSTACK_QN_STACK_HTTP_CACHE_H
@@ -137,6 +141,10 @@ QN_API int32_t fnQNStack_Cache_getExpired(void);
  * the index. A label of "\n" is written as a line tag, so that the next load reads
  * every field from there on as the one before it.
  *
+ * While the index file is there and could not be loaded whole, nothing is saved and
+ * nothing thrown out. fnQNStack_Cache_Free() lets the next call load it again, and
+ * fnQNStack_Cache_Delete_All() does without it.
+ *
  * @param url the key; copied, and may be that of an entry. NULL is refused.
  * @param label any text, copied; NULL is kept as "NULL".
  * @param body the body; stays the caller's, and may be a string of an entry. NULL
@@ -145,9 +153,11 @@ QN_API int32_t fnQNStack_Cache_getExpired(void);
  * @param expires from fnQNStack_Cache_getExpired().
  * @param tag any number.
  * @return 1, also when the index could not be written; 0 if @p url is NULL, there
- *         is no room, the heap refuses, or the body could not be written. Entries
- *         thrown out by then stay out; the index file tells so after the next
- *         save that succeeds.
+ *         is no room, the heap refuses, the index could not be loaded, the body
+ *         could not be written, or no number is left for it (that takes ten
+ *         thousand saves since the index could last be written). Entries thrown
+ *         out by then stay out; the index file tells so after the next save that
+ *         succeeds.
  */
 QN_API int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *body,
                                     int32_t length, int32_t expires, int32_t tag);

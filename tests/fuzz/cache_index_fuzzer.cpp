@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <deque>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -137,6 +138,18 @@ class CacheAndModel {
   }
 
  private:
+  // What the index on disk has now.
+  void NoteNumbers() {
+    numbers_on_disk_.clear();
+    for (const CachedAnswer &answer : model_) numbers_on_disk_.insert(answer.file_no);
+  }
+
+  bool HasNumber(int32_t file_no) const {
+    return numbers_on_disk_.count(file_no) != 0 ||
+           std::any_of(model_.begin(), model_.end(),
+                       [file_no](const CachedAnswer &other) { return other.file_no == file_no; });
+  }
+
   void LoadModel() {
     model_.clear();
     qntest::FieldReader reader(FilePort().files().Content(qntest::kIndexName).value_or(""));
@@ -150,6 +163,7 @@ class CacheAndModel {
       }
       model_.push_back(answer);
     }
+    NoteNumbers();
   }
 
   std::deque<CachedAnswer>::iterator Found(const std::string &url) {
@@ -185,11 +199,7 @@ class CacheAndModel {
     CachedAnswer answer = saved;
     answer.file_no = qntest::kFileNoOfNow;
     answer.stored_at = kNow;
-    while (std::any_of(model_.begin(), model_.end(), [&answer](const CachedAnswer &other) {
-      return other.file_no == answer.file_no;
-    })) {
-      ++answer.file_no;
-    }
+    while (HasNumber(answer.file_no)) ++answer.file_no;
     bodies_[answer.file_no] = body;
     model_.push_front(answer);
     ++items_;
@@ -283,6 +293,7 @@ class CacheAndModel {
     std::string expected = writer.Image();
     expected.resize(static_cast<std::size_t>(writer.Places().first + 1), '\0');
     EXPECT_EQ(FilePort().files().Content(qntest::kIndexName), expected);
+    NoteNumbers();
   }
 
   void ExpectSame() const {
@@ -300,6 +311,7 @@ class CacheAndModel {
 
   std::deque<CachedAnswer> model_;
   std::map<int32_t, std::string> bodies_;
+  std::set<int32_t> numbers_on_disk_;
   std::string index_before_;
   int32_t items_ = 0;
   int32_t size_ = 0;

@@ -161,6 +161,7 @@ class CacheStore : public Store {
   }
 
   void ExpectUsable() override {
+    fnQNStack_Cache_Free();  // an index that could not be loaded is loaded again
     fnQNStack_Cache_Init();
     EXPECT_EQ(fnQNStack_Cache_Save("url", nullptr, "body", 4, qntest::kNow + 5000, 1), 1);
     const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl_NoExpired("url");

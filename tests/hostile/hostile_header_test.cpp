@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -22,12 +23,14 @@ using qntest::Amount;
 using qntest::AnswerWith;
 using qntest::Context;
 using qntest::CookiesInJar;
+using qntest::DiscardedOutput;
 using qntest::Ending;
 using qntest::HalfClose;
 using qntest::ReadHeader;
 using qntest::ReadToEnd;
 using qntest::ReadToEnding;
 using qntest::SendBytes;
+using qntest::SendUntilGone;
 using std::chrono::nanoseconds;
 using testing::SizeIs;
 
@@ -119,7 +122,7 @@ TEST_P(HostileHeader, OfTenThousandCookiesTheNewestFiftyStay) {
 // The line never gets complete: receiving pauses at its bound, and after 3001
 // calls without progress the client gives up.
 void ExpectStall(qntest::Context &ctx) {
-  const qntest::DiscardedOutput no_trace;
+  const DiscardedOutput no_trace;
   char room[64];
   int calls = 1;
   while (fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room) == -2) ++calls;
@@ -151,6 +154,26 @@ TEST_P(HostileHeader, MegabyteLineBehindOthersStallsAndKeepsWhatCameBefore) {
 
   EXPECT_EQ(ctx->retValue, 200);
   EXPECT_EQ(ctx->retCtxLen, 5);
+}
+
+// Nothing is delivered, so only the count of what came shows how much that is.
+TEST_P(HostileHeader, WithoutAnEndGivesNothingAndShowsInTheTotal) {
+  constexpr uint32_t kEnough = 1 << 20;
+  Serve({{ReadHeader(), SendBytes(kStatus), SendUntilGone(Lines("X-Line-", 1000))}});
+  const Context ctx(fnQNStack_Http_Open_Get(Url().c_str()));
+  {
+    const DiscardedOutput no_trace;
+    char room[64];
+    while (ctx->recvBuf->total < kEnough) {
+      ASSERT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room), -2);
+    }
+  }
+  EXPECT_EQ(ctx->headParsed, 0);
+  EXPECT_LE(ctx->recvBuf->capacity, 20480U + 2 * 2048U);
+
+  fnQNStack_Http_Stop(ctx.get());
+
+  EXPECT_EQ(server().Finish(), "");
 }
 
 TEST_P(HostileHeader, LineBelowTheBoundIsTaken) {

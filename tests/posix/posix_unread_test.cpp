@@ -149,7 +149,7 @@ TEST_F(PosixUnread, IndexOfTheCacheIsKept) {
     FileFaults faults({FaultKind::kFailOnwards, 1, EMFILE});
     fnQNStack_Cache_Init();
   }
-  SaveToCache("c", 1);
+  EXPECT_FALSE(SaveToCache("c", 1));
 
   Texts urls;
   for (const CachedBody &entry : LoadCache()) urls.push_back(entry.url);

@@ -21,7 +21,6 @@ namespace {
 constexpr int32_t kLongLife = 100000;  // seconds
 constexpr int32_t kBodyBytes = 1000;
 constexpr int32_t kCacheBytes = 1048576;
-constexpr int32_t kFirstPlanted = 20001;  // the clock's numbers end at 9999
 
 void *ReadElement(QNFSBuffer *record) { return fnQNFS_Buffer_ReadString(record); }
 
@@ -154,11 +153,11 @@ bool SaveToCache(const std::string &url, int32_t tag) {
                               fnQNFS_getLocalTime() + kLongLife, tag) == 1;
 }
 
-void PlantFullCache(const Texts &urls) {
+void PlantFullCache(const Texts &urls, int32_t first_number) {
   fnQNStack_Cache_Free();
   QNList *list = fnQNFS_http_cache_list();
   const auto counted = kCacheBytes / static_cast<int32_t>(urls.size());
-  int32_t number = kFirstPlanted;
+  int32_t number = first_number;
   for (const std::string &url : urls) {
     auto *entry = qn::NewRecord<QNCacheEntry>();
     *entry = {fnQN_MEMSTRCOPY(url.c_str()),      fnQN_MEMSTRCOPY("NULL"), number++, counted,

@@ -41,10 +41,12 @@ std::vector<CachedBody> LoadCache();
 bool SaveToCache(const std::string &url, int32_t tag);
 void ForgetCache();  // as the end of a program does
 
+inline constexpr int32_t kFirstPlanted = 20001;  // the clock's numbers end at 9999
+
 // Makes an index of the URLs and a body for each, under numbers that the clock
-// does not give. The index counts them as so large that there is no room for
-// one more; the bodies are small, so that tests are quick.
-void PlantFullCache(const Texts &urls);
+// does not give, or under others. The index counts them as so large that there is
+// no room for one more; the bodies are small, so that tests are quick.
+void PlantFullCache(const Texts &urls, int32_t first_number = kFirstPlanted);
 
 }  // namespace qntest
 

@@ -197,6 +197,13 @@ TEST(QnStackHttpAnswerTrace, LongFirstWordOfTheStatusLineIsTracedWhole) {
             "ParseAnswer " + word + " 200 Ctx->retValue 200" + word + "ParseAnswer ");
 }
 
+TEST(QnStackHttpAnswerTrace, ControlCharactersAreTracedAsTheyCame) {
+  const std::string line = "X-Name: \x1b]0;title\x07\x1b[2J\b\n\x7f";
+  AnswerContext ctx;
+  ctx.Feed(line + "\r\n\r\n");
+  EXPECT_EQ(TraceOfParsing(ctx), "ParseAnswer " + line + "ParseAnswer ");
+}
+
 TEST(QnStackHttpAnswerTrace, UnfinishedLineIsSilent) {
   for (const int32_t state : {QN_HTTP_RECEIVING, QN_HTTP_COMPLETE}) {
     SCOPED_TRACE(state);

@@ -3,6 +3,7 @@
 // file per entry. Applications call it before and after their transfers. It
 // keeps the index, its two counters and the application's mode.
 #include "qn_fs_file_image.h"
+#include "qn_fs_file_record_internal.h"
 #include "qn_owned.h"
 #include "qn_stack_http_cache_internal.h"
 #include "qn_wrapped_sum.h"
@@ -83,7 +84,9 @@ int32_t qn::DeleteCacheBody(const QNCacheEntry &entry) {
 }
 
 int32_t qn::SaveCacheIndex() {
-  return fnQNFS_Save_List_To_File(kCacheIndex, http_cache_list, WriteCacheEntry);
+  const int32_t saved = fnQNFS_Save_List_To_File(kCacheIndex, http_cache_list, WriteCacheEntry);
+  NoteIndexWritten(saved != 0);
+  return saved;
 }
 
 int32_t fnQNStack_LoadCache_To_List(void) {
@@ -91,7 +94,7 @@ int32_t fnQNStack_LoadCache_To_List(void) {
   if (qn::http_cache_list != nullptr) return 1;
   qn::http_cache_list = qn::NewRecord<QNList>();
   if (qn::http_cache_list == nullptr) return 0;
-  fnQNFS_Load_File_To_List(qn::kCacheIndex, qn::http_cache_list, qn::ReadCacheEntry);
+  qn::NoteIndexLoaded(qn::LoadFileToList(qn::kCacheIndex, qn::http_cache_list, qn::ReadCacheEntry));
   return 1;
 }
 

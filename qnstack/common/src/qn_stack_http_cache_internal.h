@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 #include "qnstack/qn_fs_filebuffer.h"
 #include "qnstack/qn_list.h"
@@ -57,6 +58,19 @@ int32_t DeleteCacheBody(const QNCacheEntry &entry);
 
 // Rewrites the index file; 1 saved, 0 not.
 int32_t SaveCacheIndex();
+
+// Note the numbers that the index on disk has: the entries that were loaded, if
+// that was the whole of it, or those that were to be written.
+void NoteIndexLoaded(bool whole);
+void NoteIndexWritten(bool saved);
+
+// False after a load that did not take the whole index, until it has been written
+// or loaded again. What it names is not known then, so no body may be written.
+bool IsIndexKnown();
+
+// A number for a new body: one that no entry has, neither here nor in the index
+// on disk. Nothing if there is none.
+std::optional<int32_t> FreeFileNumber();
 
 }  // namespace qn
 

@@ -3,6 +3,7 @@
 // again. Applications call it around their transfers.
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "qn_owned.h"
@@ -32,10 +33,6 @@ const QNCacheEntry &EntryOf(const void *element) {
 
 int CompareUrls(const void *key, const void *stored) {
   return fnQN_STRCMP(EntryOf(key).url, EntryOf(stored).url);
-}
-
-int CompareFileNumbers(const void *key, const void *stored) {
-  return EntryOf(key).file_no == EntryOf(stored).file_no ? 0 : 1;
 }
 
 // The body of a save. It may be a string of an entry that the save throws out;
@@ -86,16 +83,6 @@ bool MakeRoom(Body *body) {
   return true;
 }
 
-// A number that no other entry's body file has.
-int32_t FreeFileNumber() {
-  QNCacheEntry key = {};
-  key.file_no = fnQNFS_getRandom();
-  while (fnQNList_CompareFind(qn::http_cache_list, &key, CompareFileNumbers) != nullptr) {
-    ++key.file_no;
-  }
-  return key.file_no;
-}
-
 QNListNode *FindNode(const char *url) {
   if (fnQNFS_http_cache_list() == nullptr) return nullptr;
   QNCacheEntry key = {};
@@ -122,19 +109,21 @@ int32_t fnQNStack_Cache_Save(const char *url, const char *label, const void *bod
   // The strings are copied first: they may be those of an entry that is thrown out.
   OwnedEntry entry = NewEntry(url, label);
   const QNListNode *old = FindNode(url);
-  if (entry == nullptr || qn::http_cache_list == nullptr) return 0;
+  if (entry == nullptr || qn::http_cache_list == nullptr || !qn::IsIndexKnown()) return 0;
 
   // The old entry stays in the list, behind the new one, until it is thrown
   // out and taken off the counters once more.
   if (old != nullptr) qn::DeleteCacheBody(EntryOf(old->data));
   PurgeNearExpiry(fnQNFS_getLocalTime(), &saved);
   if (!MakeRoom(&saved)) return 0;
+  const std::optional<int32_t> file_no = qn::FreeFileNumber();
+  if (!file_no) return 0;
 
   entry->size = length;
   entry->tag = tag;
   entry->expires = expires;
   entry->stored_at = fnQNFS_getLocalTime();
-  entry->file_no = FreeFileNumber();
+  entry->file_no = *file_no;
   const qn::BodyName name(entry->file_no);
   if (fnQNFS_WriteToFile(body, length, name.Text()) == -1) return 0;
   if (fnQNList_AddFront(qn::http_cache_list, entry.get()) == nullptr) {

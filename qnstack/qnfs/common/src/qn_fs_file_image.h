@@ -40,10 +40,13 @@ class FileImage {
   bool IsAllocated() const { return record_.data != nullptr; }
   QNFSBuffer *Record() { return &record_; }
 
+  // Whether there was no file to make the image of, or an empty one.
+  bool IsOfNothing(const char *name) const { return size_ <= 0 && CountsAsNone(name); }
+
   // fnQNFS_Write_Buffer_To_File() and fnQNFS_Append_Buffer_To_File() of what was
   // written here. What was cut for want of the file's size is not written.
   int32_t Write(const char *name) {
-    if (size_is_unknown_ && !CountsAsNone(name)) return 0;
+    if (size_ < 0 && !CountsAsNone(name)) return 0;
     return CoverPosition() ? fnQNFS_Write_Buffer_To_File(name, &record_) : 0;
   }
   int32_t Append(const char *name) {
@@ -52,7 +55,7 @@ class FileImage {
 
  private:
   explicit FileImage(int32_t size)
-      : capacity_(int64_t{std::max(0, size)} + kFileHeadroom), size_is_unknown_(size < 0) {
+      : capacity_(int64_t{std::max(0, size)} + kFileHeadroom), size_(size) {
     if (capacity_ > kMostFileBytes) return;
     // One zero byte stands behind the capacity, as a field may fill all of it.
     record_.data = static_cast<char *>(AllocateZeroed(static_cast<uint64_t>(capacity_) + 1));
@@ -74,7 +77,7 @@ class FileImage {
 
   QNFSBuffer record_ = {nullptr, -1, -1};
   int64_t capacity_;
-  const bool size_is_unknown_;
+  const int32_t size_;  // of the file; negative if that is unknown
 };
 
 }  // namespace qn

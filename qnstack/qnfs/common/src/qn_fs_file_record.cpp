@@ -4,6 +4,7 @@
 #include "qnstack/qn_fs_file_record.h"
 
 #include "qn_fs_file_image.h"
+#include "qn_fs_file_record_internal.h"
 #include "qn_fs_store.h"
 #include "qn_list_internal.h"
 #include "qn_owned.h"
@@ -45,12 +46,14 @@ bool ReadElements(QNFSBuffer *record, QNList *list, QNFSRecordRead read, LinkFun
   return idle_reads < kMostIdleReads;
 }
 
-void Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
-  if (name == nullptr || list == nullptr || read == nullptr) return;
+// False if the list does not get all that is in the file.
+bool Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
+  if (name == nullptr || list == nullptr || read == nullptr) return false;
   qn::FileImage image(name);
   const bool loaded = image.IsAllocated() && fnQNFS_Load_File_To_Buffer(name, image.Record()) != 0;
   const bool whole = loaded && ReadElements(image.Record(), list, read, link);
   if (!image.IsAllocated() || (loaded && !whole)) qn::NoteUnread(name);
+  return whole || (!loaded && image.IsOfNothing(name));
 }
 
 // Writes all elements; false if one is null.
@@ -83,6 +86,10 @@ int32_t Save(const char *name, const QNList *list, QNFSRecordWrite write, FirstF
 }
 
 }  // namespace
+
+bool qn::LoadFileToList(const char *name, QNList *list, QNFSRecordRead read) {
+  return Load(name, list, read, LinkTail);
+}
 
 void fnQNFS_Load_File_To_List(const char *name, QNList *list, QNFSRecordRead read) {
   Load(name, list, read, qn::LinkTail);
