@@ -6,6 +6,8 @@
 #ifndef QNSTACK_TESTS_POSIX_FILE_FAULTS_H
 #define QNSTACK_TESTS_POSIX_FILE_FAULTS_H
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -32,6 +34,22 @@ struct FileFault {
   int error = 0;
 };
 
+// Hears of each call that changed the files, or that forced changes to the
+// medium, once it has succeeded.
+class FileListener {
+ public:
+  virtual void OnOpen(int folder, const char *name, int flags, int fd) = 0;
+  virtual void OnWrite(int fd, const void *bytes, size_t count) = 0;
+  virtual void OnTruncate(int fd, off_t size) = 0;
+  virtual void OnSync(int fd) = 0;
+  virtual void OnLink(int folder, const char *name) = 0;  // of a file or a new folder
+  virtual void OnUnlink(int folder, const char *name) = 0;
+  virtual void OnRename(int from_folder, const char *from, int to_folder, const char *to) = 0;
+
+ protected:
+  ~FileListener() = default;
+};
+
 // One at a time. While it lives nothing is forced to the medium: that takes
 // time, and what a process leaves behind when it ends does not depend on it.
 class FileFaults {
@@ -48,6 +66,9 @@ class FileFaults {
   // using it fails with `error`.
   void TakeResolvingAway(int error) { resolving_error_ = error; }
 
+  // From now on `listener`, which must live longer, hears of the calls.
+  void LetHear(FileListener *listener) { listener_ = listener; }
+
   // The calls so far, by their function's names.
   const std::vector<std::string_view> &Names() const { return calls_.Names(); }
   int Count() const { return calls_.Count(); }
@@ -57,6 +78,7 @@ class FileFaults {
 
   const FileFault fault_;
   int resolving_error_ = 0;
+  FileListener *listener_ = nullptr;
   CallFaults calls_;
   const ScopedClose close_;
 };
