@@ -37,6 +37,10 @@ heading "Processes ended at every step of a save"
 QNSTACK_KILLS=300 report_of kills build/release/tests/posix/posix_port_tests --gtest_brief=1 \
   '--gtest_filter=*Kill*:*Crash*:*Fault*'
 
+heading "A power cut behind every call"
+QNSTACK_POWER=full report_of power build/release/tests/posix/posix_port_tests --gtest_brief=1 \
+  '--gtest_filter=*PowerLoss*'
+
 heading "Hostile peers"
 QNSTACK_HOSTILE=full report_of hostile build/release/tests/hostile/hostile_tests --gtest_brief=1
 heading "Hostile peers, under ASan and UBSan"

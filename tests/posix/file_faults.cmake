@@ -3,6 +3,6 @@
 # which must be among its sources.
 function(qnstack_wrap_files target)
   qnstack_wrap_calls(${target}
-    open openat syscall read write fsync ftruncate renameat unlinkat mkdirat
+    open openat syscall read write fsync fdatasync ftruncate renameat linkat unlinkat mkdirat
     close flock futimens fstat fstatat fcntl fdopen fdopendir readdir closedir)
 endfunction()

@@ -5,6 +5,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -29,8 +30,10 @@ long __real_syscall(long number, ...);
 ssize_t __real_read(int fd, void *bytes, size_t count);
 ssize_t __real_write(int fd, const void *bytes, size_t count);
 int __real_fsync(int fd);
+int __real_fdatasync(int fd);
 int __real_ftruncate(int fd, off_t size);
 int __real_renameat(int from_folder, const char *from, int to_folder, const char *to);
+int __real_linkat(int from_folder, const char *from, int to_folder, const char *to, int flags);
 int __real_unlinkat(int folder, const char *name, int flags);
 int __real_mkdirat(int folder, const char *name, mode_t mode);
 int __real_flock(int fd, int operation);
@@ -52,7 +55,8 @@ FileFaults *active = nullptr;
 int resolving_error = 0;
 
 bool TakesSpace(std::string_view name) {
-  constexpr std::array<std::string_view, 3> kTaking = {"write", "fsync", "mkdirat"};
+  constexpr std::array<std::string_view, 5> kTaking = {"write", "fsync", "fdatasync", "linkat",
+                                                       "mkdirat"};
   return std::find(kTaking.begin(), kTaking.end(), name) != kTaking.end();
 }
 
@@ -127,6 +131,22 @@ struct FileCalls {
     call(count / 2);
     _exit(FileFaults::kEndStatus);
   }
+
+  // Passes on the result of a call, of which the listener hears if it succeeded.
+  template <typename Result, typename Part>
+  static Result Heard(Result result, Part part) {
+    if (result == -1 || active == nullptr || active->listener_ == nullptr) return result;
+    const int error = errno;
+    part(*active->listener_);
+    errno = error;
+    return result;
+  }
+
+  static int Sync(std::string_view name, int fd, int (*force)(int fd)) {
+    const bool forced = !CallFaults::Watches(kFileCalls);
+    const int result = Make(name, [=] { return forced ? force(fd) : 0; });
+    return Heard(result, [=](FileListener &it) { it.OnSync(fd); });
+  }
 };
 
 FileFaults::FileFaults(FileFault fault)
@@ -143,6 +163,7 @@ NoResolving::~NoResolving() { resolving_error = 0; }
 }  // namespace qntest
 
 using qntest::FileCalls;
+using qntest::FileListener;
 
 extern "C" {
 
@@ -151,7 +172,8 @@ int __wrap_open(const char *name, int flags, ...) {
   va_start(rest, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
   va_end(rest);
-  return FileCalls::Make("open", [=] { return __real_open(name, flags, mode); });
+  const int fd = FileCalls::Make("open", [=] { return __real_open(name, flags, mode); });
+  return FileCalls::Heard(fd, [=](FileListener &it) { it.OnOpen(AT_FDCWD, name, flags, fd); });
 }
 
 int __wrap_openat(int folder, const char *name, int flags, ...) {
@@ -159,7 +181,9 @@ int __wrap_openat(int folder, const char *name, int flags, ...) {
   va_start(rest, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(rest, mode_t) : 0;
   va_end(rest);
-  return FileCalls::Make("openat", [=] { return __real_openat(folder, name, flags, mode); });
+  const int fd =
+      FileCalls::Make("openat", [=] { return __real_openat(folder, name, flags, mode); });
+  return FileCalls::Heard(fd, [=](FileListener &it) { it.OnOpen(folder, name, flags, fd); });
 }
 
 long __wrap_syscall(long number, ...) {
@@ -174,7 +198,12 @@ long __wrap_syscall(long number, ...) {
     errno = qntest::resolving_error;
     return -1;
   }
-  return FileCalls::Make("openat2", call);
+  const long fd = FileCalls::Make("openat2", call);
+  return FileCalls::Heard(fd, [&](FileListener &it) {
+    const auto *how = reinterpret_cast<const open_how *>(a[2]);
+    it.OnOpen(static_cast<int>(a[0]), reinterpret_cast<const char *>(a[1]),
+              static_cast<int>(how->flags), static_cast<int>(fd));
+  });
 }
 
 ssize_t __wrap_read(int fd, void *bytes, size_t count) {
@@ -182,29 +211,43 @@ ssize_t __wrap_read(int fd, void *bytes, size_t count) {
 }
 
 ssize_t __wrap_write(int fd, const void *bytes, size_t count) {
-  return FileCalls::Move("write", count, [=](size_t n) { return __real_write(fd, bytes, n); });
+  const ssize_t moved =
+      FileCalls::Move("write", count, [=](size_t n) { return __real_write(fd, bytes, n); });
+  return FileCalls::Heard(
+      moved, [=](FileListener &it) { it.OnWrite(fd, bytes, static_cast<size_t>(moved)); });
 }
 
-int __wrap_fsync(int fd) {
-  const bool forced = !qntest::CallFaults::Watches(qntest::kFileCalls);
-  return FileCalls::Make("fsync", [=] { return forced ? __real_fsync(fd) : 0; });
-}
+int __wrap_fsync(int fd) { return FileCalls::Sync("fsync", fd, __real_fsync); }
+
+int __wrap_fdatasync(int fd) { return FileCalls::Sync("fdatasync", fd, __real_fdatasync); }
 
 int __wrap_ftruncate(int fd, off_t size) {
-  return FileCalls::Make("ftruncate", [=] { return __real_ftruncate(fd, size); });
+  const int result = FileCalls::Make("ftruncate", [=] { return __real_ftruncate(fd, size); });
+  return FileCalls::Heard(result, [=](FileListener &it) { it.OnTruncate(fd, size); });
 }
 
 int __wrap_renameat(int from_folder, const char *from, int to_folder, const char *to) {
-  return FileCalls::Make("renameat",
-                         [=] { return __real_renameat(from_folder, from, to_folder, to); });
+  const int result = FileCalls::Make(
+      "renameat", [=] { return __real_renameat(from_folder, from, to_folder, to); });
+  return FileCalls::Heard(result,
+                          [=](FileListener &it) { it.OnRename(from_folder, from, to_folder, to); });
+}
+
+int __wrap_linkat(int from_folder, const char *from, int to_folder, const char *to, int flags) {
+  const int result = FileCalls::Make(
+      "linkat", [=] { return __real_linkat(from_folder, from, to_folder, to, flags); });
+  return FileCalls::Heard(result, [=](FileListener &it) { it.OnLink(to_folder, to); });
 }
 
 int __wrap_unlinkat(int folder, const char *name, int flags) {
-  return FileCalls::Make("unlinkat", [=] { return __real_unlinkat(folder, name, flags); });
+  const int result =
+      FileCalls::Make("unlinkat", [=] { return __real_unlinkat(folder, name, flags); });
+  return FileCalls::Heard(result, [=](FileListener &it) { it.OnUnlink(folder, name); });
 }
 
 int __wrap_mkdirat(int folder, const char *name, mode_t mode) {
-  return FileCalls::Make("mkdirat", [=] { return __real_mkdirat(folder, name, mode); });
+  const int result = FileCalls::Make("mkdirat", [=] { return __real_mkdirat(folder, name, mode); });
+  return FileCalls::Heard(result, [=](FileListener &it) { it.OnLink(folder, name); });
 }
 
 int __wrap_flock(int fd, int operation) {

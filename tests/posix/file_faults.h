@@ -6,6 +6,8 @@
 #ifndef QNSTACK_TESTS_POSIX_FILE_FAULTS_H
 #define QNSTACK_TESTS_POSIX_FILE_FAULTS_H
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -32,6 +34,22 @@ struct FileFault {
   int error = 0;
 };
 
+// Hears of each call that changed the files, or that forced changes to the
+// medium, once it has succeeded.
+class FileListener {
+ public:
+  virtual void OnOpen(int folder, const char *name, int flags, int fd) = 0;
+  virtual void OnWrite(int fd, const void *bytes, size_t count) = 0;
+  virtual void OnTruncate(int fd, off_t size) = 0;
+  virtual void OnSync(int fd) = 0;
+  virtual void OnLink(int folder, const char *name) = 0;  // of a file or a new folder
+  virtual void OnUnlink(int folder, const char *name) = 0;
+  virtual void OnRename(int from_folder, const char *from, int to_folder, const char *to) = 0;
+
+ protected:
+  ~FileListener() = default;
+};
+
 // One at a time. While it lives nothing is forced to the medium: that takes
 // time, and what a process leaves behind when it ends does not depend on it.
 class FileFaults {
@@ -44,6 +62,9 @@ class FileFaults {
   FileFaults(const FileFaults &) = delete;
   FileFaults &operator=(const FileFaults &) = delete;
 
+  // From now on `listener`, which must live longer, hears of the calls.
+  void LetHear(FileListener *listener) { listener_ = listener; }
+
   // The calls so far, by their function's names.
   const std::vector<std::string_view> &Names() const { return calls_.Names(); }
   int Count() const { return calls_.Count(); }
@@ -52,6 +73,7 @@ class FileFaults {
   friend struct FileCalls;
 
   const FileFault fault_;
+  FileListener *listener_ = nullptr;
   CallFaults calls_;
   const ScopedClose close_;
 };

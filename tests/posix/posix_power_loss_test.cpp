@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+// Guards the stores against a machine that loses power: each act is written down
+// call by call, and behind each call the states of the medium that POSIX then
+// permits are loaded. They must give the old content or the new, complete, and
+// after the act's end the new. QNSTACK_POWER=full looks at all states, and prints
+// what it looked at as a table.
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "posix/posix_root.h"
+#include "posix/power_loss_cuts.h"
+#include "posix/power_loss_log.h"
+#include "posix/power_loss_scenarios.h"
+#include "support/watchdog.h"
+
+namespace {
+
+using namespace qntest;
+
+constexpr unsigned kPatience = 280;  // seconds for all states of an act
+
+using Counts = std::map<std::string_view, size_t>;
+
+// What is known not to hold, with the states that show it: the name of a new
+// folder, and of a file that an append in place makes, is not synced.
+const Counts kKnownViolations = {{"first append in place", 1}, {"first save in a new folder", 1}};
+
+// Syncs without which the model finds no fault: of a backup's restoration, which
+// the next load would repeat; of an empty file's content; of the new name of a
+// move, as the model gives a move across folders no state without both names.
+const Counts kKnownNeedless = {{"load with a backup", 1},   {"load with a backup alone", 1},
+                               {"save beside a backup", 1}, {"append beside a backup", 1},
+                               {"cache delete all", 1},     {"move to another folder", 1}};
+
+size_t CountIn(const Counts &counts, std::string_view name) {
+  const auto found = counts.find(name);
+  return found != counts.end() ? found->second : 0;
+}
+
+class PosixPowerLoss : public PosixRoot, public testing::WithParamInterface<StoreScenario> {
+ protected:
+  static void SetUpTestSuite() {
+    if (!LooksAtAllStates()) return;
+    std::printf("| Act | cuts | states | violations | of these known |\n|---|--:|--:|--:|--:|\n");
+  }
+
+  ~PosixPowerLoss() override { ForgetCache(); }
+
+  MediumRecord Record() const {
+    PrepareStore(GetParam(), folder_.path());
+    return RecordOf(GetParam().act, folder_.path());
+  }
+
+  Watchdog longer_{kPatience};
+  PowerLossCuts cuts_{GetParam(), folder_.path()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Acts, PosixPowerLoss, testing::ValuesIn(PowerLossScenarios()),
+                         [](const auto &test) {
+                           std::string name = test.param.name;
+                           std::replace(name.begin(), name.end(), ' ', '_');
+                           return name;
+                         });
+
+TEST_P(PosixPowerLoss, LeavesOldOrNewAndAfterTheEndNew) {
+  const size_t known = CountIn(kKnownViolations, GetParam().name);
+
+  const PowerLossFindings found = cuts_.Cut(Record());
+
+  EXPECT_LE(found.Violations(), known) << found.first_of_them;
+  EXPECT_GT(found.states, found.cuts);
+  if (!LooksAtAllStates()) return;
+  std::printf("| %s | %zu | %zu | %zu | %zu |\n", GetParam().name, found.cuts, found.states,
+              found.Violations(), known);
+}
+
+TEST_P(PosixPowerLoss, SyncsNothingThatNeedNotBe) {
+  const MediumRecord record = Record();
+  const size_t usual = cuts_.Cut(record).Violations();
+  std::vector<std::string> needless;
+
+  for (auto change = record.changes.begin(); change != record.changes.end(); ++change) {
+    if (change->kind != MediumChange::Kind::kSync) continue;
+    MediumRecord without = record;
+    without.changes.erase(without.changes.begin() + (change - record.changes.begin()));
+    if (cuts_.Cut(without).Violations() <= usual) needless.push_back(TextOf(*change));
+  }
+
+  EXPECT_LE(needless.size(), CountIn(kKnownNeedless, GetParam().name))
+      << testing::PrintToString(needless);
+}
+
+}  // namespace
