@@ -60,7 +60,7 @@ foreach(part qnstack_core qnstack_port_inert qnstack_port_posix)
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
   target_link_libraries(${part}
     PUBLIC $<BUILD_INTERFACE:qnstack_instrumentation>
-    PRIVATE qnstack_library_options)
+    PRIVATE qnstack_library_options qnstack_hardening)
   set_target_properties(${part} PROPERTIES
     POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden
@@ -113,7 +113,7 @@ function(qnstack_add_library name port)
   if(NOT QNSTACK_SANITIZE)
     target_link_options(${name} PRIVATE -Wl,-z,defs)
   endif()
-  target_link_libraries(${name} PRIVATE ${APR_LINK_LIBRARIES} m)
+  target_link_libraries(${name} PRIVATE ${APR_LINK_LIBRARIES} m qnstack_hardening)
 
   add_library(${name}_static STATIC
     $<TARGET_OBJECTS:qnstack_core> $<TARGET_OBJECTS:${port}>)

@@ -25,6 +25,20 @@ if(QNSTACK_COVERAGE)
   target_link_options(qnstack_instrumentation INTERFACE --coverage)
 endif()
 
+# What is installed names neither the folder of its sources nor that of its build,
+# so that it has the same bytes whichever they are. A debugger finds the sources
+# when it is started in their folder; where finding faults is what a build is for,
+# their whole paths stay.
+add_library(qnstack_placeless INTERFACE)
+if(NOT QNSTACK_SANITIZE AND NOT QNSTACK_COVERAGE)
+  target_compile_options(qnstack_placeless INTERFACE
+    "$<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=;-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>")
+endif()
+
+# Programs of the build look for the libraries from where they are themselves, so
+# that they run, and have the same bytes, wherever the build stands.
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+
 # Inode numbers and dates go beyond 32 bits on platforms of 32 bits too. Only for
 # what is the project's own: the records of other libraries may hold such types.
 add_library(qnstack_wide_types INTERFACE)
@@ -40,7 +54,6 @@ endif()
 add_library(qnstack_library_options INTERFACE)
 target_compile_options(qnstack_library_options INTERFACE
   -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off
-  -fno-semantic-interposition -fno-plt
-  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  -fno-semantic-interposition -fno-plt)
 target_link_libraries(qnstack_library_options INTERFACE
-  qnstack_warnings qnstack_instrumentation qnstack_wide_types)
+  qnstack_warnings qnstack_instrumentation qnstack_wide_types qnstack_placeless)

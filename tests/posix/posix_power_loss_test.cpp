@@ -29,14 +29,12 @@ using Counts = std::map<std::string_view, size_t>;
 
 // What is known not to hold, with the states that show it: the name of a new
 // folder, and of a file that an append in place makes, is not synced.
-const Counts kKnownViolations = {{"first append in place", 1}, {"first save in a new folder", 1}};
+const Counts kKnownViolations = {};
 
-// Syncs without which the model finds no fault: of a backup's restoration, which
-// the next load would repeat; of an empty file's content; of the new name of a
-// move, as the model gives a move across folders no state without both names.
-const Counts kKnownNeedless = {{"load with a backup", 1},   {"load with a backup alone", 1},
-                               {"save beside a backup", 1}, {"append beside a backup", 1},
-                               {"cache delete all", 1},     {"move to another folder", 1}};
+// Syncs without which the model finds no fault: of an empty file's content; of the
+// new name of a move, as the model gives a move across folders no state without
+// both names.
+const Counts kKnownNeedless = {{"cache delete all", 1}, {"move to another folder", 1}};
 
 size_t CountIn(const Counts &counts, std::string_view name) {
   const auto found = counts.find(name);

@@ -47,7 +47,7 @@ bool ReadElements(QNFSBuffer *record, QNList *list, QNFSRecordRead read, LinkFun
 }
 
 // False if the list does not get all that is in the file.
-bool Load(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
+bool LoadLinked(const char *name, QNList *list, QNFSRecordRead read, LinkFunction link) {
   if (name == nullptr || list == nullptr || read == nullptr) return false;
   qn::FileImage image(name);
   const bool loaded = image.IsAllocated() && fnQNFS_Load_File_To_Buffer(name, image.Record()) != 0;
@@ -88,15 +88,15 @@ int32_t Save(const char *name, const QNList *list, QNFSRecordWrite write, FirstF
 }  // namespace
 
 bool qn::LoadFileToList(const char *name, QNList *list, QNFSRecordRead read) {
-  return Load(name, list, read, LinkTail);
+  return LoadLinked(name, list, read, LinkTail);
 }
 
 void fnQNFS_Load_File_To_List(const char *name, QNList *list, QNFSRecordRead read) {
-  Load(name, list, read, qn::LinkTail);
+  LoadLinked(name, list, read, qn::LinkTail);
 }
 
 void fnQNFS_Load_File_To_ListEx(const char *name, QNList *list, QNFSRecordRead read) {
-  Load(name, list, read, qn::LinkFront);
+  LoadLinked(name, list, read, qn::LinkFront);
 }
 
 int32_t fnQNFS_Save_List_To_File(const char *name, QNList *list, QNFSRecordWrite write) {
