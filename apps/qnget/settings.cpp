@@ -53,12 +53,9 @@ std::string ProblemOfSetting(const SettingKind &kind, const std::string &value) 
 }
 
 Settings::Settings(const Folders &folders, const std::string &operator_name, Purpose purpose)
-    : file_(SettingsFile(operator_name)), store_(AfterTakeover(folders), purpose) {
-  fnQNList_Init(&list_);
-  exist_ = store_.IsOpen() && Load();
-}
-
-Settings::~Settings() { fnQNList_Clear(&list_, fnQNFS_INI_FreeNode); }
+    : file_(SettingsFile(operator_name)),
+      store_(AfterTakeover(folders), purpose),
+      exist_(store_.IsOpen() && Load()) {}
 
 // False if there is no such file. Loading deletes the file where there is a backup,
 // so both are read before, and what has become of them afterwards.

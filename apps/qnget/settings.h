@@ -30,6 +30,14 @@ const SettingKind *FindSettingKind(const std::string &key);
 /** Why a value cannot be kept under a known key; empty if it can. */
 std::string ProblemOfSetting(const SettingKind &kind, const std::string &value);
 
+/** A list of settings that frees its entries, also where loading them throws. */
+struct IniList : QNList {
+  IniList() { fnQNList_Init(this); }
+  ~IniList() { fnQNList_Clear(this, fnQNFS_INI_FreeNode); }
+  IniList(const IniList &) = delete;
+  IniList &operator=(const IniList &) = delete;
+};
+
 /** One file of settings, as it stands, held against other qngets. */
 class Settings {
  public:
@@ -39,10 +47,6 @@ class Settings {
    * without what stands in it.
    */
   Settings(const Folders &folders, const std::string &operator_name, Purpose purpose);
-  ~Settings();
-
-  Settings(const Settings &) = delete;
-  Settings &operator=(const Settings &) = delete;
 
   /** Whether the file is there. */
   bool Exist() const { return exist_; }
@@ -61,7 +65,7 @@ class Settings {
 
   std::string file_;
   Store store_;
-  QNList list_;
+  IniList list_;
   bool exist_;
 };
 
