@@ -7,7 +7,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 what=$1
-copy=$(mktemp -d)
+# On the same file system: the size that a package names is counted in its blocks.
+copy=$(mktemp -d -p "$PWD/build" elsewhere.XXXXXX)
 trap 'rm -rf "$copy"' EXIT
 
 made() {
