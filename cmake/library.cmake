@@ -1,8 +1,26 @@
 # SPDX-License-Identifier: MIT
-# The library: one core of everything but the file primitives, and one file
-# port per library that is made of it.
+# The library: one core that includes nothing of a system, one platform below it,
+# and one file port per library that is made of them.
 
-add_library(qnstack_core OBJECT
+# Some whole sources of the library, compiled as all of them are.
+function(qnstack_add_part name)
+  add_library(${name} OBJECT ${ARGN})
+  target_include_directories(${name}
+    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+    PRIVATE
+      ${PROJECT_SOURCE_DIR}/qnstack/common/src
+      ${PROJECT_SOURCE_DIR}/qnstack/qnfs/common/src
+      ${PROJECT_SOURCE_DIR}/qnstack/qnshare/common/src)
+  target_link_libraries(${name}
+    PUBLIC $<BUILD_INTERFACE:qnstack_instrumentation>
+    PRIVATE qnstack_library_options qnstack_hardening)
+  set_target_properties(${name} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
+
+qnstack_add_part(qnstack_core
   qnstack/Mac_porting/src/qn_stack_porting.cpp
   qnstack/common/src/qn_stack_http.cpp
   qnstack/common/src/qn_stack_http_answer.cpp
@@ -39,13 +57,25 @@ add_library(qnstack_core OBJECT
   qnstack/qnshare/common/src/qn_scan.cpp
   qnstack/qnshare/common/src/qn_snprintf.cpp
   qnstack/qnshare/common/src/qn_stricmp.cpp)
+target_include_directories(qnstack_core PRIVATE
+  ${PROJECT_SOURCE_DIR}/qnstack/Mac_porting/src
+  ${PROJECT_SOURCE_DIR}/qnstack/qnfs/Mac_porting/src)
+target_link_libraries(qnstack_core PRIVATE PkgConfig::APR)
+
+# The platform: what the *_platform.h of the core ask for.
+qnstack_add_part(qnstack_platform
+  qnstack/Mac_porting/src/qn_stack_platform.cpp
+  qnstack/qnfs/Mac_porting/src/qn_fs_platform.cpp
+  qnstack/qnshare/Mac_porting/src/qn_share_platform.cpp)
+set(qnstack_core_objects
+  $<TARGET_OBJECTS:qnstack_core> $<TARGET_OBJECTS:qnstack_platform>)
 
 # The file ports: same names, one is linked.
-add_library(qnstack_port_inert OBJECT
+qnstack_add_part(qnstack_port_inert
   qnstack/qnfs/Mac_porting/src/qn_fs_file.cpp
   qnstack/qnfs/common/src/qn_fs_backup.cpp
   qnstack/qnfs/common/src/qn_fs_file_port.cpp)
-add_library(qnstack_port_posix OBJECT
+qnstack_add_part(qnstack_port_posix
   qnstack/qnfs/Posix_porting/src/qn_fs_beneath.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_descriptor.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_directory.cpp
@@ -54,30 +84,6 @@ add_library(qnstack_port_posix OBJECT
   qnstack/qnfs/Posix_porting/src/qn_fs_store.cpp
   qnstack/qnfs/Posix_porting/src/qn_fs_unread.cpp
   qnstack/qnfs/common/src/qn_fs_file_port.cpp)
-
-foreach(part qnstack_core qnstack_port_inert qnstack_port_posix)
-  target_include_directories(${part} PUBLIC
-    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
-  target_link_libraries(${part}
-    PUBLIC $<BUILD_INTERFACE:qnstack_instrumentation>
-    PRIVATE qnstack_library_options qnstack_hardening)
-  set_target_properties(${part} PROPERTIES
-    POSITION_INDEPENDENT_CODE ON
-    CXX_VISIBILITY_PRESET hidden
-    VISIBILITY_INLINES_HIDDEN ON)
-endforeach()
-foreach(port inert posix)
-  target_include_directories(qnstack_port_${port} PRIVATE
-    ${PROJECT_SOURCE_DIR}/qnstack/qnfs/common/src
-    ${PROJECT_SOURCE_DIR}/qnstack/qnshare/common/src)
-endforeach()
-target_include_directories(qnstack_core PRIVATE
-  ${PROJECT_SOURCE_DIR}/qnstack/Mac_porting/src
-  ${PROJECT_SOURCE_DIR}/qnstack/common/src
-  ${PROJECT_SOURCE_DIR}/qnstack/qnfs/Mac_porting/src
-  ${PROJECT_SOURCE_DIR}/qnstack/qnfs/common/src
-  ${PROJECT_SOURCE_DIR}/qnstack/qnshare/common/src)
-target_link_libraries(qnstack_core PRIVATE PkgConfig::APR)
 
 # Only the names in exports.txt leave a shared library; templates of the C++
 # library that were instantiated on the way do not.
@@ -102,7 +108,7 @@ function(qnstack_add_library name port)
     CONTENT "@node@ { global: @exported_names@; local: *; };\n" @ONLY)
 
   add_library(${name} SHARED
-    $<TARGET_OBJECTS:qnstack_core> $<TARGET_OBJECTS:${port}>)
+    ${qnstack_core_objects} $<TARGET_OBJECTS:${port}>)
   set_target_properties(${name} PROPERTIES
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
@@ -116,7 +122,7 @@ function(qnstack_add_library name port)
   target_link_libraries(${name} PRIVATE ${APR_LINK_LIBRARIES} m qnstack_hardening)
 
   add_library(${name}_static STATIC
-    $<TARGET_OBJECTS:qnstack_core> $<TARGET_OBJECTS:${port}>)
+    ${qnstack_core_objects} $<TARGET_OBJECTS:${port}>)
   set_target_properties(${name}_static PROPERTIES
     OUTPUT_NAME ${name}
     LINKER_LANGUAGE C)
