@@ -62,34 +62,25 @@ target_include_directories(qnstack_core PRIVATE
   ${PROJECT_SOURCE_DIR}/qnstack/qnfs/Mac_porting/src)
 target_link_libraries(qnstack_core PRIVATE PkgConfig::APR)
 
-# The platform: what the *_platform.h of the core ask for.
-qnstack_add_part(qnstack_platform
-  qnstack/Mac_porting/src/qn_stack_platform.cpp
-  qnstack/qnfs/Mac_porting/src/qn_fs_platform.cpp
-  qnstack/qnshare/Mac_porting/src/qn_share_platform.cpp)
+qnstack_add_part(qnstack_platform ${platform_sources})
 set(qnstack_core_objects
   $<TARGET_OBJECTS:qnstack_core> $<TARGET_OBJECTS:qnstack_platform>)
 
-# The file ports: same names, one is linked.
+# The file ports: same names, one is linked. The inert one needs no platform.
 qnstack_add_part(qnstack_port_inert
   qnstack/qnfs/Mac_porting/src/qn_fs_file.cpp
   qnstack/qnfs/common/src/qn_fs_backup.cpp
   qnstack/qnfs/common/src/qn_fs_file_port.cpp)
-qnstack_add_part(qnstack_port_posix
-  qnstack/qnfs/Posix_porting/src/qn_fs_beneath.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_descriptor.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_directory.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_file.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_replacement.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_store.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_unread.cpp
-  qnstack/qnfs/common/src/qn_fs_file_port.cpp)
+if(platform_file_port)
+  qnstack_add_part(qnstack_port_${platform_file_port} ${platform_file_port_sources})
+endif()
 
 # Only the names in exports.txt leave a shared library; templates of the C++
 # library that were instantiated on the way do not.
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS
   ${PROJECT_SOURCE_DIR}/cmake/exports.txt)
 file(STRINGS cmake/exports.txt exported_names)
+list(APPEND exported_names ${platform_exports})
 list(JOIN exported_names "; " exported_names)
 
 # The version node of library NAME: its own name and the interface's major
@@ -139,13 +130,18 @@ function(qnstack_add_library name port)
 endfunction()
 
 qnstack_add_library(qnstack qnstack_port_inert)
-qnstack_add_library(qnstack_posix qnstack_port_posix)
+set(qnstack_libraries qnstack)
+if(platform_file_port)
+  qnstack_add_library(qnstack_${platform_file_port} qnstack_port_${platform_file_port})
+  list(APPEND qnstack_libraries qnstack_${platform_file_port})
+endif()
 
 # The names under which a project sees the libraries that takes this one in as
 # a folder of its own; those of an installed tree are the same.
-add_library(qnstack::qnstack ALIAS qnstack)
-add_library(qnstack::posix ALIAS qnstack_posix)
-add_library(qnstack::qnstack_static ALIAS qnstack_static)
-add_library(qnstack::posix_static ALIAS qnstack_posix_static)
-set_target_properties(qnstack_posix PROPERTIES EXPORT_NAME posix)
-set_target_properties(qnstack_posix_static PROPERTIES EXPORT_NAME posix_static)
+foreach(library ${qnstack_libraries})
+  string(REPLACE qnstack_ "" short_name ${library})
+  foreach(kind "" _static)
+    add_library(qnstack::${short_name}${kind} ALIAS ${library}${kind})
+    set_target_properties(${library}${kind} PROPERTIES EXPORT_NAME ${short_name}${kind})
+  endforeach()
+endforeach()
