@@ -83,6 +83,15 @@ file(STRINGS cmake/exports.txt exported_names)
 list(APPEND exported_names ${platform_exports})
 list(JOIN exported_names "; " exported_names)
 
+# A linker without version scripts exports what the headers mark with QN_API, and
+# templates besides; one without the other two links all the same.
+include(CheckLinkerFlag)
+set(exports_nothing ${CMAKE_CURRENT_BINARY_DIR}/exports_nothing.map)
+file(WRITE ${exports_nothing} "QNSTACK_CHECK { local: *; };\n")
+check_linker_flag(C LINKER:--version-script=${exports_nothing} QNSTACK_LINKS_version_script)
+check_linker_flag(C LINKER:--as-needed QNSTACK_LINKS_as_needed)
+check_linker_flag(C LINKER:-z,defs QNSTACK_LINKS_defs)
+
 # The version node of library NAME: its own name and the interface's major
 # number, so that a program cannot start with another library than it was
 # linked with.
@@ -104,11 +113,16 @@ function(qnstack_add_library name port)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
     LINKER_LANGUAGE C)
-  target_link_options(${name} PRIVATE -Wl,--as-needed -Wl,--version-script=${exports_map})
-  set_target_properties(${name} PROPERTIES LINK_DEPENDS ${exports_map})
+  if(QNSTACK_LINKS_as_needed)
+    target_link_options(${name} PRIVATE LINKER:--as-needed)
+  endif()
+  if(QNSTACK_LINKS_version_script)
+    target_link_options(${name} PRIVATE LINKER:--version-script=${exports_map})
+    set_target_properties(${name} PROPERTIES LINK_DEPENDS ${exports_map})
+  endif()
   # A sanitizer's runtime is found when the program is linked, not before.
-  if(NOT QNSTACK_SANITIZE)
-    target_link_options(${name} PRIVATE -Wl,-z,defs)
+  if(QNSTACK_LINKS_defs AND NOT QNSTACK_SANITIZE)
+    target_link_options(${name} PRIVATE LINKER:-z,defs)
   endif()
   target_link_libraries(${name} PRIVATE ${APR_LINK_LIBRARIES} m qnstack_hardening)
 
