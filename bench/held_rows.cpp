@@ -52,9 +52,9 @@ constexpr Held kHeld[] = {
     {"look-ups/header table of 6: each name read", "the table keeps its order and is walked"},
     {"look-ups/full jar: .*", "the jar keeps its order and is walked, name by name"},
 
-    {"strings/(strlen|strchr|strcmp|memcmp|strcpy|memcpy|memset|strdup|strstr|atoi)\\b.*",
+    {"strings/(strlen|strchr|strcmp|memcmp|strcpy|memcpy|memset|strstr|atoi)\\b.*",
      "the C library's function of that name"},
-    {"strings/copy on the heap, .*", "strlen(), malloc() and memcpy(), as in strdup()"},
+    {"strings/(copy on the heap,|strdup\\b).*", "strlen(), malloc() and memcpy(), as in strdup()"},
     {"strings/memstr .*", "memmem()"},
     {"strings/begins with", "strlen() and strncmp()"},
     {"strings/.* zeroed bytes from the heap", "calloc()"},

@@ -10,23 +10,13 @@ if(NOT QNSTACK_HARDEN OR QNSTACK_SANITIZE OR QNSTACK_COVERAGE)
   return()
 endif()
 
-include(CheckCXXCompilerFlag)
 include(CheckLinkerFlag)
 include(CheckPIESupported)
 
 # Protected are the stack's return addresses, and where calls and jumps may arrive
-# (which x86 and arm64 call by different names). Some compilers only warn of a flag
-# that is another processor's.
-set(CMAKE_REQUIRED_FLAGS -Werror)
-foreach(flag -fstack-protector-strong -fstack-clash-protection
-    -fcf-protection -mbranch-protection=standard)
-  string(MAKE_C_IDENTIFIER "QNSTACK_KNOWS${flag}" known)
-  check_cxx_compiler_flag(${flag} ${known})
-  if(${known})
-    target_compile_options(qnstack_hardening INTERFACE ${flag})
-  endif()
-endforeach()
-unset(CMAKE_REQUIRED_FLAGS)
+# (which x86 and arm64 call by different names).
+qnstack_add_known_flags(qnstack_hardening -fstack-protector-strong
+  -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
 target_compile_options(qnstack_hardening INTERFACE
   "SHELL:-include ${PROJECT_SOURCE_DIR}/cmake/fortify.h")
 

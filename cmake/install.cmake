@@ -5,10 +5,11 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS qnstack qnstack_posix EXPORT qnstackTargets
+install(TARGETS ${qnstack_libraries} EXPORT qnstackTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     COMPONENT Runtime NAMELINK_COMPONENT Development)
-install(TARGETS qnstack_static qnstack_posix_static EXPORT qnstackStaticTargets
+list(TRANSFORM qnstack_libraries APPEND _static OUTPUT_VARIABLE static_libraries)
+install(TARGETS ${static_libraries} EXPORT qnstackStaticTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT Development)
 install(DIRECTORY include/qnstack
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Development)
@@ -27,7 +28,7 @@ endforeach()
 # For pkg-config. The files name the prefix, which is known for certain only
 # when they are installed; until then its name stands for it.
 set(qnstack_description "${PROJECT_DESCRIPTION}; touches no file")
-set(qnstack_posix_description "${PROJECT_DESCRIPTION}; keeps files")
+set(qnstack_${platform_file_port}_description "${PROJECT_DESCRIPTION}; keeps files")
 set(prefix "@CMAKE_INSTALL_PREFIX@")
 foreach(folder LIBDIR INCLUDEDIR)
   set(${folder} "\${prefix}/${CMAKE_INSTALL_${folder}}")
@@ -41,7 +42,7 @@ list(TRANSFORM apr_flags PREPEND -L)
 list(TRANSFORM APR_STATIC_LIBRARIES PREPEND -l OUTPUT_VARIABLE apr_libraries)
 list(APPEND apr_flags ${apr_libraries})
 list(JOIN apr_flags " " apr_flags)
-foreach(library qnstack qnstack_posix)
+foreach(library ${qnstack_libraries})
   set(description "${${library}_description}")
   set(file ${PROJECT_BINARY_DIR}/${library}.pc)
   configure_file(cmake/qnstack.pc.in ${file}.in @ONLY)

@@ -5,9 +5,26 @@
 # A compiler that nobody here has met may warn of more.
 option(QNSTACK_WERROR "Treat warnings as errors" ${PROJECT_IS_TOP_LEVEL})
 
+# Gives a target those of the flags that the compiler knows. Some compilers only
+# warn of a flag that they do not.
+include(CheckCXXCompilerFlag)
+function(qnstack_add_known_flags target)
+  set(CMAKE_REQUIRED_FLAGS -Werror)
+  foreach(flag ${ARGN})
+    string(MAKE_C_IDENTIFIER "QNSTACK_KNOWS${flag}" known)
+    check_cxx_compiler_flag(${flag} ${known})
+    if(${known})
+      target_compile_options(${target} INTERFACE ${flag})
+    endif()
+  endforeach()
+endfunction()
+
 add_library(qnstack_warnings INTERFACE)
+qnstack_add_known_flags(qnstack_warnings -Wall -Wextra -Wconversion -Wshadow -Wformat=2)
+if(QNSTACK_WERROR)
+  qnstack_add_known_flags(qnstack_warnings -Werror)
+endif()
 target_compile_options(qnstack_warnings INTERFACE
-  -Wall -Wextra -Wconversion -Wshadow -Wformat=2 $<$<BOOL:${QNSTACK_WERROR}>:-Werror>
   # GCC 12 sees an overlap in plain additions of std::string (its bug 105651).
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 
@@ -30,7 +47,8 @@ endif()
 # when it is started in their folder; where finding faults is what a build is for,
 # their whole paths stay.
 add_library(qnstack_placeless INTERFACE)
-if(NOT QNSTACK_SANITIZE AND NOT QNSTACK_COVERAGE)
+check_cxx_compiler_flag(-ffile-prefix-map=a=b QNSTACK_KNOWS_file_prefix_map)
+if(QNSTACK_KNOWS_file_prefix_map AND NOT QNSTACK_SANITIZE AND NOT QNSTACK_COVERAGE)
   target_compile_options(qnstack_placeless INTERFACE
     "$<$<NOT:$<CONFIG:Debug>>:-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=;-ffile-prefix-map=${CMAKE_BINARY_DIR}=.>")
 endif()
@@ -52,7 +70,7 @@ endif()
 # replaced from outside, and the C library's are called without a stub between:
 # many of ours are one call.
 add_library(qnstack_library_options INTERFACE)
-target_compile_options(qnstack_library_options INTERFACE
+qnstack_add_known_flags(qnstack_library_options
   -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off
   -fno-semantic-interposition -fno-plt)
 target_link_libraries(qnstack_library_options INTERFACE

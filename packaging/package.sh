@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Everything that a stranger may pick up, made and tried: an installed tree with
-# the programs of its users, and the Debian packages, looked at by lintian and
-# run where they are unpacked.
+# the programs of its users, the libraries for another platform, and the Debian
+# packages, looked at by lintian and run where they are unpacked.
 # usage: package.sh
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -89,6 +89,18 @@ unpack() { # FOLDER
   done
 }
 
+# A platform without an operating system, from the same sources: its libraries, and
+# what its tests do with them.
+build_for_device() {
+  local device=$PWD/build/device
+  cmake -G Ninja -S . -B "$device" -DCMAKE_BUILD_TYPE=Release \
+    -DQNSTACK_PLATFORM=examples/platform >/dev/null
+  cmake --build "$device"
+  ctest --test-dir "$device" --output-on-failure
+  cmake --install "$device" --prefix "$work/device" >/dev/null
+  files_of "$work/device" | grep -E '/libqnstack(_device)?\.(so|a)$'
+}
+
 say "build, and make the packages"
 packaging/make.sh
 packages=("$build"/*.deb)
@@ -99,6 +111,8 @@ say "users' programs"
 consume pkg_config "$work/prefix"
 consume find_package "$work/prefix"
 consume add_subdirectory .
+say "another platform"
+build_for_device
 say "Debian packages"
 show_packages
 lint

@@ -3,11 +3,11 @@
  * @file qn_stack_porting.h
  * @brief The socket layer: IPv4 stream sockets behind small slot numbers.
  *
- * This text is the contract for any port. One more function of a port, which the
- * client calls before the last piece of a longer request, stands in the port's
- * internal header. A slot is a number from 1 to 19 into #socket_list. It is taken
+ * The slots are the same on every platform. What a platform supplies for them
+ * stands in `qnstack/common/src/qn_stack_platform.h`, and @ref ports tells how to
+ * bring another. A slot is a number from 1 to 19 into #socket_list. It is taken
  * by fnQN_Stack_CreateSocket() and given back by fnQN_Stack_CloseSocket() alone,
- * so a slot whose connection failed stays taken. Sockets block: connecting,
+ * so a slot whose connection failed stays taken. BSD sockets block: connecting,
  * sending and receiving wait, and a signal that interrupts such a wait is a
  * failure like any other. One thread only.
  */
@@ -35,7 +35,7 @@ typedef struct QNSocketSlot {
   uint32_t addr;     /**< IPv4 address of the peer in network byte order */
   uint16_t port;     /**< port of the peer, in host byte order */
   int32_t connState; /**< 0 not connected yet, 1 connected, -1 the attempt failed, -2 under way
-                          (never set by this port) */
+                          (never set here) */
 } QNSocketSlot;
 
 /** The process-wide table of sockets. A program may poll an `fd`; it writes nothing here. */
@@ -44,7 +44,7 @@ extern QN_API QNSocketSlot socket_list[QN_SOCKET_SLOTS];
 /**
  * Starts the socket layer. Open sockets are not touched.
  *
- * @return 1 when it started, 0 if it could not (never, in this port).
+ * @return 1 when it started; always, for there is nothing to start.
  */
 QN_API int32_t fnQN_Stack_SocketInit(void);
 
@@ -80,7 +80,7 @@ QN_API int32_t fnQN_Stack_CreateSocket(void);
  *        a slot without a socket does.
  * @return 1 connected (at once if it was already); -1 this attempt failed; 0 an
  *         earlier attempt had failed, or @p slot is negative or above 19; -2
- *         under way.
+ *         under way, where the platform's sockets do not block: call again.
  */
 QN_API int32_t fnQN_Stack_Connect(int32_t slot);
 
@@ -95,7 +95,7 @@ QN_API int32_t fnQN_Stack_Connect(int32_t slot);
  * @param count number of bytes.
  * @return the number of bytes sent, which may be less than @p count; -1 on
  *         failure, a slot out of range or not connected, or a negative count;
- *         -3 for NULL bytes.
+ *         -3 for NULL bytes; -2 to call again, as from fnQN_Stack_Connect().
  */
 QN_API int32_t fnQN_Stack_SendData(int32_t slot, const void *bytes, int32_t count);
 
@@ -108,7 +108,8 @@ QN_API int32_t fnQN_Stack_SendData(int32_t slot, const void *bytes, int32_t coun
  * @return the number of bytes received; 0 when the peer has closed. With a
  *         @p capacity of 0 it is 0 while the peer is there too, as soon as data
  *         waits. -1 on failure, a slot out of range or not connected, or a
- *         negative capacity; -3 for a NULL destination.
+ *         negative capacity; -3 for a NULL destination; -2 to call again, as from
+ *         fnQN_Stack_Connect().
  */
 QN_API int32_t fnQN_Stack_RecvData(int32_t slot, void *destination, int32_t capacity);
 
@@ -120,7 +121,7 @@ QN_API int32_t fnQN_Stack_RecvData(int32_t slot, void *destination, int32_t capa
 QN_API void fnQN_Stack_CloseSocket(int32_t slot);
 
 /**
- * Reserved for ports with sockets that do not block; this one changes nothing.
+ * Reserved for platforms with sockets that do not block; it changes nothing.
  *
  * @return always 1.
  */
@@ -129,7 +130,7 @@ QN_API int32_t fnQN_Stack_SetNoBlock(void);
 /**
  * The platform's last error number.
  *
- * @return `errno`; ask for it right after the call that failed.
+ * @return `errno` on POSIX systems; ask for it right after the call that failed.
  */
 QN_API int32_t fnQN_Stack_SocketError(void);
 

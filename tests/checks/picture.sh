@@ -16,7 +16,7 @@ box_of() { # FILE NAME
     qn_stack_http_head* | qn_stack_http_cookie*) echo tables ;;
     qn_stack_http_cache*) echo cache ;;
     qn_stack_http* | qn_stack_trace*) echo http ;;
-    qn_stack_porting*) echo sockets ;;
+    qn_stack_porting* | qn_stack_platform*) echo sockets ;;
     qn_fs_file.* | qn_fs_file_port.* | qn_fs_file_stream.*) echo port ;;
     qn_fs_beneath* | qn_fs_descriptor* | qn_fs_directory* | qn_fs_hash* | qn_fs_load_area* | qn_fs_replacement* | qn_fs_store* | qn_fs_unread*) echo port ;;
     qn_fs_*) echo files ;;

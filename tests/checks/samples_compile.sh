@@ -7,8 +7,6 @@ set -euo pipefail
 cd "$1"
 cc=$2 cxx=$3
 flags=(-Wall -Wextra -Werror -pedantic -fsyntax-only -Iinclude)
-# Samples of ports are sources of the library and see its own header too.
-ports=docs/pages/ports.md
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -36,12 +34,10 @@ extract() { # FILE FOLDER
     }' "$1"
 }
 
-compile() { # FILE SAMPLE
-  local own=()
-  [[ $1 != "$ports" ]] || own=(-Iqnstack/qnfs/common/src)
-  case $2 in
-    *.c) "$cc" -std=c99 "${flags[@]}" -x c "$2" ;;
-    *) "$cxx" -std=c++17 "${flags[@]}" "${own[@]}" -x c++ "$2" ;;
+compile() { # SAMPLE
+  case $1 in
+    *.c) "$cc" -std=c99 "${flags[@]}" -x c "$1" ;;
+    *) "$cxx" -std=c++17 "${flags[@]}" -x c++ "$1" ;;
   esac
 }
 
@@ -53,7 +49,7 @@ while read -r file; do
   for sample in "$folder"/*; do
     [[ -e $sample ]] || continue
     count=$((count + 1))
-    compile "$file" "$sample" || failed=1
+    compile "$sample" || failed=1
   done
 done < <(find README.md docs include -name '*.md' -o -name '*.h' -o -name '*.hpp' -o -name '*.dox' | sort)
 echo "$count samples"

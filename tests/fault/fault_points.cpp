@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kMostDescriptorsLeft = 8;
 
-constexpr std::array<std::string_view, 4> kHeap = {"malloc", "calloc", "realloc", "strdup"};
+constexpr std::array<std::string_view, 3> kHeap = {"malloc", "calloc", "realloc"};
 // A signal fails these; what they report is the caller's to see.
 constexpr std::array<std::string_view, 3> kBlockingNetwork = {"connect", "send", "recv"};
 // After an interruption the library carries these on, or nothing is lost by them.
@@ -29,11 +29,10 @@ struct KindOfCall {
   std::array<int, 4> errors;        // up to the first that is 0
   std::array<int, 3> done_without;  // likewise; the run goes as if nothing had failed
 };
-constexpr std::array<KindOfCall, 24> kKinds = {{
+constexpr std::array<KindOfCall, 23> kKinds = {{
     {"malloc", {ENOMEM}, {}},
     {"calloc", {ENOMEM}, {}},
     {"realloc", {ENOMEM}, {}},
-    {"strdup", {ENOMEM}, {}},
     {"open", {EACCES, EIO, ENFILE}, {}},
     {"openat", {EACCES, EIO, ENFILE, ENOSPC}, {}},
     {"openat2", {EACCES, EIO, ENFILE}, {ENOSYS, EPERM}},

@@ -7,7 +7,6 @@
 #include <malloc.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <string_view>
 
 namespace {
@@ -33,13 +32,11 @@ extern "C" {
 void *__real_malloc(size_t size);
 void *__real_calloc(size_t count, size_t size);
 void *__real_realloc(void *block, size_t size);
-char *__real_strdup(const char *text);
 void __real_free(void *block);
 
 void *__wrap_malloc(size_t size);
 void *__wrap_calloc(size_t count, size_t size);
 void *__wrap_realloc(void *block, size_t size);
-char *__wrap_strdup(const char *text);
 void __wrap_free(void *block);
 
 void *__wrap_malloc(size_t size) {
@@ -57,11 +54,6 @@ void *__wrap_realloc(void *block, size_t size) {
   if (block == nullptr) return Given(resized);
   if (resized != nullptr) qntest::CallFaults::NoteResize(before, malloc_usable_size(resized));
   return resized;
-}
-
-char *__wrap_strdup(const char *text) {
-  return Admit("strdup", std::strlen(text) + 1) ? static_cast<char *>(Given(__real_strdup(text)))
-                                                : nullptr;
 }
 
 void __wrap_free(void *block) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Makes the heap refuse chosen allocations, so that tests can fail every
-// allocation of a call in turn. Works on the calls to malloc, calloc, realloc
-// and strdup that the objects of the test program make themselves (the linker
+// allocation of a call in turn. Works on the calls to malloc, calloc and realloc
+// that the objects of the test program make themselves (the linker
 // sends them here); what shared libraries allocate, operator new among it, is
 // neither counted nor refused.
 #ifndef QNSTACK_TESTS_SUPPORT_FAILING_HEAP_H

@@ -10,8 +10,8 @@ namespace qn {
 
 extern int32_t socket_init;  // 1 while the layer is started
 
-// Tells the kernel that nothing follows the next send on this slot, so that it
-// does not hold the chunk back until the earlier ones are acknowledged.
+// Tells the platform that nothing follows the next send on this slot, so that it
+// need not hold the chunk back until the earlier ones are acknowledged.
 void HurryLastChunk(int32_t slot);
 
 }  // namespace qn

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "qn_length.h"
 #include "qn_owned.h"
 #include "qnstack/qn_stack_strings.h"
 #include "qnstack/qn_stricmp.h"
@@ -16,7 +17,7 @@ char *fnQNStack_StrArraySplit(const char *string, const char *delimiters, uint32
   if (string == nullptr || delimiters == nullptr || position == nullptr) return nullptr;
   // Nothing behind the terminator may be read, so a position there is noticed
   // on the way to it.
-  const bool inside = strnlen(string, *position) == *position;
+  const bool inside = qn::LengthWithin(string, *position) == *position;
   const char *start = inside ? string + *position : "";
   const std::string_view token(start, std::strcspn(start, delimiters));
   char *copy = qn::CopyText(token);
@@ -32,6 +33,6 @@ char *fnQNStack_StrArraySkip(const char *string, const char *delimiters) {
 int32_t fnQNStack_StrCMPI(const char *string, const char *prefix) {
   if (string == nullptr || prefix == nullptr) return string == prefix ? 0 : 1;
   const std::size_t length = std::strlen(prefix);
-  if (strnlen(string, length) < length) return 1;
+  if (qn::LengthWithin(string, length) < length) return 1;
   return fnQNRTL_strnicmp(string, prefix, static_cast<uint32_t>(length)) == 0 ? 0 : -1;
 }

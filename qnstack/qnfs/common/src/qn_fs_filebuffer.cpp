@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "qn_fs_file_image.h"
+#include "qn_length.h"
 #include "qn_owned.h"
 #include "qn_wrapped_sum.h"
 #include "qnstack/qn_share_mem.h"
@@ -162,7 +163,7 @@ QNTime fnQNFS_Buffer_ReadDateTime(QNFSBuffer *record, int32_t *flag) {
   QNTime time = {};
   const qn::Owned<char> field(fnQNFS_Buffer_ReadString(record));
   if (field != nullptr) {
-    time = ParseDateTime({field.get(), strnlen(field.get(), kDateTimeRead)});
+    time = ParseDateTime({field.get(), qn::LengthWithin(field.get(), kDateTimeRead)});
     valid = fnQNFS_Time_IsValid(time.year, time.month, time.day, time.hour, time.minute,
                                 time.second) == 1;
   }

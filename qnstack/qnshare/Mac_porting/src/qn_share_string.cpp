@@ -7,7 +7,9 @@
 #include <cstring>
 
 #include "qn_ascii.h"
+#include "qn_length.h"
 #include "qn_owned.h"
+#include "qn_share_platform.h"
 #include "qnstack/qn_stricmp.h"
 
 namespace {
@@ -45,7 +47,12 @@ char *fnQN_STRSTR(const char *haystack, const char *needle) {
 
 int fnQN_ATOI(const char *s) { return s == nullptr ? 0 : std::atoi(s); }
 
-char *fnQN_STRDUP(const char *s) { return s == nullptr ? nullptr : strdup(s); }
+char *fnQN_STRDUP(const char *s) {
+  if (s == nullptr) return nullptr;
+  const size_t size = std::strlen(s) + 1;
+  void *copy = qn::platform::ResizeBlock(nullptr, size);
+  return copy == nullptr ? nullptr : static_cast<char *>(std::memcpy(copy, s, size));
+}
 
 char *fnQN_STRCHR(const char *s, int ch) {
   return s == nullptr ? nullptr : const_cast<char *>(std::strchr(s, ch));
@@ -86,8 +93,8 @@ int32_t fnQN_STRICMP(const char *a, const char *b) {
 
 int32_t fnQN_STRNICMP(const char *a, const char *b, uint32_t n) {
   if (a == nullptr || b == nullptr) return -1;
-  if (strnlen(a, n) < n) return -1;
-  if (strnlen(b, n) < n) return 1;
+  if (qn::LengthWithin(a, n) < n) return -1;
+  if (qn::LengthWithin(b, n) < n) return 1;
   for (uint32_t i = 0; i < n; ++i) {
     const signed char left = FoldInner(a[i]);
     const signed char right = FoldInner(b[i]);
