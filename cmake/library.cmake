@@ -45,17 +45,9 @@ add_library(qnstack_port_inert OBJECT
   qnstack/qnfs/Mac_porting/src/qn_fs_file.cpp
   qnstack/qnfs/common/src/qn_fs_backup.cpp
   qnstack/qnfs/common/src/qn_fs_file_port.cpp)
-add_library(qnstack_port_posix OBJECT
-  qnstack/qnfs/Posix_porting/src/qn_fs_beneath.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_descriptor.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_directory.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_file.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_replacement.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_store.cpp
-  qnstack/qnfs/Posix_porting/src/qn_fs_unread.cpp
-  qnstack/qnfs/common/src/qn_fs_file_port.cpp)
+include(cmake/posix_port.cmake)
 
-foreach(part qnstack_core qnstack_port_inert qnstack_port_posix)
+foreach(part qnstack_core qnstack_port_inert qnstack_port_posix qnstack_port_posix_plain)
   target_include_directories(${part} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
   target_link_libraries(${part}
@@ -66,7 +58,7 @@ foreach(part qnstack_core qnstack_port_inert qnstack_port_posix)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
 endforeach()
-foreach(port inert posix)
+foreach(port inert posix posix_plain)
   target_include_directories(qnstack_port_${port} PRIVATE
     ${PROJECT_SOURCE_DIR}/qnstack/qnfs/common/src
     ${PROJECT_SOURCE_DIR}/qnstack/qnshare/common/src)
@@ -78,6 +70,8 @@ target_include_directories(qnstack_core PRIVATE
   ${PROJECT_SOURCE_DIR}/qnstack/qnfs/common/src
   ${PROJECT_SOURCE_DIR}/qnstack/qnshare/common/src)
 target_link_libraries(qnstack_core PRIVATE PkgConfig::APR)
+target_compile_definitions(qnstack_core PRIVATE
+  $<$<BOOL:${QNSTACK_PLAIN_POSIX}>:QNSTACK_PLAIN_POSIX>)
 
 # Only the names in exports.txt leave a shared library; templates of the C++
 # library that were instantiated on the way do not.
