@@ -29,6 +29,14 @@ constexpr int32_t kConnected = 1;
 constexpr int32_t kConnectFailed = -1;
 constexpr int32_t kConnecting = -2;
 
+// POSIX.1-2008 has no flag that makes a socket close-on-exec from the beginning.
+// Without it a program that another thread starts at that moment inherits it.
+#if defined(SOCK_CLOEXEC) && !defined(QNSTACK_PLAIN_POSIX)
+constexpr int kNewSocket = SOCK_STREAM | SOCK_CLOEXEC;
+#else
+constexpr int kNewSocket = SOCK_STREAM;
+#endif
+
 bool IsSlot(int32_t slot) { return slot >= kFirstSlot && slot <= kLastSlot; }
 
 // A socket that got the descriptor of a standard stream moves to another:
@@ -43,7 +51,9 @@ int MoveAboveStandardStreams(int fd) {
 
 // A socket that programs started by the application do not inherit, or -1.
 int OpenSocket() {
-  return MoveAboveStandardStreams(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const int fd = MoveAboveStandardStreams(socket(AF_INET, kNewSocket, 0));
+  if (kNewSocket == SOCK_STREAM && fd >= 0) fcntl(fd, F_SETFD, FD_CLOEXEC);
+  return fd;
 }
 
 void CloseDescriptor(int fd) {

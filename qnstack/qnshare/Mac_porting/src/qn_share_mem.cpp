@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 #include "qn_owned.h"
 
@@ -41,7 +42,10 @@ void *fnQN_MEMSTR(const void *buf, const char *needle, int32_t len) {
   if (buf == nullptr || needle == nullptr || len <= 0) return nullptr;
   // A match that ends at the very last byte does not count: callers have relied
   // on that.
-  return memmem(buf, static_cast<size_t>(len) - 1, needle, std::strlen(needle));
+  const std::string_view bytes(static_cast<const char *>(buf), static_cast<size_t>(len) - 1);
+  const size_t found = bytes.find(needle);
+  if (found == std::string_view::npos) return nullptr;
+  return const_cast<char *>(bytes.data() + found);
 }
 
 char *fnQN_MEMSTRCOPY(const char *s) { return qn::CopyText(s == nullptr ? "" : s); }
