@@ -32,6 +32,9 @@ report_of() { # NAME COMMAND...
 
 heading "Every fallible call failed in turn, under ASan and UBSan"
 QNSTACK_FAULTS=full report_of faults build/sanitize/tests/fault/fault_tests --gtest_brief=1
+heading "The same on the file port of POSIX alone, under ASan and UBSan"
+QNSTACK_FAULTS=full report_of faults_plain build/sanitize/tests/fault/fault_tests_plain \
+  --gtest_brief=1
 
 heading "Processes ended at every step of a save"
 QNSTACK_KILLS=300 report_of kills build/release/tests/posix/posix_port_tests --gtest_brief=1 \
@@ -40,6 +43,11 @@ QNSTACK_KILLS=300 report_of kills build/release/tests/posix/posix_port_tests --g
 heading "A power cut behind every call"
 QNSTACK_POWER=full report_of power build/release/tests/posix/posix_port_tests --gtest_brief=1 \
   '--gtest_filter=*PowerLoss*'
+
+heading "The same on the file port of POSIX alone"
+QNSTACK_POWER=full QNSTACK_KILLS=300 report_of power_plain \
+  build/release/tests/posix/posix_port_tests_plain --gtest_brief=1 \
+  '--gtest_filter=*PowerLoss*:*Kill*:*Crash*:*Fault*'
 
 heading "Hostile peers"
 QNSTACK_HOSTILE=full report_of hostile build/release/tests/hostile/hostile_tests --gtest_brief=1

@@ -5,7 +5,7 @@
 set(platform_sources
   ${CMAKE_CURRENT_LIST_DIR}/device_sockets.cpp
   ${CMAKE_CURRENT_LIST_DIR}/device_clock.cpp
-  ${CMAKE_CURRENT_LIST_DIR}/device_heap.cpp)
+  ${PROJECT_SOURCE_DIR}/qnstack/qnshare/Mac_porting/src/qn_share_platform.cpp)
 set(platform_file_port device)
 set(platform_file_port_sources
   ${CMAKE_CURRENT_LIST_DIR}/device_files.cpp

@@ -186,6 +186,14 @@ int __wrap_openat(int folder, const char *name, int flags, ...) {
   return FileCalls::Heard(fd, [=](FileListener &it) { it.OnOpen(folder, name, flags, fd); });
 }
 
+// What the C library's checks make of the two where the compiler does not see which
+// flags they get.
+int __wrap___open_2(const char *name, int flags) { return __wrap_open(name, flags); }
+
+int __wrap___openat_2(int folder, const char *name, int flags) {
+  return __wrap_openat(folder, name, flags);
+}
+
 long __wrap_syscall(long number, ...) {
   std::array<long, 6> a = {};
   va_list rest;

@@ -18,6 +18,7 @@
 #include <string_view>
 
 #include "posix/file_faults.h"
+#include "posix/port_way.h"
 #include "posix/posix_root.h"
 #include "posix/stores.h"
 #include "qnstack/qn_fs_file.h"
@@ -193,14 +194,16 @@ TEST_F(PosixLock, IsNotNeededToLoadWhereADirectoryMayOnlyBeSearched) {
   fs::permissions(folder_.path("data"), fs::perms(0711));
   fs::permissions(folder_.path(), fs::perms(0711));
 
-  EXPECT_TRUE(HoldsInChild([] {
+  // The system has no other way to open such a directory than Linux's.
+  const bool opens = kPortAsksTheKernel;
+  EXPECT_TRUE(HoldsInChild([=] {
     ASSERT_EQ(setuid(kNobody), 0);
-    EXPECT_EQ(LoadRecords(), Texts{"content"});
-    EXPECT_EQ(AppendText(kRecordFile, std::string_view("+\0", 2)), 2);
+    EXPECT_EQ(LoadRecords(), opens ? Texts{"content"} : Texts());
+    EXPECT_EQ(AppendText(kRecordFile, std::string_view("+\0", 2)), opens ? 2 : -1);
     EXPECT_FALSE(SaveRecords({"new"}));
   }));
 
-  EXPECT_EQ(LoadRecords(), (Texts{"content", "+"}));
+  EXPECT_EQ(LoadRecords(), opens ? (Texts{"content", "+"}) : Texts{"content"});
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Guards which names reach a file and which are refused: where the kernel
-// resolves them beneath the root, and where it cannot and they are walked.
+// resolves them beneath the root, and where it cannot or is not asked and they
+// are walked.
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -12,8 +13,10 @@
 #include <cstring>
 #include <filesystem>
 #include <optional>
+#include <vector>
 
 #include "posix/file_faults.h"
+#include "posix/port_way.h"
 #include "posix/posix_root.h"
 #include "posix/stores.h"
 #include "qnstack/qn_fs_file.h"
@@ -21,6 +24,7 @@
 namespace {
 
 using namespace qntest;
+using testing::Contains;
 using testing::ElementsAre;
 
 // The parameter is the error of the kernel's resolving; 0 where there is none.
@@ -52,12 +56,27 @@ class PosixNames : public PosixRoot, public testing::WithParamInterface<int> {
   const FileFaults unforced_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Resolving, PosixNames, testing::Values(0, ENOSYS, EPERM),
+// A port that asks nobody walks, whatever the kernel can.
+std::vector<int> WaysToResolve() {
+  return kPortAsksTheKernel ? std::vector{0, ENOSYS, EPERM} : std::vector{ENOSYS};
+}
+
+INSTANTIATE_TEST_SUITE_P(Resolving, PosixNames, testing::ValuesIn(WaysToResolve()),
                          [](const auto &test) {
                            return test.param == 0        ? std::string("ByTheKernel")
                                   : test.param == ENOSYS ? std::string("ByWalking")
                                                          : std::string("ByWalkingInASandbox");
                          });
+
+using PosixPortWay = PosixRoot;
+
+TEST_F(PosixPortWay, IsTheOneThatThisProgramIsAbout) {
+  const FileFaults calls;
+
+  fnQNFS_isFileExisted("inside");
+
+  EXPECT_THAT(calls.Names(), Contains("openat2").Times(kPortAsksTheKernel ? 1 : 0));
+}
 
 TEST_P(PosixNames, AreTakenBelowTheRoot) {
   ASSERT_EQ(fnQNFS_MkDir("/wap/ca/"), 1);
@@ -281,6 +300,7 @@ TEST_P(PosixNames, OfAFifoAreRefusedAtOnce) {
   MakeFifo("fifo");
 
   ExpectRefused("fifo");
+  ExpectRefused("fifo/x");
 
   EXPECT_TRUE(std::filesystem::is_fifo(folder_.path("fifo")));
   EXPECT_EQ(folder_.read("inside"), "inside");

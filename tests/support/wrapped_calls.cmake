@@ -7,8 +7,9 @@
 set(qnstack_wide_calls "")
 if(CMAKE_SIZEOF_VOID_P EQUAL 4)
   set(qnstack_wide_calls
-    open=open64 openat=openat64 ftruncate=ftruncate64
-    readdir=readdir64 fstat=__fstat64_time64 fstatat=__fstatat64_time64 fcntl=__fcntl_time64
+    open=open64 openat=openat64 __open_2=__open64_2 __openat_2=__openat64_2
+    ftruncate=ftruncate64 readdir=readdir64 fstat=__fstat64_time64 fstatat=__fstatat64_time64
+    fcntl=__fcntl_time64
     time=__time64 localtime_r=__localtime64_r setsockopt=__setsockopt64)
 endif()
 

@@ -18,6 +18,14 @@ namespace {
 
 using qn::platform::kSocketFailed;
 
+// POSIX.1-2008 has no flag that makes a socket close-on-exec from the beginning.
+// Without it a program that another thread starts at that moment inherits it.
+#if defined(SOCK_CLOEXEC) && !defined(QNSTACK_PLAIN_POSIX)
+constexpr int kNewSocket = SOCK_STREAM | SOCK_CLOEXEC;
+#else
+constexpr int kNewSocket = SOCK_STREAM;
+#endif
+
 // A socket that got the descriptor of a standard stream moves to another:
 // descriptor 0 means a free slot, and what a program prints to its standard
 // output or error would go to the peer.
@@ -41,7 +49,9 @@ bool LookUp(const char *name, in_addr *address) {
 }  // namespace
 
 int32_t qn::platform::OpenSocket() {
-  return MoveAboveStandardStreams(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  const int fd = MoveAboveStandardStreams(socket(AF_INET, kNewSocket, 0));
+  if (kNewSocket == SOCK_STREAM && fd >= 0) fcntl(fd, F_SETFD, FD_CLOEXEC);
+  return fd;
 }
 
 bool qn::platform::ResolveHost(const char *name, uint32_t *address) {

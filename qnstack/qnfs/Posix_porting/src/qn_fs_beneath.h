@@ -41,8 +41,8 @@ class BeneathName {
 std::string_view DirectoryOf(std::string_view name);
 const char *BaseOf(const char *name);
 
-// Opens a name with the flags of open(2). Symbolic links that stay below the
-// root are followed.
+// Opens a name with the flags of open(2). Whether symbolic links that stay below
+// the root are followed depends on the system (qn_fs_resolve.h).
 Descriptor OpenBeneath(const char *name, int flags);
 
 // Opens a regular file and nothing else. It does not wait for a FIFO. On failure
@@ -54,7 +54,8 @@ Descriptor OpenRegular(const char *name, int flags);
 Descriptor OpenDirectoryOf(const char *name);
 
 // The same where the directory need not be readable: one that may only be
-// searched is opened without the right to read, lock or sync it.
+// searched is opened without the right to read, lock or sync it, if the system
+// can do that.
 Descriptor OpenSearchedDirectoryOf(const char *name);
 
 // Whether a name is a regular file. It cannot be told where a call fails for any
@@ -66,8 +67,8 @@ Presence LookFor(const char *name);
 // regular one.
 bool IsRegularFile(const Descriptor &file, struct stat *status);
 
-// Gets the status of a regular file; symbolic links below the root are followed.
-// False, with the reason in errno, if there is none or it cannot be told.
+// Gets the status of the regular file that OpenRegular() would open. False, with the
+// reason in errno, if there is none or it cannot be told.
 bool StatRegular(const char *name, struct stat *status);
 
 // Whether an error means that there is no file to read by the name.

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// The lock is the system's on the descriptor of the directory, so it ends with the
-// process that has it. All that is done inside needs one more descriptor at most;
+// The lock is on the descriptor of the directory, so it ends with the process that
+// has it. All that is done inside needs one more descriptor at most;
 // only what follows a symbolic link needs two, as that begins at the root.
 #include "qn_fs_directory.h"
 
-#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +15,7 @@
 #include <string_view>
 #include <utility>
 
+#include "qn_fs_lock.h"
 #include "qn_fs_unread.h"
 
 namespace {
@@ -37,7 +38,7 @@ class BackupName {
   std::array<char, QNFS_PATH_BYTES + kBackupSuffix.size()> text_ = {};
 };
 
-// Whether an error of flock() means that there can be no lock: the medium has
+// Whether an error of a lock means that there can be no lock: the medium has
 // none, or the directory may only be searched.
 bool MeansNoLocks(int error) {
   constexpr int kErrors[] = {ENOLCK, ENOSYS, EOPNOTSUPP, EBADF};
@@ -52,17 +53,13 @@ bool StatIn(int directory, const char *name, struct stat *status) {
 
 qn::LockedDirectory::LockedDirectory(Descriptor directory) : directory_(std::move(directory)) {
   if (!IsOpen()) return;
-  int result = -1;
-  do {
-    result = flock(Get(), LOCK_EX);
-  } while (result != 0 && errno == EINTR);
-  locked_ = result == 0;
+  locked_ = LockDirectory(Get());
   if (!locked_ && !MeansNoLocks(errno)) directory_ = Descriptor();
 }
 
 // Closing alone would leave the lock to a process that was forked meanwhile.
 qn::LockedDirectory::~LockedDirectory() {
-  if (locked_) flock(Get(), LOCK_UN);
+  if (locked_) UnlockDirectory(Get());
 }
 
 int qn::LockedDirectory::Release() {

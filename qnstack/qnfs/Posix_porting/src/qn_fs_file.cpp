@@ -57,11 +57,11 @@ bool ChangeInPlace(const char *name, int flags, Change change) {
   return changed;
 }
 
-bool IsDirectory(int directory, const dirent &entry) {
-  if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_DIR;
+// Deletes an entry that is not a directory; false if it stayed.
+bool DeleteEntry(int directory, const char *name) {
   struct stat status = {};
-  return fstatat(directory, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
-         S_ISDIR(status.st_mode);
+  if (fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) != 0) return errno == ENOENT;
+  return S_ISDIR(status.st_mode) || unlinkat(directory, name, 0) == 0 || errno == ENOENT;
 }
 
 // Deletes all that is not a directory; false if something stayed.
@@ -70,10 +70,7 @@ bool DeleteEntries(DIR *entries) {
   bool all = true;
   errno = 0;
   while (const dirent *entry = readdir(entries)) {
-    if (!IsDirectory(directory, *entry) && unlinkat(directory, entry->d_name, 0) != 0 &&
-        errno != ENOENT) {
-      all = false;
-    }
+    all = DeleteEntry(directory, entry->d_name) && all;
     errno = 0;
   }
   return all && errno == 0;
