@@ -64,11 +64,12 @@ expect_nothing_installed() {
 }
 
 new_machine
-for command in build demo test sanitize memcheck bare docs portability coverage tidy duplicates help; do
+for command in build demo test sanitize memcheck bare docs coverage tidy duplicates help; do
   expect_one_sentence 2 "'$command' takes no further word, not 'now'" "$command" now
 done
 expect_one_sentence 2 "'package' takes --chroot --twice, not '--chrot'" package --chrot
 expect_one_sentence 2 "'abi' takes --update, not ''" abi ''
+expect_one_sentence 2 "'portability' takes clang libc++ i386 arm64 armhf s390x files, not 'vax'" portability arm64 vax
 expect_one_sentence 2 "'format' takes --check, not 'all'" format all
 expect_one_sentence 2 "'bench' takes operations exchanges --keep, not '--quick'" bench --keep --quick
 expect_one_sentence 2 "'full' takes seconds, not 'x'" full x

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <iconv.h>
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <ostream>
@@ -74,7 +75,8 @@ std::string Converted(const char *to, const char *from, std::string text) {
 }
 
 std::vector<uint16_t> Units(const Sample &sample) {
-  const std::string bytes = Converted("UTF-16LE", "UTF-8", sample.text);
+  constexpr bool kBigEndian = std::endian::native == std::endian::big;
+  const std::string bytes = Converted(kBigEndian ? "UTF-16BE" : "UTF-16LE", "UTF-8", sample.text);
   std::vector<uint16_t> units(bytes.size() / 2);
   std::memcpy(units.data(), bytes.data(), bytes.size());
   return units;
