@@ -18,7 +18,7 @@ box_of() { # FILE NAME
     qn_stack_http* | qn_stack_trace*) echo http ;;
     qn_stack_porting* | qn_stack_platform*) echo sockets ;;
     qn_fs_file.* | qn_fs_file_port.* | qn_fs_file_stream.*) echo port ;;
-    qn_fs_beneath* | qn_fs_descriptor* | qn_fs_directory* | qn_fs_hash* | qn_fs_load_area* | qn_fs_replacement* | qn_fs_store* | qn_fs_unread*) echo port ;;
+    qn_fs_beneath* | qn_fs_descriptor* | qn_fs_directory* | qn_fs_hash* | qn_fs_load_area* | qn_fs_lock* | qn_fs_replacement* | qn_fs_resolve* | qn_fs_store* | qn_fs_unread* | qn_fs_walk*) echo port ;;
     qn_fs_*) echo files ;;
     *) echo base ;;
   esac

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -15,6 +14,7 @@
 #include "qn_length.h"
 #include "qn_owned.h"
 #include "qn_wrapped_sum.h"
+#include "qnstack/qn_itoa.h"
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_share_string.h"
 
@@ -25,6 +25,7 @@ constexpr std::size_t kDateTimeBytes = 35;  // scratch for a date and time, term
 constexpr std::size_t kDateTimeRead = 39;   // characters of a field that are looked at
 constexpr std::size_t kTokenBytes = 15;     // scratch for one of its numbers, terminated
 constexpr std::size_t kNumberBytes = 15;    // room for any number of 32 bits
+constexpr int32_t kDecimal = 10;
 constexpr int32_t kReadFailure = 1;
 
 // Whether a field of `length` bytes fits; one that does not closes the buffer.
@@ -109,8 +110,8 @@ void fnQNFS_Buffer_WriteMem(QNFSBuffer *record, const void *block, int32_t lengt
 
 void fnQNFS_Buffer_WriteInteger(QNFSBuffer *record, int32_t value) {
   std::array<char, kNumberBytes> text;
-  const auto written = std::to_chars(text.begin(), text.end(), value);
-  Put(record, text.data(), static_cast<int32_t>(written.ptr - text.data()), true);
+  fnQNRTL_itoa(value, text.data(), kDecimal);
+  Put(record, text.data(), static_cast<int32_t>(fnQN_STRLEN(text.data())), true);
 }
 
 void fnQNFS_Buffer_WriteLong(QNFSBuffer *record, int32_t value) {
