@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: MIT
 # ./run ends with one sentence, and has installed nothing, where words make no
 # sense to it, where Debian's tools are missing, and where an installation would
-# fail or change what is installed. Stand-ins of apt-get, dpkg-query and id play
+# fail or change what is installed; and leaves nothing behind that keeps services
+# from starting. Stand-ins of apt-get, dpkg-query and id play
 # those machines; nothing of this one is touched.
 # usage: run_refusals.sh ROOT
 # shellcheck disable=SC2016  # words of the stand-ins, which they look at themselves
@@ -64,7 +65,7 @@ expect_nothing_installed() {
 }
 
 new_machine
-for command in build demo test sanitize memcheck bare docs coverage tidy duplicates help; do
+for command in build check demo test sanitize memcheck bare docs coverage tidy duplicates help; do
   expect_one_sentence 2 "'$command' takes no further word, not 'now'" "$command" now
 done
 expect_one_sentence 2 "'package' takes --chroot --twice, not '--chrot'" package --chrot
@@ -108,5 +109,25 @@ stand_in apt-get '[[ $1 == update || $* == *--simulate* ]] || exit 100'
 expect_one_sentence 1 "apt-get could not install" demo
 grep -v -- --simulate "$calls" | grep -q '^apt-get install .*--no-upgrade --no-remove .*ninja-build' ||
   complain "that should have tried to install, and to leave alone what is there"
+
+new_machine
+for name in sed sort tr; do
+  ln -s "$(command -v "$name")" "$bin/$name"
+done
+: >"$calls"
+missing=$(PATH=$bin ./run needs tidy)
+[[ $missing == *clang-tidy*ninja-build* && $missing != *doxygen* ]] ||
+  complain "./run needs tidy should list what tidy takes, not '$missing'"
+expect_nothing_installed
+
+for signal in HUP INT PIPE TERM; do
+  new_machine
+  stand_in apt-get "[[ \$1 == update || \$* == *--simulate* ]] || kill -$signal \$PPID"
+  POLICY_FILE=$scratch/policy expect 1 "could not install" demo
+  grep -qxF "tee $scratch/policy" "$calls" ||
+    complain "services should be kept from starting"
+  grep -qxF "rm -f $scratch/policy" "$calls" ||
+    complain "SIG$signal should leave nothing that keeps services from starting"
+done
 
 exit "$failed"
