@@ -9,7 +9,7 @@ set -euo pipefail
 readonly source=$1/qnstack
 readonly flags=(-x c++ -std=c++20 -fsyntax-only -fno-exceptions -fno-rtti -Wall -Wextra -Werror
   -U_GNU_SOURCE -U_DEFAULT_SOURCE -D_POSIX_C_SOURCE=200809L -DQNSTACK_PLAIN_POSIX
-  -I"$1/include" -I"$source/qnfs/common/src" -I"$source/qnshare/common/src")
+  -I"$1/include" -I"$source"{,/qnfs,/qnshare}/common/src)
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
