@@ -108,7 +108,8 @@ std::vector<CachedAnswer> CacheTest::Held() {
 std::vector<std::string> CacheTest::HeldUrls() {
   const std::vector<CachedAnswer> answers = Held();
   std::vector<std::string> urls(answers.size());
-  std::ranges::transform(answers, urls.begin(), &CachedAnswer::url);
+  std::transform(answers.begin(), answers.end(), urls.begin(),
+                 [](const CachedAnswer &answer) { return answer.url; });
   return urls;
 }
 

@@ -55,7 +55,7 @@ class QnCacheCorruptIndex : public qntest::CacheTest {
     fnQNStack_Cache_Free();
     fnQNStack_Cache_Init();
     // A line end at the start of a text is taken for the mark of a line.
-    if (std::ranges::any_of(held, BeginsWithLineEnd)) {
+    if (std::any_of(held.begin(), held.end(), BeginsWithLineEnd)) {
       ASSERT_EQ(Held().front(), held.front());
     } else {
       ASSERT_EQ(Held(), held);
