@@ -112,7 +112,7 @@ void PowerLossLog::OnWrite(int fd, const void *bytes, size_t count) {
   MediumChange change;
   change.kind = MediumChange::Kind::kWrite;
   change.node = *node;
-  change.at = static_cast<uint64_t>(lseek(fd, 0, SEEK_CUR)) - count;
+  change.at = static_cast<std::size_t>(lseek(fd, 0, SEEK_CUR)) - count;
   change.bytes.assign(static_cast<const char *>(bytes), count);
   Add(change);
 }
@@ -123,7 +123,7 @@ void PowerLossLog::OnTruncate(int fd, off_t size) {
   MediumChange change;
   change.kind = MediumChange::Kind::kTruncate;
   change.node = *node;
-  change.at = static_cast<uint64_t>(size);
+  change.at = static_cast<std::size_t>(size);
   Add(change);
 }
 

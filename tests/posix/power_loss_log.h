@@ -35,7 +35,7 @@ struct MediumChange {
   enum class Kind { kWrite, kTruncate, kSync, kEntries };
   Kind kind = Kind::kEntries;
   Node node = kRootNode;       // what is written, cut, synced or named
-  uint64_t at = 0;             // where it is written, or how long it now is
+  std::size_t at = 0;          // where it is written, or how long it now is
   std::string bytes;           // that are written
   std::optional<Entry> gone;   // a name that was taken away
   std::optional<Entry> named;  // a name that now is the node's

@@ -13,7 +13,7 @@ namespace qntest {
 
 namespace {
 
-constexpr uint64_t kSector = 512;
+constexpr std::size_t kSector = 512;
 constexpr unsigned kSeed = 2011;
 constexpr size_t kWhole = 16;
 constexpr std::array<size_t, 3> kShares = {1, 8, 15};  // of kWhole
@@ -73,9 +73,9 @@ void PowerLossStates::Apply(const MediumChange &change) {
 }
 
 void PowerLossStates::Write(const MediumChange &change, File *file) {
-  const uint64_t end = change.at + change.bytes.size();
-  for (uint64_t at = change.at; at < end;) {
-    const uint64_t next = std::min(end, (at / kSector + 1) * kSector);
+  const std::size_t end = change.at + change.bytes.size();
+  for (std::size_t at = change.at; at < end;) {
+    const std::size_t next = std::min(end, (at / kSector + 1) * kSector);
     file->pieces.push_back({at, change.bytes.substr(at - change.at, next - at)});
     if (next > file->sizes.back()) file->sizes.push_back(next);
     at = next;
@@ -83,8 +83,8 @@ void PowerLossStates::Write(const MediumChange &change, File *file) {
 }
 
 // What is cut off is gone also where the file grows again.
-void PowerLossStates::Truncate(uint64_t size, File *file) {
-  const uint64_t before = file->sizes.back();
+void PowerLossStates::Truncate(std::size_t size, File *file) {
+  const std::size_t before = file->sizes.back();
   if (size < before) file->pieces.push_back({size, std::string(before - size, '\0')});
   if (size != before) file->sizes.push_back(size);
 }

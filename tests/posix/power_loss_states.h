@@ -41,13 +41,13 @@ class PowerLossStates {
   using Entries = std::map<Entry, Node>;
 
   struct Piece {
-    uint64_t at;
+    std::size_t at;
     std::string bytes;
   };
   struct File {
     std::string secured;
-    std::vector<Piece> pieces;    // not secured, oldest first
-    std::vector<uint64_t> sizes;  // that it may have, the present one last
+    std::vector<Piece> pieces;       // not secured, oldest first
+    std::vector<std::size_t> sizes;  // that it may have, the present one last
   };
 
   Outcomes CountsOfOutcomes() const;
@@ -58,7 +58,7 @@ class PowerLossStates {
                  const std::map<Node, std::string> &contents, Tree *tree) const;
 
   static void Write(const MediumChange &change, File *file);
-  static void Truncate(uint64_t size, File *file);
+  static void Truncate(std::size_t size, File *file);
   static std::string ContentOf(const File &file, const size_t *outcome);
   void Sync(Node node);
   void SyncFolder(Node folder);
