@@ -65,7 +65,7 @@ expect_nothing_installed() {
 }
 
 new_machine
-for command in build check demo test sanitize memcheck bare docs coverage tidy duplicates help; do
+for command in build check demo test sanitize memcheck bare docs small coverage tidy duplicates help; do
   expect_one_sentence 2 "'$command' takes no further word, not 'now'" "$command" now
 done
 expect_one_sentence 2 "'package' takes --chroot --twice, not '--chrot'" package --chrot
