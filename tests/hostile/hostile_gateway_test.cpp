@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "hostile_test.h"
-#include "support/discarded_output.h"
+#include "support/captured_output.h"
 #include "support/read_calls.h"
 
 namespace {

@@ -13,8 +13,8 @@
 #include "hostile_report.h"
 #include "hostile_test.h"
 #include "qnstack/qn_stack_http_cookie.h"
+#include "support/captured_output.h"
 #include "support/cookie_jar.h"
-#include "support/discarded_output.h"
 #include "support/process_figures.h"
 
 namespace {

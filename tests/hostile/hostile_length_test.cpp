@@ -9,7 +9,7 @@
 
 #include "hostile_report.h"
 #include "hostile_test.h"
-#include "support/discarded_output.h"
+#include "support/captured_output.h"
 #include "support/process_figures.h"
 
 namespace {

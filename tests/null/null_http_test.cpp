@@ -11,7 +11,7 @@
 #include "qnstack/qn_stack_http_head.h"
 #include "qnstack/qn_stack_porting.h"
 #include "qnstack/qn_stack_wap.h"
-#include "support/discarded_output.h"
+#include "support/captured_output.h"
 #include "support/http_stack.h"
 
 namespace {

@@ -16,7 +16,7 @@
 #include "soak_figures.h"
 #include "soak_origin.h"
 #include "soak_plan.h"
-#include "support/discarded_output.h"
+#include "support/captured_output.h"
 #include "support/failing_heap.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
