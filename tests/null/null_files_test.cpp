@@ -190,8 +190,9 @@ TEST_F(NullInFiles, AsValueOfASettingIsAnEmptyText) {
 
   fnQNFS_INI_Write(kName, list.get(), "a", nullptr);
   EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "b", nullptr), 1);
+  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "c", nullptr), 1);
 
-  EXPECT_EQ(list.Held(), (Settings{{"a", ""}, {"b", ""}}));
+  EXPECT_EQ(list.Held(), (Settings{{"a", ""}, {"b", ""}, {"c", ""}}));
 }
 
 TEST_F(NullInFiles, InSettingsIsNotFound) {

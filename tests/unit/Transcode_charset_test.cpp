@@ -250,6 +250,4 @@ TEST(CharSetDecode, RefusedMemoryIsNullAndLeavesTheLength) {
   }
 }
 
-TEST(CharSetFree, IgnoresNull) { fnCharSet_CharSetFreeStringBuf(nullptr); }
-
 }  // namespace

@@ -167,15 +167,6 @@ TEST(TranscodeStream, NothingOrLessWritesTheTerminatorAlone) {
   }
 }
 
-TEST(TranscodeStream, NullConvertsNothing) {
-  char out = 'x';
-  BigEndianUCS2toUTF8(nullptr, 2, &out);
-  LitEndianUCS2toUTF8(nullptr, 2, &out);
-  BigEndianUCS2toUTF8("ab", 2, nullptr);
-  LitEndianUCS2toUTF8("ab", 2, nullptr);
-  EXPECT_EQ(out, 'x');
-}
-
 TEST(TranscodeUcs2, EveryUnitIsEncodedByTheRule) {
   for (uint32_t x = 0; x <= 0xFFFF; ++x) {
     ASSERT_EQ(EncodeUnits({static_cast<uint16_t>(x)}), ReferenceUtf8(x)) << x;

@@ -166,8 +166,6 @@ TEST_P(QnFsLocalTime, GivesTheRawFields) {
   EXPECT_EQ(clock.Readings(), 1U);
 }
 
-TEST_P(QnFsLocalTime, GivesNullBack) { EXPECT_EQ(GetParam()(nullptr), nullptr); }
-
 TEST_P(QnFsLocalTime, IsTheTimeOfTheMachine) {
   QNTime t = {};
   const std::time_t before = std::time(nullptr);

@@ -85,8 +85,6 @@ TEST(JulianToSeconds, TakesTheLeapDayFromAll32BitsOfTheYear) {
   }
 }
 
-TEST(JulianToSeconds, GivesZeroForNull) { EXPECT_EQ(JULIANTOSECONDS(nullptr), 0U); }
-
 TEST(JulianToSeconds, DoesNotReadExtra) {
   constexpr QNTime kPlain = {2009, 6, 15, 12, 30, 1, 0};
   constexpr QNTime kWithExtra = {2009, 6, 15, 12, 30, 1, UINT32_MAX};
@@ -183,11 +181,6 @@ TEST(GetJulianDate, AgreesWithTheStepsOnEveryDay) {
       ASSERT_EQ(DateOf(seconds), PlainDate(seconds).value_or(kUntouched)) << seconds;
     }
   }
-}
-
-TEST(GetJulianDate, ReceivesNothingInNull) {
-  GETJULIANDATE(784166400, nullptr);
-  EXPECT_EQ(DateOf(784166400).year, 1994U);
 }
 
 // They are no inverses: what was made of a date reads as the day after it.

@@ -93,16 +93,6 @@ TEST(QnListMove, NeedsNoMemory) {
   EXPECT_EQ(list.Letters(), "BAC");
 }
 
-TEST(QnListMove, DoesNothingForNull) {
-  LetterList list("ABC");
-
-  fnQNList_Move(nullptr, list.Node('A'), nullptr);
-  fnQNList_Move(list.List(), nullptr, list.Node('A'));
-  fnQNList_Move(list.List(), nullptr, nullptr);
-
-  EXPECT_EQ(list.Letters(), "ABC");
-}
-
 TEST(QnListMove, DoesNothingInAListOfOneOrNone) {
   LetterList one("A");
   LetterList empty;

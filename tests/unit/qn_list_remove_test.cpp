@@ -88,16 +88,6 @@ TEST(QnListRemove, FreesTheNodeAlone) {
   fnQN_Free(&element);
 }
 
-TEST(QnListRemove, IgnoresNull) {
-  LetterList list("ABC");
-
-  fnQNList_Remove(list.List(), nullptr);
-  fnQNList_Remove(nullptr, list.Node('B'));
-  fnQNList_Remove(nullptr, nullptr);
-
-  EXPECT_EQ(list.Letters(), "ABC");
-}
-
 TEST(QnListRemove, LeavesBothListsForANodeOfAnother) {
   for (const char foreign : {'X', 'Y', 'Z'}) {
     LetterList list("ABC");
@@ -234,12 +224,6 @@ TEST(QnListDeleteByNum, RefusesAnIndexAboveTheCountAloneAndWalksToAnyOther) {
   EXPECT_EQ(list.List()->count, 1);
   list.List()->count = 3;
   EXPECT_EQ(list.Letters(), "ABD");
-}
-
-TEST(QnListDeleteByNum, DoesNothingForANullList) {
-  for (const int32_t index : {INT_MIN, -5, -1, 0, 1}) {
-    EXPECT_EQ(fnQNList_Delete_ByNum(nullptr, index, RecordRelease), 0) << index;
-  }
 }
 
 // Clear and Clear_ByType behave alike but for the type.

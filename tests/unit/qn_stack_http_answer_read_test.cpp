@@ -283,11 +283,6 @@ TEST(QnStackHttpAnswerRead, StopEndsAnUnfinishedHeader) {
 
 // --- nothing to read from ---
 
-TEST(QnStackHttpAnswerRead, NoContextIsAFailure) {
-  char room[8];
-  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(nullptr, room, sizeof room), -1);
-}
-
 TEST(QnStackHttpAnswerRead, FailedContextDeliversNothing) {
   for (const int32_t state : {QN_HTTP_RESOLVE_FAILED, QN_HTTP_CONNECT_FAILED, QN_HTTP_SEND_FAILED,
                               QN_HTTP_RECEIVE_FAILED, QN_HTTP_GIVEN_UP}) {

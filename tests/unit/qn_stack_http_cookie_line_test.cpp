@@ -174,15 +174,6 @@ TEST_F(QnStackHttpCookieLine, IsCutAt2047BytesButKeepsItsLineEnd) {
   }
 }
 
-TEST_F(QnStackHttpCookieLine, StillEndsForNullTexts) {
-  fnQNStack_Http_Cookie_Set(nullptr, nullptr, "h", nullptr);
-
-  const std::string lines = LinesFor("h");
-
-  EXPECT_TRUE(lines.starts_with("Cookie: ")) << lines;
-  EXPECT_TRUE(lines.ends_with(std::string("\r\n") + kCookie2Line)) << lines;
-}
-
 TEST_F(QnStackHttpCookieLine, LeavesTheJarAsItIs) {
   fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
   const std::string first = LinesFor("h");

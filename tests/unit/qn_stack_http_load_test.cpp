@@ -125,11 +125,6 @@ TEST_P(QnStackHttpLoad, GivesItsAreaBack) {
   }
 }
 
-TEST_P(QnStackHttpLoad, NullContextIsMinusOne) {
-  FilePort().files().Write("/saved", "x");
-  EXPECT_EQ(GetParam().load(nullptr, "/saved"), -1);
-}
-
 std::string TopicOf(const testing::TestParamInfo<Loader> &info) { return info.param.topic; }
 
 INSTANTIATE_TEST_SUITE_P(From, QnStackHttpLoad,

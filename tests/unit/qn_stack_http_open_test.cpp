@@ -161,13 +161,6 @@ TEST(QnStackHttpParseUrl, TakesTheUrlOfTheContextItself) {
   EXPECT_STREQ(ctx->path, "/x");
 }
 
-TEST(QnStackHttpOpen, NullUrlIsNull) {
-  EXPECT_EQ(fnQNStack_Http_Open_Get(nullptr), nullptr);
-  EXPECT_EQ(fnQNStack_Http_Open_Head(nullptr), nullptr);
-  EXPECT_EQ(fnQNStack_Http_Open_Post(nullptr, "b", 1, "t"), nullptr);
-  EXPECT_EQ(fnQNStack_Http_Open_Put(nullptr, "b", 1, "t"), nullptr);
-}
-
 TEST(QnStackHttpOpen, GetAndHeadHaveNoBody) {
   const Context get(fnQNStack_Http_Open_Get("h/x"));
   const Context head(fnQNStack_Http_Open_Head("h/x"));

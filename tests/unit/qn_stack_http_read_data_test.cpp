@@ -60,11 +60,6 @@ TEST_F(QnStackHttpReadRecvData, DeliversHeaderAndBodyAsTheyCame) {
   EXPECT_STREQ(ctx->url, "http://h/");
 }
 
-TEST_F(QnStackHttpReadRecvData, NullContextIsMinusOne) {
-  char byte = 0;
-  EXPECT_EQ(fnQNStack_Http_ReadRecvData(nullptr, &byte, 1), -1);
-}
-
 TEST_F(QnStackHttpReadRecvData, FailedStatesAreMinusOneAndKeepTheBytes) {
   const Context ctx = OpenReceiving("abc");
   for (const int32_t state : {-1, -10, -11, -12, -13, -14, INT32_MIN}) {

@@ -206,12 +206,6 @@ TEST(QnStackHttpNewCtx, IsNullWheneverTheHeapRefuses) {
   }
 }
 
-TEST(QnStackHttpFreeCtx, NullDoesNothing) {
-  NetworkFaults network;
-  fnQNStack_Http_FreeCtx(nullptr);
-  EXPECT_THAT(network.Names(), IsEmpty());
-}
-
 // A context on a slot of its own among others that are taken.
 class QnStackHttpContext : public testing::Test {
  protected:

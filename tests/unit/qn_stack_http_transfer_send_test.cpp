@@ -204,8 +204,6 @@ TEST_F(QnStackHttpSend, PassThroughSendsOnTheContextsSlot) {
   EXPECT_EQ(network_.Sent(), "ping");
 }
 
-TEST_F(QnStackHttpSend, OfNoContextFails) { EXPECT_EQ(fnQNStack_Http_SendQuest(nullptr), -1); }
-
 TEST_F(QnStackHttpSend, PassThroughGivesTheSocketLayersResults) {
   const Context ctx = OpenWithRequest(0);
   network_.Script("send", {AtMost(1), FailWith(ECONNRESET)});

@@ -176,10 +176,6 @@ TEST_F(QnStackHttpTunnel, RefusedProxyIsMinusTwelve) {
   EXPECT_EQ(outcome.state, -12);
 }
 
-TEST_F(QnStackHttpTunnel, ReceivingOnNullIsMinusOne) {
-  EXPECT_EQ(fnQNStack_Http_RecvConnectData(nullptr), -1);
-}
-
 TEST_F(QnStackHttpTunnel, PassThroughReceivesOnTheContextsSlot) {
   const Context ctx = OpenTunnel();
   network_.Script("recv", {Deliver("pong"), Give(0), FailWith(ECONNRESET)});

@@ -55,14 +55,6 @@ TEST(QnMemBufferHeap, FreeGivesBackStorageAndRecord) {
   EXPECT_EQ(heap.Frees(), 2);
 }
 
-TEST(QnMemBufferHeap, FreeOfNullGivesBackNothing) {
-  FailingHeap heap(FailingHeap::kCountOnly);
-
-  fnQN_MemBuffer_Free(nullptr);
-
-  EXPECT_EQ(heap.Frees(), 0);
-}
-
 TEST(QnMemBufferHeap, WriteAppendsNothingWithoutItsGrowth) {
   Buffer buffer(4);
   buffer.Write("abcd");

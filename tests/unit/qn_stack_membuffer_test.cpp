@@ -192,17 +192,6 @@ TEST(QnMemBufferWrite, IgnoresANegativeCount) {
   }
 }
 
-TEST(QnMemBufferWrite, IgnoresNulls) {
-  Buffer buffer(10);
-  buffer.Write("abc");
-
-  fnQN_MemBuffer_Write(nullptr, "x", 1);
-  fnQN_MemBuffer_Write(buffer.get(), nullptr, 1);
-  fnQN_MemBuffer_Write(buffer.get(), nullptr, 0);
-
-  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "abc", .capacity = 10, .total = 3}));
-}
-
 TEST(QnMemBufferWrite, TakesTheBuffersOwnBytes) {
   struct Case {
     const char *what;
@@ -387,10 +376,6 @@ TEST(QnMemBufferClearContent, LeavesAUsableBuffer) {
   buffer.Write("xyz");
 
   EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "xyz", .capacity = 10, .total = 3}));
-}
-
-TEST(QnMemBufferClearContent, GivesNullForNull) {
-  EXPECT_EQ(fnQN_MemBufer_ClearContent(nullptr), nullptr);
 }
 
 }  // namespace

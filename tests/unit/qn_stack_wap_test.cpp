@@ -84,12 +84,6 @@ TEST_F(QnStackWap, OpensStopsAndFreesAContext) {
   EXPECT_GT(heap.Frees(), 0);
 }
 
-TEST_F(QnStackWap, GivesTheHttpClientsResultForANullContext) {
-  ASSERT_EQ(fnQNStack_Wap_InitStack(2), 0);
-
-  EXPECT_EQ(fnQNStack_Wap_getState(nullptr), -1);
-}
-
 TEST_F(QnStackWap, SetsTheProxy) {
   ASSERT_EQ(fnQNStack_Wap_InitStack(2), 0);
 
