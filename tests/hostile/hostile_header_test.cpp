@@ -19,18 +19,7 @@
 
 namespace {
 
-using qntest::Amount;
-using qntest::AnswerWith;
-using qntest::Context;
-using qntest::CookiesInJar;
-using qntest::DiscardedOutput;
-using qntest::Ending;
-using qntest::HalfClose;
-using qntest::ReadHeader;
-using qntest::ReadToEnd;
-using qntest::ReadToEnding;
-using qntest::SendBytes;
-using qntest::SendUntilGone;
+using namespace qntest;
 using std::chrono::nanoseconds;
 using testing::SizeIs;
 

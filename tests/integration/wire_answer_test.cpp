@@ -12,19 +12,7 @@
 
 namespace {
 
-using qntest::AnswerWith;
-using qntest::AwaitSignal;
-using qntest::CallRow;
-using qntest::Close;
-using qntest::ConnectionScript;
-using qntest::ExchangeRow;
-using qntest::HalfClose;
-using qntest::ReadHeader;
-using qntest::ReadToEnd;
-using qntest::RequestText;
-using qntest::Reset;
-using qntest::SendBytes;
-using qntest::TopicOf;
+using namespace qntest;
 
 using WireAnswer = qntest::WireExchange;
 

@@ -12,16 +12,7 @@
 
 namespace {
 
-using qntest::AnswerBodyWith;
-using qntest::AnswerWith;
-using qntest::Asked;
-using qntest::BodyHeaders;
-using qntest::CallRow;
-using qntest::Context;
-using qntest::OpenGet;
-using qntest::ReadOnce;
-using qntest::RequestText;
-using qntest::ScriptedServer;
+using namespace qntest;
 
 constexpr uint32_t kMark = 20480;
 constexpr uint32_t kPiece = 2048;

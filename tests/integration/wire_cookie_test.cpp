@@ -10,14 +10,7 @@
 
 namespace {
 
-using qntest::AnswerWith;
-using qntest::Context;
-using qntest::CookieHeaders;
-using qntest::kGateway;
-using qntest::kGatewayPort;
-using qntest::ReadOnce;
-using qntest::RequestText;
-using qntest::ScriptedServer;
+using namespace qntest;
 
 class WireCookie : public qntest::WireTest {
  protected:

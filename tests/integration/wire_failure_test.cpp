@@ -13,17 +13,7 @@
 
 namespace {
 
-using qntest::Asked;
-using qntest::CallRow;
-using qntest::Close;
-using qntest::Context;
-using qntest::OpenGet;
-using qntest::ReadBytes;
-using qntest::ReadOnce;
-using qntest::ReadToEnd;
-using qntest::Reset;
-using qntest::ScriptedServer;
-using qntest::SlotTable;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -9,15 +9,7 @@
 
 namespace {
 
-using qntest::AnswerBodyWith;
-using qntest::AnswerWith;
-using qntest::BodyHeaders;
-using qntest::CallRow;
-using qntest::ExchangeRow;
-using qntest::kGateway;
-using qntest::kGatewayPort;
-using qntest::RequestText;
-using qntest::TopicOf;
+using namespace qntest;
 
 using WireMethods = qntest::WireExchange;
 

@@ -11,21 +11,7 @@
 
 namespace {
 
-using qntest::AnswerBodyWith;
-using qntest::AnswerWith;
-using qntest::BodyHeaders;
-using qntest::CallRow;
-using qntest::ConnectionScript;
-using qntest::Context;
-using qntest::CookieHeaders;
-using qntest::ExchangeRow;
-using qntest::kGateway;
-using qntest::kGatewayPort;
-using qntest::OpenGet;
-using qntest::ReadOnce;
-using qntest::RequestText;
-using qntest::ScriptedServer;
-using qntest::TopicOf;
+using namespace qntest;
 
 using WireRedirect = qntest::WireExchange;
 using WireRedirectChain = qntest::WireTest;

@@ -9,21 +9,7 @@
 
 namespace {
 
-using qntest::AwaitSignal;
-using qntest::CallRow;
-using qntest::Context;
-using qntest::HalfClose;
-using qntest::kGateway;
-using qntest::kGatewayPort;
-using qntest::Outcome;
-using qntest::ReadBytes;
-using qntest::ReadHeader;
-using qntest::ReadOnce;
-using qntest::ReadToEnd;
-using qntest::Reset;
-using qntest::RunStep;
-using qntest::ScriptedServer;
-using qntest::SendBytes;
+using namespace qntest;
 
 constexpr char kRequest[] =
     "CONNECT bank.test:443 HTTP/1.1\r\nProxy-Connection: Keep-Alive\r\n\r\n";

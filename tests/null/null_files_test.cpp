@@ -19,10 +19,7 @@
 
 namespace {
 
-using qntest::Settings;
-using qntest::SettingsList;
-using qntest::TextList;
-using qntest::TypedBuffer;
+using namespace qntest;
 
 constexpr char kName[] = "/file";
 constexpr char kField[] = "field\0\n";

@@ -20,11 +20,7 @@
 
 namespace {
 
-using qntest::AsBytes;
-using qntest::ReferenceStream;
-using qntest::ReferenceUcs2;
-using qntest::ReferenceUcs4;
-using qntest::ReferenceUtf8;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -16,8 +16,7 @@
 
 namespace {
 
-using qntest::LocalMoment;
-using qntest::ScriptedClock;
+using namespace qntest;
 
 constexpr LocalMoment kNoonInJune = {2009, 6, 15, 12, 0, 0};
 

@@ -12,9 +12,7 @@
 
 namespace {
 
-using qntest::IsLeap;
-using qntest::PlainDate;
-using qntest::PlainSeconds;
+using namespace qntest;
 
 constexpr uint32_t kDay = 86400;
 constexpr uint32_t kLastDayNumber = UINT32_MAX / kDay;

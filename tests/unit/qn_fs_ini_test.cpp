@@ -16,10 +16,7 @@
 
 namespace {
 
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::FilePortTest;
-using qntest::SettingsList;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;

@@ -14,9 +14,7 @@
 
 namespace {
 
-using qntest::FailingHeap;
-using qntest::LetterElement;
-using qntest::LetterList;
+using namespace qntest;
 
 // Stands for the null place, which is the end of the list.
 constexpr char kEnd = '-';

@@ -15,10 +15,7 @@
 
 namespace {
 
-using qntest::FailingHeap;
-using qntest::LetterElement;
-using qntest::LetterList;
-using qntest::LetterOf;
+using namespace qntest;
 
 // One call of a release function, with what the list looked like meanwhile.
 struct Release {

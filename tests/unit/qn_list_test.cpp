@@ -17,10 +17,7 @@
 
 namespace {
 
-using qntest::FailingHeap;
-using qntest::LetterElement;
-using qntest::LetterList;
-using qntest::LetterOf;
+using namespace qntest;
 
 TEST(QnListInit, ZeroesAllFourFields) {
   QNListNode node = {};

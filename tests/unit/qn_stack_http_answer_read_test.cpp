@@ -15,11 +15,7 @@
 namespace {
 
 using namespace std::string_literals;  // NOLINT(google-build-using-namespace)
-using qntest::AnswerContext;
-using qntest::Delivery;
-using qntest::kReceivePauseMark;
-using qntest::SocketLayerFaults;
-using qntest::TextOf;
+using namespace qntest;
 
 constexpr char kHeader[] = "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\n";
 

@@ -16,8 +16,7 @@
 
 namespace {
 
-using qntest::FailingHeap;
-using qntest::WordsOver;
+using namespace qntest;
 
 // ASCII letters to lower case, by a table of its own.
 std::string Folded(const std::string &text) {

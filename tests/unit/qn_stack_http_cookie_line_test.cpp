@@ -11,9 +11,7 @@
 
 namespace {
 
-using qntest::Buffer;
-using qntest::BufferFields;
-using qntest::FailingHeap;
+using namespace qntest;
 
 constexpr char kCookie2Line[] = "Cookie2: \"1\"\r\n";
 

@@ -14,9 +14,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::FilePort;
-using qntest::UnreadOf;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -15,8 +15,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::FailingHeap;
+using namespace qntest;
 
 struct UrlCase {
   const char *topic;

@@ -14,12 +14,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::SocketLayerFaults;
-using qntest::UnreadOf;
+using namespace qntest;
 
 constexpr size_t kMark = 20480;
 

@@ -16,11 +16,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::HttpStack;
-using qntest::kHandsetHeaders;
-using qntest::OutputOf;
-using qntest::UnreadOf;
+using namespace qntest;
 
 constexpr char kFormType[] = "application/x-www-form-urlencoded";
 

@@ -23,12 +23,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::FailingHeap;
-using qntest::HttpStack;
-using qntest::NetworkFaults;
-using qntest::SlotTable;
-using qntest::SocketLayerFaults;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -15,17 +15,7 @@
 
 namespace {
 
-using qntest::AtMost;
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::Outcome;
-using qntest::OutcomeOf;
-using qntest::RunStep;
-using qntest::SlotTable;
-using qntest::SocketLayerFaults;
-using qntest::UnreadOf;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

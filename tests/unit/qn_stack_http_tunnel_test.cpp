@@ -17,17 +17,7 @@
 
 namespace {
 
-using qntest::CapturedOutput;
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailingHeap;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::Outcome;
-using qntest::OutcomeOf;
-using qntest::RunStep;
-using qntest::SocketLayerFaults;
-using qntest::UnreadOf;
+using namespace qntest;
 using testing::ElementsAre;
 
 constexpr size_t kMark = 20480;

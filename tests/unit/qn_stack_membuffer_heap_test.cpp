@@ -12,9 +12,7 @@
 
 namespace {
 
-using qntest::Buffer;
-using qntest::BufferFields;
-using qntest::FailingHeap;
+using namespace qntest;
 
 TEST(QnMemBufferHeap, NewFailsWithoutItsRecordOrItsStorage) {
   for (const int refused : {1, 2}) {

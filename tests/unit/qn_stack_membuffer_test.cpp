@@ -12,8 +12,7 @@
 
 namespace {
 
-using qntest::Buffer;
-using qntest::BufferFields;
+using namespace qntest;
 using namespace std::string_view_literals;
 
 // The storage up to the capacity and the spare byte behind it.

@@ -13,8 +13,7 @@
 
 namespace {
 
-using qntest::Buffer;
-using qntest::BufferFields;
+using namespace qntest;
 using namespace std::string_view_literals;
 
 // The next item as text; none for a null one.

@@ -16,8 +16,7 @@
 
 namespace {
 
-using qntest::FailingHeap;
-using qntest::WordsOver;
+using namespace qntest;
 
 struct Token {
   std::optional<std::string> text;
