@@ -25,7 +25,6 @@ namespace {
 
 using namespace qntest;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // As they were when the program was loaded.
 const int32_t port_at_load = qn::http_proxy_port;
