@@ -2,9 +2,6 @@
 // Whole exchanges with a local origin: this library beside loops on bare
 // sockets and beside libcurl. What counts is the client's CPU per exchange; the
 // origin is another process, on another processor where there is one.
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
@@ -19,6 +16,7 @@
 #include "qnstack/qn_stack_http.h"
 #include "recording.h"
 #include "rounds.h"
+#include "support/captured_output.h"
 
 namespace bench {
 namespace {
@@ -49,15 +47,6 @@ constexpr Size kSizes[] = {
     {"GET 300 KB", 0, 300 * kKB, 100}, {"GET 64 MB", 0, 64 * kKB *kKB, 1},
     {"POST 300 KB", kPosted, 64, 25},
 };
-
-// The library traces to standard output; the report goes where it led before.
-std::FILE *MoveReportOffStandardOutput() {
-  std::FILE *report = fdopen(dup(STDOUT_FILENO), "w");
-  const int null = open("/dev/null", O_WRONLY);
-  if (report == nullptr || null < 0 || dup2(null, STDOUT_FILENO) < 0) Fail("no place for output");
-  close(null);
-  return report;
-}
 
 std::vector<Contender> ContendersFor(const Exchange &exchange, const std::string &wanted) {
   const std::vector<Contender> all = {
@@ -95,7 +84,10 @@ Exchange MakeExchange(const Size &size, std::uint16_t port, bool through_proxy,
   return exchange;
 }
 
+// The library traces to standard output, which is the report's.
 std::vector<Result> Measure(std::uint16_t port, const Options &options) {
+  const qntest::DiscardedOutput no_trace;
+  if (fnQNStack_Http_InitStack() != 0) Fail("the stack does not start");
   const std::string body(kPosted, 'b');
   const int usual = options.quick ? kQuickRounds : kDefaultRounds;
   std::vector<Result> results;
@@ -108,6 +100,7 @@ std::vector<Result> Measure(std::uint16_t port, const Options &options) {
                                          options.rounds > 0 ? options.rounds : usual)});
     }
   }
+  fnQNStack_Http_CloseStack();
   if (results.empty()) Fail("no exchange is called " + options.exchange);
   return results;
 }
@@ -115,16 +108,12 @@ std::vector<Result> Measure(std::uint16_t port, const Options &options) {
 void Run(const Options &options) {
   const std::vector<int> cpus = AllowedCpus();
   const bool apart = cpus.size() > 1;
-  std::FILE *report = MoveReportOffStandardOutput();
   const Origin origin(apart ? cpus.back() : -1);
   if (apart) RunOn(cpus.front());
-  if (fnQNStack_Http_InitStack() != 0) Fail("the stack does not start");
   const std::vector<Result> results = Measure(origin.port(), options);
-  Report(report, results);
+  Report(stdout, results);
   Recording recording(options.json);
   Record(recording, results);
-  fnQNStack_Http_CloseStack();
-  std::fclose(report);
 }
 
 }  // namespace

@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "origin.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <charconv>
-#include <csignal>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -62,15 +57,6 @@ std::optional<std::size_t> ReadRequest(int fd, std::string &room) {
   return AnswerBytes(header);
 }
 
-bool SendAll(int fd, std::string_view bytes, int flags) {
-  while (!bytes.empty()) {
-    const ssize_t sent = send(fd, bytes.data(), bytes.size(), flags | MSG_NOSIGNAL);
-    if (sent <= 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(sent));
-  }
-  return true;
-}
-
 void Answer(int fd, std::size_t size, std::string_view block) {
   const std::string header =
       "HTTP/1.0 200 OK\r\n"
@@ -83,10 +69,10 @@ void Answer(int fd, std::size_t size, std::string_view block) {
       "Connection: close\r\n"
       "\r\n";
   // The header goes out together with the start of the body.
-  bool sound = SendAll(fd, header, size > 0 ? MSG_MORE : 0);
+  bool sound = qntest::SendAll(fd, header, size > 0 ? MSG_MORE : 0);
   while (sound && size > 0) {
     const std::string_view piece = block.substr(0, std::min(size, block.size()));
-    sound = SendAll(fd, piece, 0);
+    sound = qntest::SendAll(fd, piece);
     size -= piece.size();
   }
 }
@@ -95,47 +81,24 @@ void Answer(int fd, std::size_t size, std::string_view block) {
   const std::string block(kBlock, 'x');
   std::string room(kBlock, '\0');
   while (true) {
-    const int fd = accept(listener, nullptr, nullptr);
-    if (fd < 0) continue;
-    if (const auto size = ReadRequest(fd, room)) Answer(fd, *size, block);
-    close(fd);
+    const qntest::Descriptor client(accept(listener, nullptr, nullptr));
+    if (client.get() < 0) continue;
+    if (const auto size = ReadRequest(client.get(), room)) Answer(client.get(), *size, block);
   }
 }
 
-int Listen(std::uint16_t &port) {
-  const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  auto *any = reinterpret_cast<sockaddr *>(&address);
-  if (bind(listener, any, length) != 0 || listen(listener, SOMAXCONN) != 0 ||
-      getsockname(listener, any, &length) != 0) {
-    Fail("the origin cannot listen on a loopback port");
-  }
-  port = ntohs(address.sin_port);
-  return listener;
+qntest::ForkedProcess Started(qntest::LoopbackPort &port, int cpu) {
+  port.Listen(SOMAXCONN);
+  const auto origin = [&]() -> int {
+    prctl(PR_SET_NAME, "origin");
+    RunOn(cpu);
+    Serve(port.fd());
+  };
+  return qntest::ForkedProcess(origin, qntest::ForkedProcess::kForEver);
 }
 
 }  // namespace
 
-Origin::Origin(int cpu) {
-  const int listener = Listen(port_);
-  process_ = fork();
-  if (process_ < 0) Fail("the origin cannot be forked");
-  if (process_ == 0) {
-    // A client that is killed takes its origin along.
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    prctl(PR_SET_NAME, "origin");
-    RunOn(cpu);
-    Serve(listener);
-  }
-  close(listener);
-}
-
-Origin::~Origin() {
-  kill(process_, SIGKILL);
-  waitpid(process_, nullptr, 0);
-}
+Origin::Origin(int cpu) : process_(Started(port_, cpu)) { port_.Close(); }
 
 }  // namespace bench

@@ -7,26 +7,24 @@
 #ifndef BENCH_ORIGIN_H
 #define BENCH_ORIGIN_H
 
-#include <sys/types.h>
-
 #include <cstdint>
+
+#include "support/forked_process.h"
+#include "support/loopback.h"
 
 namespace bench {
 
 class Origin {
  public:
   // Listens on a loopback port of the platform's choice and forks; `cpu` is
-  // where the origin runs, -1 for anywhere. Ends the program when that fails.
+  // where the origin runs, -1 for anywhere. Throws std::runtime_error when that fails.
   explicit Origin(int cpu);
-  ~Origin();
-  Origin(const Origin &) = delete;
-  Origin &operator=(const Origin &) = delete;
 
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return port_.port(); }
 
  private:
-  pid_t process_ = -1;
-  std::uint16_t port_ = 0;
+  qntest::LoopbackPort port_;
+  qntest::ForkedProcess process_;
 };
 
 }  // namespace bench

@@ -6,11 +6,12 @@
 #ifndef DEMO_CENTRE_H
 #define DEMO_CENTRE_H
 
+#include <cstdint>
 #include <mutex>
 #include <string>
 
-#include "loopback_server.h"
 #include "pdu.h"
+#include "support/http_server.h"
 
 namespace demo {
 
@@ -22,7 +23,7 @@ class Centre {
   // Throws std::runtime_error when no port can be had.
   Centre();
 
-  int port() const { return server_.port(); }
+  uint16_t port() const { return server_.port(); }
   // Where messages are posted to.
   std::string SubmitUrl() const;
 
@@ -47,7 +48,7 @@ class Centre {
   std::string received_;
   std::string delivered_;
   std::string complaint_;
-  LoopbackServer server_;  // last, so that it ends before what its threads use
+  qntest::HttpServer server_;  // last, so that it ends before what its threads use
 };
 
 }  // namespace demo

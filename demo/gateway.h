@@ -4,7 +4,9 @@
 #ifndef DEMO_GATEWAY_H
 #define DEMO_GATEWAY_H
 
-#include "loopback_server.h"
+#include <cstdint>
+
+#include "support/http_server.h"
 
 namespace demo {
 
@@ -16,10 +18,10 @@ class Gateway {
   // Throws std::runtime_error when no port can be had.
   Gateway();
 
-  int port() const { return server_.port(); }
+  uint16_t port() const { return server_.port(); }
 
  private:
-  LoopbackServer server_;
+  qntest::HttpServer server_;
 };
 
 }  // namespace demo

@@ -2,6 +2,7 @@
 // The demo: a multimedia message travels from a handset through a gateway to a
 // centre and back, on loopback ports, with qnget as the handset, which then does
 // without them. Every step is said, shown as the network saw it, and checked.
+#include <chrono>
 #include <cstdio>
 #include <exception>
 #include <optional>
@@ -14,12 +15,15 @@
 #include "gateway.h"
 #include "narration.h"
 #include "pdu.h"
-#include "run_program.h"
 #include "subjects.h"
+#include "support/process.h"
+#include "support/scratch_folder.h"
 #include "tap.h"
 
 namespace demo {
 namespace {
+
+using qntest::ProcessResult;
 
 constexpr char kSubjectText[] = "Hello from the hill";
 constexpr char kMessageText[] =
@@ -27,6 +31,7 @@ constexpr char kMessageText[] =
     "C.";
 constexpr char kUserAgent[] = "DemoHandset/1.0 Profile/MIDP-2.0 Configuration/CLDC-1.1";
 constexpr char kProfile[] = "http://www.example.com/uaprof/demo-handset.xml";
+constexpr std::chrono::seconds kPatience{15};
 constexpr char kHandsetFolder[] = "handset";  // what the handset keeps, in the demo's own folder
 
 std::string ComposeMessage() {
@@ -86,11 +91,11 @@ class Story {
 
   void Post() {
     const std::string message = ComposeMessage();
-    folder_.Write("message.mms", message);
+    folder_.write("message.mms", message);
     Say("\n1. The handset posts a message of " + std::to_string(message.size()) +
         " bytes through the gateway.");
-    const Outcome outcome = Qnget({"--data", "message.mms", "--content-type", kMmsMediaType, "-o",
-                                   "confirmation.mms", centre_->SubmitUrl()});
+    const ProcessResult outcome = Qnget({"--data", "message.mms", "--content-type", kMmsMediaType,
+                                         "-o", "confirmation.mms", centre_->SubmitUrl()});
     const std::vector<Exchange> seen = ShowExchanges();
     CheckDone(outcome);
     Check(seen.size() == 1, "one request was enough");
@@ -98,7 +103,7 @@ class Story {
           "the request names the whole URL, as a gateway needs it");
     CheckHandset(seen[0].request);
     Check(centre_->Received() == message, "the centre holds the message byte for byte");
-    CheckConfirmation(Decode(folder_.Read("confirmation.mms")));
+    CheckConfirmation(Decode(folder_.read("confirmation.mms")));
   }
 
   static void CheckConfirmation(const Pdu &confirmation) {
@@ -120,15 +125,15 @@ class Story {
 
   void Fetch(const std::string &url) {
     Say("\n3. The handset fetches the message; the centre sets a cookie and redirects it.");
-    const Outcome outcome = Qnget({"--cache", "-i", "-o", "received.mms", url});
+    const ProcessResult outcome = Qnget({"--cache", "-i", "-o", "received.mms", url});
     const std::vector<Exchange> seen = ShowExchanges();
     Say("   qnget says:");
-    ShowMessage(outcome.messages, "|");
+    ShowMessage(outcome.error, "|");
     CheckDone(outcome);
     Check(seen.size() == 2, "the redirect was followed");
     CheckRedirect(seen[0], url);
     CheckFollowed(seen[1].request, HeaderValue(seen[0].answer, "Location").value_or(""));
-    Check(outcome.messages.find("cache: stored, fresh until ") != std::string::npos,
+    Check(outcome.error.find("cache: stored, fresh until ") != std::string::npos,
           "the message may be kept, and is");
   }
 
@@ -151,7 +156,7 @@ class Story {
 
   void Read() const {
     Say("\n4. The saved message is read.");
-    const std::string saved = folder_.Read("received.mms");
+    const std::string saved = folder_.read("received.mms");
     Check(!saved.empty() && saved == centre_->Delivered(),
           "the file holds the " + std::to_string(saved.size()) + " bytes that the centre sent");
     const Pdu received = Decode(saved);
@@ -167,7 +172,7 @@ class Story {
   void Remember(const std::string &url) {
     Say("\n5. The handset is told of its gateway for good; the next call finds it by itself.");
     CheckDone(Run({"config", "set", "proxy", TapAddress()}));
-    const Outcome told = Run({"config", "get", "proxy"});
+    const ProcessResult told = Run({"config", "get", "proxy"});
     Say("   qnget says:");
     ShowMessage(told.output, "|");
     Check(told.output == TapAddress() + "\n", "the setting has survived the call that made it");
@@ -177,22 +182,22 @@ class Story {
       Say("   The network carried " + FirstLine(exchange.request));
     }
     Check(seen.size() == 2, "without -p, the handset went through the gateway");
-    Check(folder_.Read("again.mms") == centre_->Delivered(), "and has the message again");
+    Check(folder_.read("again.mms") == centre_->Delivered(), "and has the message again");
   }
 
   void FetchWithoutNetwork(const std::string &url) {
-    const std::string delivered = folder_.Read("received.mms");
+    const std::string delivered = folder_.read("received.mms");
     Say("\n6. The centre and the gateway are stopped; the handset asks for the message again.");
     gateway_.reset();
     centre_.reset();
-    const Outcome outcome = Run(AsHandset({"--cache", "-i", "-o", "kept.mms", url}));
+    const ProcessResult outcome = Run(AsHandset({"--cache", "-i", "-o", "kept.mms", url}));
     Say("   qnget says:");
-    ShowMessage(outcome.messages, "|");
+    ShowMessage(outcome.error, "|");
     CheckDone(outcome);
-    Check(outcome.messages.find("\ncache: hit, age ") != std::string::npos,
+    Check(outcome.error.find("\ncache: hit, age ") != std::string::npos,
           "the answer comes from the cache");
     Check(tap_.Take().empty(), "nothing went over the network");
-    Check(folder_.Read("kept.mms") == delivered, "it is the message of step 3, byte for byte");
+    Check(folder_.read("kept.mms") == delivered, "it is the message of step 3, byte for byte");
   }
 
   static void CheckHandset(const std::string &request) {
@@ -204,10 +209,10 @@ class Story {
           "and says that it takes multimedia messages, and its language");
   }
 
-  void CheckDone(const Outcome &outcome) const {
+  void CheckDone(const ProcessResult &outcome) const {
     if (outcome.exit_code != 0) {
       Say("   qnget ends with " + std::to_string(outcome.exit_code) + " and says:");
-      ShowMessage(outcome.messages, "|");
+      ShowMessage(outcome.error, "|");
       if (centre_) Say("   The centre's complaint: " + centre_->Complaint());
     }
     Check(outcome.exit_code == 0, "qnget ends with success");
@@ -216,7 +221,7 @@ class Story {
   std::string TapAddress() const { return "127.0.0.1:" + std::to_string(tap_.port()); }
 
   // Through the gateway, as a handset.
-  Outcome Qnget(const std::vector<std::string> &arguments) const {
+  ProcessResult Qnget(const std::vector<std::string> &arguments) const {
     std::vector<std::string> words = AsHandset(arguments);
     words.insert(words.begin(), {"-p", TapAddress()});
     return Run(words);
@@ -229,10 +234,11 @@ class Story {
     return words;
   }
 
-  Outcome Run(std::vector<std::string> words) const {
+  ProcessResult Run(std::vector<std::string> words) const {
     words.insert(words.begin(), {"--root", kHandsetFolder});
     ShowCommand("qnget", words);
-    return RunProgram(folder_, qnget_, words);
+    words.insert(words.begin(), qnget_);
+    return qntest::RunProgram(words, {.folder = folder_.path()}, kPatience);
   }
 
   std::vector<Exchange> ShowExchanges() {
@@ -247,7 +253,7 @@ class Story {
   }
 
   std::string qnget_;
-  ScratchFolder folder_;
+  qntest::ScratchFolder folder_;
   std::optional<Centre> centre_;
   std::optional<Gateway> gateway_;
   Tap tap_;

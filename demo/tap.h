@@ -5,10 +5,13 @@
 #define DEMO_TAP_H
 
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "support/loopback.h"
 
 namespace demo {
 
@@ -18,29 +21,16 @@ struct Exchange {
   std::string answer;
 };
 
-// A descriptor that closes itself.
-class Descriptor {
- public:
-  explicit Descriptor(int fd) : fd_(fd) {}
-  ~Descriptor();
-  Descriptor(const Descriptor &) = delete;
-  Descriptor &operator=(const Descriptor &) = delete;
-  int get() const { return fd_; }
-
- private:
-  int fd_;
-};
-
 class Tap {
  public:
   // Stands before the loopback port `target`. Throws std::runtime_error when
   // the platform refuses a socket.
-  explicit Tap(int target);
+  explicit Tap(uint16_t target);
   ~Tap();
   Tap(const Tap &) = delete;
   Tap &operator=(const Tap &) = delete;
 
-  int port() const { return port_; }
+  uint16_t port() const { return port_.port(); }
 
   // The exchanges since the last call. A client may have its answer before the
   // connection ends; this waits for the end.
@@ -52,10 +42,9 @@ class Tap {
   void SetUnderWay(bool under_way);
   bool Pass(int from, int to, std::string &record) const;
 
-  int target_;
-  int port_ = 0;
-  Descriptor listener_;
-  Descriptor stop_;
+  uint16_t target_;
+  qntest::LoopbackPort port_;
+  qntest::Descriptor stop_;
   std::mutex mutex_;
   std::condition_variable ended_;
   bool under_way_ = false;

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Makes the reference (OUTPUT/html) and the man pages (OUTPUT/man), and fails on
-# any warning: of doxygen, of the man program, or because a committed picture is
-# older than its source.
+# any warning: of doxygen, of the man program, of a constant without documentation,
+# or because a committed picture is older than its source.
 # usage: build.sh OUTPUT QNGET
 set -euo pipefail
 mkdir -p "$1"
@@ -61,8 +61,23 @@ check_pictures() {
   done
 }
 
+# Doxygen does not miss what an enumeration and its constants are for.
+check_constants() {
+  awk '
+    function complain() {
+      printf "%s:%d: %s: no documentation\n", FILENAME, FNR, $0 > "/dev/stderr"
+      bad = 1
+    }
+    /^(typedef )?enum/ { inside = 1; if (before !~ /\*\/$/) complain() }
+    /^}/ { inside = 0 }
+    inside && /^  [A-Za-z_0-9]+ *[=,]/ { count++; if (!/\/\*\*</) complain() }
+    { before = $0 }
+    END { exit bad || count == 0 }' include/qnstack/*.h
+}
+
 mkdir -p "$output/man"
 check_pictures
+check_constants
 reference
 program_page
 library_page

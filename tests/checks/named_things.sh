@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # What the documents name is there: each `qn::` name in the sources of the library,
-# each exported name in the list, each helper of the tests in their support folder,
+# each exported name in the list, each helper of the tests in a support folder,
 # and each path in the tree.
 # usage: named_things.sh ROOT
 # shellcheck disable=SC2016  # backquotes of Markdown
@@ -35,12 +35,12 @@ for document in "${documents[@]}"; do
 done
 while read -r name; do
   count=$((count + 1))
-  is_in_code "$name" tests/support tests/posix || complain CONTRIBUTING.md "$name"
+  is_in_code "$name" support tests/support tests/posix || complain CONTRIBUTING.md "$name"
 done < <(sed -n '/^## Tests/,/^## /p' CONTRIBUTING.md | grep -oE '`([A-Z][a-z]+){2,}`' | tr -d '`' | sort -u)
 while read -r path; do
   count=$((count + 1))
   [[ -e $path ]] || complain CONTRIBUTING.md "$path"
-done < <(grep -oE '`(include|qnstack|cmake|docs|tests|packaging|bench|examples)/[a-zA-Z0-9_./-]*`' CONTRIBUTING.md |
+done < <(grep -oE '`(include|qnstack|cmake|docs|support|tests|packaging|bench|examples)/[a-zA-Z0-9_./-]*`' CONTRIBUTING.md |
   grep -v '[A-Z*]\{4\}' | tr -d '`' | sort -u)
 echo "$count names"
 [[ $bad == 0 && $count -gt 0 ]]

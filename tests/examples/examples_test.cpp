@@ -15,20 +15,7 @@
 namespace {
 
 using namespace std::string_literals;
-using qntest::AnswerBodyWith;
-using qntest::AnswerWith;
-using qntest::AwaitSignal;
-using qntest::HalfClose;
-using qntest::ProcessResult;
-using qntest::ReadBytes;
-using qntest::ReadHeader;
-using qntest::ReadToEnd;
-using qntest::RefusingPort;
-using qntest::Reset;
-using qntest::RunProgram;
-using qntest::ScratchFolder;
-using qntest::ScriptedServer;
-using qntest::SendBytes;
+using namespace qntest;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;

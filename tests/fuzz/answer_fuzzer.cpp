@@ -34,9 +34,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::NetworkFaults;
-using qntest::TextOf;
+using namespace qntest;
 
 constexpr std::size_t kLongestPiece = 4096;
 constexpr std::size_t kHighWater = 20480;

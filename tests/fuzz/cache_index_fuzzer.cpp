@@ -27,9 +27,7 @@
 
 namespace {
 
-using qntest::CachedAnswer;
-using qntest::FilePort;
-using qntest::kNow;
+using namespace qntest;
 
 constexpr int kMostSteps = 24;
 constexpr uint32_t kHeadroom = 10000;

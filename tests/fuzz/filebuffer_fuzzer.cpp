@@ -20,9 +20,7 @@
 
 namespace {
 
-using qntest::FieldReader;
-using qntest::FieldWriter;
-using qntest::TypedBuffer;
+using namespace qntest;
 
 constexpr int kMostSteps = 64;
 

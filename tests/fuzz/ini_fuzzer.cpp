@@ -21,8 +21,7 @@
 
 namespace {
 
-using qntest::FilePort;
-using qntest::Settings;
+using namespace qntest;
 
 constexpr char kName[] = "/settings.ini";
 constexpr char kBackup[] = "/settings.ini.bak";

@@ -25,9 +25,7 @@
 
 namespace {
 
-using qntest::Exact;
-using qntest::ExactCopy;
-using qntest::ExactText;
+using namespace qntest;
 
 constexpr std::size_t kMostText = 2000;
 

@@ -26,8 +26,7 @@
 
 namespace {
 
-using qntest::FailingHeap;
-using qntest::FilePort;
+using namespace qntest;
 
 constexpr char kSettings[] = "/settings";
 constexpr char kRecords[] = "/records";

@@ -19,8 +19,7 @@
 
 namespace {
 
-using qntest::Exact;
-using qntest::ExactCopy;
+using namespace qntest;
 
 // What a terminated result in an area holds, zero bytes of the text included.
 std::string Filled(const Exact<char> &area, std::size_t length) {

@@ -23,8 +23,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::ExactText;
+using namespace qntest;
 
 constexpr std::size_t kLongestText = 5000;
 constexpr const char *kSentHeaders[] = {"Accept", "User-Agent", "Profile", "Accept-Language"};

@@ -11,18 +11,7 @@
 
 namespace {
 
-using qntest::AwaitSignal;
-using qntest::Close;
-using qntest::ConnectionScript;
-using qntest::Context;
-using qntest::Ending;
-using qntest::ModelAnswer;
-using qntest::ModelOf;
-using qntest::ReadHeader;
-using qntest::ReadToEnding;
-using qntest::Reset;
-using qntest::SendBytes;
-using qntest::Step;
+using namespace qntest;
 
 constexpr std::size_t kAnswerBytes = 300;
 

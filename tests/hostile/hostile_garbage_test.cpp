@@ -14,14 +14,7 @@
 
 namespace {
 
-using qntest::AnswerWith;
-using qntest::ConnectionScript;
-using qntest::Context;
-using qntest::Ending;
-using qntest::ModelAnswer;
-using qntest::ModelOf;
-using qntest::ReadToEnding;
-using qntest::Route;
+using namespace qntest;
 
 constexpr int32_t kHuge = std::numeric_limits<int32_t>::max();
 

@@ -6,24 +6,12 @@
 #include <vector>
 
 #include "hostile_test.h"
-#include "support/discarded_output.h"
+#include "support/captured_output.h"
 #include "support/read_calls.h"
 
 namespace {
 
-using qntest::AwaitSignal;
-using qntest::CallRow;
-using qntest::Close;
-using qntest::ConnectionScript;
-using qntest::Context;
-using qntest::HalfClose;
-using qntest::ReadHeader;
-using qntest::ReadOnce;
-using qntest::ReadToEnd;
-using qntest::Reset;
-using qntest::Route;
-using qntest::RunStep;
-using qntest::SendBytes;
+using namespace qntest;
 
 constexpr char kEstablished[] = "HTTP/1.1 200 Connection established\r\n\r\n";
 

@@ -13,24 +13,13 @@
 #include "hostile_report.h"
 #include "hostile_test.h"
 #include "qnstack/qn_stack_http_cookie.h"
+#include "support/captured_output.h"
 #include "support/cookie_jar.h"
-#include "support/discarded_output.h"
 #include "support/process_figures.h"
 
 namespace {
 
-using qntest::Amount;
-using qntest::AnswerWith;
-using qntest::Context;
-using qntest::CookiesInJar;
-using qntest::DiscardedOutput;
-using qntest::Ending;
-using qntest::HalfClose;
-using qntest::ReadHeader;
-using qntest::ReadToEnd;
-using qntest::ReadToEnding;
-using qntest::SendBytes;
-using qntest::SendUntilGone;
+using namespace qntest;
 using std::chrono::nanoseconds;
 using testing::SizeIs;
 

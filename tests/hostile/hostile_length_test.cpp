@@ -9,21 +9,12 @@
 
 #include "hostile_report.h"
 #include "hostile_test.h"
-#include "support/discarded_output.h"
+#include "support/captured_output.h"
 #include "support/process_figures.h"
 
 namespace {
 
-using qntest::Amount;
-using qntest::Context;
-using qntest::DiscardedOutput;
-using qntest::Passage;
-using qntest::PassToEnding;
-using qntest::ReadHeader;
-using qntest::ReadToEnd;
-using qntest::SendBytes;
-using qntest::SendTimes;
-using qntest::SendUntilGone;
+using namespace qntest;
 
 constexpr std::size_t kBlock = 65536;
 constexpr std::int32_t kRoom = 4096;

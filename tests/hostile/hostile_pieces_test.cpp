@@ -10,15 +10,7 @@
 
 namespace {
 
-using qntest::AwaitSignal;
-using qntest::ConnectionScript;
-using qntest::Context;
-using qntest::Ending;
-using qntest::HalfClose;
-using qntest::ReadHeader;
-using qntest::ReadToEnd;
-using qntest::ReadToEnding;
-using qntest::SendBytes;
+using namespace qntest;
 
 constexpr char kAnswer[] =
     "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\nContent-Length: 26\r\n"

@@ -15,13 +15,7 @@
 
 namespace {
 
-using qntest::AwaitSignal;
-using qntest::ConnectionScript;
-using qntest::ProcessResult;
-using qntest::ReadHeader;
-using qntest::RunProgram;
-using qntest::SendBytes;
-using qntest::SendUntilGone;
+using namespace qntest;
 using std::chrono::milliseconds;
 
 constexpr int kTimedOut = 4;

@@ -10,11 +10,7 @@
 
 namespace {
 
-using qntest::AnswerWith;
-using qntest::ConnectionScript;
-using qntest::Context;
-using qntest::Ending;
-using qntest::ReadToEnding;
+using namespace qntest;
 
 constexpr std::size_t kRequests = 11;  // the first one and ten redirects
 

@@ -9,7 +9,6 @@
 
 #include "hostile_report.h"
 #include "support/captured_output.h"
-#include "support/discarded_output.h"
 #include "support/process_figures.h"
 
 namespace qntest {

@@ -11,19 +11,7 @@
 
 namespace {
 
-using qntest::AwaitSignal;
-using qntest::Close;
-using qntest::CloseReading;
-using qntest::ConnectionScript;
-using qntest::Context;
-using qntest::Ending;
-using qntest::HalfClose;
-using qntest::ReadBytes;
-using qntest::ReadHeader;
-using qntest::ReadToEnd;
-using qntest::ReadToEnding;
-using qntest::Reset;
-using qntest::SendBytes;
+using namespace qntest;
 
 constexpr std::size_t kBodyBytes = 5 << 20;
 constexpr std::size_t kSomeBytes = 100000;

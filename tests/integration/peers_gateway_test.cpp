@@ -31,7 +31,7 @@ TEST_P(PeersGateway, NamesItselfToTheOrigin) {
 }
 
 TEST_P(PeersGateway, AnswersForAnOriginThatRefuses) {
-  const ClosedPort nobody;
+  const RefusingPort nobody;
 
   const Answer answer = GetUrl("http://127.0.0.1:" + std::to_string(nobody.port()) + "/");
 
@@ -67,7 +67,7 @@ TEST_P(PeersGateway, ServesTwoExchangesInTurns) {
 
 TEST(PeersGatewayAbsence, ShowsAsAFailedSend) {
   const StackOnRoute stack(Route::kDirect);
-  const ClosedPort nobody;
+  const RefusingPort nobody;
   fnQNStack_Http_SetProxy("127.0.0.1", nobody.port());
 
   const Answer answer = Get("/seen");

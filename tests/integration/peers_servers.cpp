@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "integration/peers_servers.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -15,6 +11,8 @@
 #include <stdexcept>
 
 #include "integration/peers_configuration.h"
+#include "support/forked_process.h"
+#include "support/loopback.h"
 
 namespace qntest {
 namespace {
@@ -25,30 +23,6 @@ constexpr int kStartAttempts = 3;
 constexpr int kReadyPauses = 1000;  // of 5 ms each
 constexpr int kReadyPauseMilliseconds = 5;
 constexpr std::chrono::milliseconds kStopPatience{5000};
-
-sockaddr_in Loopback(int port) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(static_cast<uint16_t>(port));
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  return address;
-}
-
-bool CanConnect(int port) {
-  const sockaddr_in address = Loopback(port);
-  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const bool connected =
-      connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) == 0;
-  close(fd);
-  return connected;
-}
-
-// Whether the process has ended; it can still be waited for afterwards.
-bool HasEnded(pid_t process) {
-  siginfo_t info{};
-  waitid(P_PID, static_cast<id_t>(process), &info, WEXITED | WNOHANG | WNOWAIT);
-  return info.si_pid == process;
-}
 
 std::string SomeText() {
   std::string text;
@@ -80,18 +54,6 @@ std::string SeededBytes(size_t size) {
   return bytes;
 }
 
-ClosedPort::ClosedPort() : fd_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)), port_(0) {
-  sockaddr_in address = Loopback(0);
-  socklen_t size = sizeof(address);
-  auto *generic = reinterpret_cast<sockaddr *>(&address);
-  if (bind(fd_, generic, size) != 0 || getsockname(fd_, generic, &size) != 0) {
-    throw std::runtime_error("no loopback port can be had");
-  }
-  port_ = ntohs(address.sin_port);
-}
-
-ClosedPort::~ClosedPort() { close(fd_); }
-
 // Servers stand in folders that a user's search path may lack.
 std::string Peer::Path() const {
   for (const char *folder : {"/usr/sbin/", "/usr/bin/", "/usr/local/sbin/", "/usr/local/bin/"}) {
@@ -110,7 +72,7 @@ std::vector<std::string> Peer::ByPlainUser() const {
 
 bool Peer::IsReachable() const {
   for (int pause = 0; pause < kReadyPauses && !HasEnded(process_->pid()); ++pause) {
-    if (CanConnect(port_)) return true;
+    if (ConnectToLoopback(port_).get() >= 0) return true;
     poll(nullptr, 0, kReadyPauseMilliseconds);
   }
   return false;
@@ -122,7 +84,7 @@ std::string Peer::Start(const Command &arguments) {
 
   std::string said;
   for (int attempt = 0; attempt < kStartAttempts; ++attempt) {
-    port_ = ClosedPort().port();
+    port_ = RefusingPort().port();
     std::vector<std::string> command = ByPlainUser();
     command.push_back(path);
     for (const std::string &argument : arguments(port_)) command.push_back(argument);

@@ -37,20 +37,6 @@ inline constexpr char kMediumFile[] = "300k";
 inline constexpr char kLargeFile[] = "5m";
 inline constexpr char kTextFile[] = "text.txt";
 
-// A loopback port that refuses connections while this lives.
-class ClosedPort {
- public:
-  ClosedPort();
-  ~ClosedPort();
-  ClosedPort(const ClosedPort &) = delete;
-  ClosedPort &operator=(const ClosedPort &) = delete;
-  int port() const { return port_; }
-
- private:
-  int fd_;
-  int port_;
-};
-
 // One program that listens on a port.
 class Peer {
  public:
@@ -80,7 +66,7 @@ class Peer {
   std::string program_;
   std::string package_;
   User user_;
-  int port_ = 0;
+  uint16_t port_ = 0;
   std::unique_ptr<Process> process_;
 };
 

@@ -154,7 +154,7 @@ TEST_P(PeersTunnel, CarriesOneExchangeAfterTheOther) {
 }
 
 TEST_P(PeersTunnel, ToAPortThatRefusesIsAnsweredAndEnded) {
-  const ClosedPort nobody;
+  const RefusingPort nobody;
   Tunnel tunnel(nobody.port());
 
   const int status = StatusOf(tunnel.ReceiveHeader());

@@ -8,7 +8,7 @@
 #include "qnstack/qnstack.h"
 #include "redirect.h"
 #include "request.h"
-#include "support/discarded_output.h"
+#include "support/captured_output.h"
 
 namespace qntest {
 namespace {

@@ -63,6 +63,8 @@ TEST(QngetFreshness, GrowsByNoClockThatIsSetBackOnTheWay) {
 
 TEST(QngetFreshness, SaysWhatForbidsToKeep) {
   EXPECT_EQ(FreshnessOf(Head(200, "Cache-Control: no-store")).why_not, "no-store");
+  EXPECT_EQ(FreshnessOf(Head(200, "Cache-Control: max-age=600, no-cache")).why_not, "no-cache");
+  EXPECT_EQ(FreshnessOf(Head(200, "Pragma: no-cache")).why_not, "Pragma: no-cache");
   EXPECT_EQ(FreshnessOf(Head(200, "Vary: a, *")).why_not, "Vary: *");
   EXPECT_EQ(FreshnessOf(Head(200, "")).why_not, "it has no lifetime");
   EXPECT_EQ(FreshnessOf(Head(200, "Expires: 0")).why_not, "nothing is left of its lifetime");

@@ -219,15 +219,6 @@ TEST(QngetTrace, IsKeptOfATransferThatIsKilled) {
   EXPECT_THAT(folder.read("trace"), HasSubstr("ParseAnswer HTTP/1.0 200 OK"));
 }
 
-TEST(QngetTrace, GoesToStandardErrorWithADash) {
-  ScriptedServer server({AnswerWith(Answer("abc"))});
-
-  const ProcessResult result = RunQnget({"--trace", "-", LocalUrl(server.port())});
-
-  EXPECT_EQ(result.output, "abc");
-  EXPECT_THAT(result.error, testing::StartsWith("create socket 1"));
-}
-
 TEST(QngetTrace, IsExitCode6WhenItCannotBeOpened) {
   ScriptedServer server({AnswerWith(Answer("abc"))});
 

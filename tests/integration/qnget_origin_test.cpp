@@ -5,9 +5,8 @@
 #include <gtest/gtest.h>
 #include <httplib.h>
 
-#include <thread>
-
 #include "qnget_program.h"
+#include "support/http_server.h"
 #include "support/process.h"
 
 namespace qntest {
@@ -19,73 +18,48 @@ using testing::HasSubstr;
 
 constexpr std::size_t kLarge = 3000000;
 
-// An origin on a loopback port. Its handlers run in threads of its own.
-class Origin {
- public:
-  Origin() {
-    AddHandlers();
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
-    // A stop that comes before the accept loop has begun would be lost.
-    while (!server_.is_running()) std::this_thread::yield();
-  }
-  ~Origin() {
-    server_.stop();
-    thread_.join();
-  }
-  Origin(const Origin &) = delete;
-  Origin &operator=(const Origin &) = delete;
-
-  std::string Url(const std::string &path) const {
-    return LocalUrl(static_cast<uint16_t>(port_), path);
-  }
-
- private:
-  void AddHandlers() {
-    const auto echo = [](const Request &request, Response &response) {
-      response.set_content(request.method + " " + request.body,
-                           request.get_header_value("Content-Type"));
-    };
-    server_.Post("/echo", echo);
-    server_.Put("/echo", echo);
-    server_.Get("/large", [](const Request &, Response &response) {
-      response.set_content(ScatteredBytes(kLarge), "application/octet-stream");
+void AddRoutes(httplib::Server &server) {
+  const auto echo = [](const Request &request, Response &response) {
+    response.set_content(request.method + " " + request.body,
+                         request.get_header_value("Content-Type"));
+  };
+  server.Post("/echo", echo);
+  server.Put("/echo", echo);
+  server.Get("/large", [](const Request &, Response &response) {
+    response.set_content(ScatteredBytes(kLarge), "application/octet-stream");
+  });
+  server.Get("/chunks", [](const Request &, Response &response) {
+    response.set_chunked_content_provider("text/plain", [](size_t offset, httplib::DataSink &sink) {
+      if (offset == 0) return sink.write("in ", 3);
+      sink.write("pieces", 6);
+      sink.done();
+      return true;
     });
-    server_.Get("/chunks", [](const Request &, Response &response) {
-      response.set_chunked_content_provider("text/plain",
-                                            [](size_t offset, httplib::DataSink &sink) {
-                                              if (offset == 0) return sink.write("in ", 3);
-                                              sink.write("pieces", 6);
-                                              sink.done();
-                                              return true;
-                                            });
-    });
-    server_.Get("/down/here", [](const Request &, Response &response) {
-      response.set_redirect("../chunks#end", 308);
-    });
-    server_.Get("/enter", [](const Request &request, Response &response) {
-      response.set_header("Set-Cookie", "pass=7; Path=/");
-      response.set_redirect("http://" + request.get_header_value("Host") + "/inside");
-    });
-    server_.Get("/inside", [](const Request &request, Response &response) {
-      const bool known = request.get_header_value("Cookie").find("pass=7") != std::string::npos;
-      response.status = known ? 200 : 403;
-      response.set_content(request.get_header_value("User-Agent"), "text/plain");
-    });
-  }
-
-  httplib::Server server_;
-  int port_ = -1;
-  std::thread thread_;
-};
+  });
+  server.Get("/down/here", [](const Request &, Response &response) {
+    response.set_redirect("../chunks#end", 308);
+  });
+  server.Get("/enter", [](const Request &request, Response &response) {
+    response.set_header("Set-Cookie", "pass=7; Path=/");
+    response.set_redirect("http://" + request.get_header_value("Host") + "/inside");
+  });
+  server.Get("/inside", [](const Request &request, Response &response) {
+    const bool known = request.get_header_value("Cookie").find("pass=7") != std::string::npos;
+    response.status = known ? 200 : 403;
+    response.set_content(request.get_header_value("User-Agent"), "text/plain");
+  });
+}
 
 class QngetAtAnOrigin : public testing::Test {
  protected:
-  const Origin origin_;
+  std::string Url(const std::string &path) const { return LocalUrl(origin_.port(), path); }
+
+ private:
+  const HttpServer origin_{AddRoutes};
 };
 
 TEST_F(QngetAtAnOrigin, GetsALargeBody) {
-  const ProcessResult result = RunQnget({origin_.Url("/large")});
+  const ProcessResult result = RunQnget({Url("/large")});
 
   EXPECT_EQ(result.exit_code, 0) << result.error;
   EXPECT_TRUE(result.output == ScatteredBytes(kLarge));
@@ -95,7 +69,7 @@ TEST_F(QngetAtAnOrigin, PostsALargeBody) {
   const std::string body = ScatteredBytes(kLarge);
 
   const ProcessResult result =
-      RunQnget({"--data", "-", "--content-type", "application/x-large", "-i", origin_.Url("/echo")},
+      RunQnget({"--data", "-", "--content-type", "application/x-large", "-i", Url("/echo")},
                {.input = body});
 
   EXPECT_TRUE(result.output == "POST " + body);
@@ -104,16 +78,15 @@ TEST_F(QngetAtAnOrigin, PostsALargeBody) {
 }
 
 TEST_F(QngetAtAnOrigin, PutsABody) {
-  const ProcessResult result =
-      RunQnget({"-X", "PUT", "--data", "-", "--content-type", "text/plain", origin_.Url("/echo")},
-               {.input = "abc"});
+  const ProcessResult result = RunQnget(
+      {"-X", "PUT", "--data", "-", "--content-type", "text/plain", Url("/echo")}, {.input = "abc"});
 
   EXPECT_EQ(result.exit_code, 0) << result.error;
   EXPECT_EQ(result.output, "PUT abc");
 }
 
 TEST_F(QngetAtAnOrigin, AsksForAHeader) {
-  const ProcessResult result = RunQnget({"-X", "HEAD", "-i", origin_.Url("/large")});
+  const ProcessResult result = RunQnget({"-X", "HEAD", "-i", Url("/large")});
 
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.output, "");
@@ -121,29 +94,29 @@ TEST_F(QngetAtAnOrigin, AsksForAHeader) {
 }
 
 TEST_F(QngetAtAnOrigin, DecodesChunks) {
-  const ProcessResult result = RunQnget({origin_.Url("/chunks")});
+  const ProcessResult result = RunQnget({Url("/chunks")});
 
   EXPECT_EQ(result.exit_code, 0) << result.error;
   EXPECT_EQ(result.output, "in pieces");
 }
 
 TEST_F(QngetAtAnOrigin, FollowsARelativeRedirect) {
-  const ProcessResult result = RunQnget({"-i", origin_.Url("/down/here")});
+  const ProcessResult result = RunQnget({"-i", Url("/down/here")});
 
   EXPECT_EQ(result.output, "in pieces");
-  EXPECT_THAT(result.error, HasSubstr("url: " + origin_.Url("/chunks") + "\n"));
+  EXPECT_THAT(result.error, HasSubstr("url: " + Url("/chunks") + "\n"));
 }
 
 TEST_F(QngetAtAnOrigin, FollowsARedirectWithItsCookie) {
-  const ProcessResult result = RunQnget({"-i", "--user-agent", "handset", origin_.Url("/enter")});
+  const ProcessResult result = RunQnget({"-i", "--user-agent", "handset", Url("/enter")});
 
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.output, "handset");
-  EXPECT_THAT(result.error, HasSubstr("url: " + origin_.Url("/inside") + "\n"));
+  EXPECT_THAT(result.error, HasSubstr("url: " + Url("/inside") + "\n"));
 }
 
 TEST_F(QngetAtAnOrigin, ReportsWhatIsNotThere) {
-  const ProcessResult result = RunQnget({origin_.Url("/nothing")});
+  const ProcessResult result = RunQnget({Url("/nothing")});
 
   EXPECT_EQ(result.exit_code, 22);
   EXPECT_EQ(result.error, Message("the answer has status 404"));

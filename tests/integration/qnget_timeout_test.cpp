@@ -5,15 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
 
 #include "qnget_program.h"
+#include "support/loopback.h"
 #include "support/process.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
@@ -30,41 +28,8 @@ std::string TimedOut(const std::string &doing) {
   return Message("timed out after 0.5 seconds, while " + doing);
 }
 
-// A loopback port whose queue of connections is full, so that connecting waits.
-class BusyPort {
- public:
-  BusyPort() {
-    address_.sin_family = AF_INET;
-    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address_;
-    if (bind(listener_, Address(), length) != 0 || listen(listener_, 0) != 0 ||
-        getsockname(listener_, Address(), &length) != 0) {
-      std::abort();
-    }
-    for (int &fd : waiting_) {
-      fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-      static_cast<void>(connect(fd, Address(), length));  // still under way
-    }
-  }
-  ~BusyPort() {
-    for (const int fd : waiting_) close(fd);
-    close(listener_);
-  }
-  BusyPort(const BusyPort &) = delete;
-  BusyPort &operator=(const BusyPort &) = delete;
-
-  uint16_t port() const { return ntohs(address_.sin_port); }
-
- private:
-  sockaddr *Address() { return reinterpret_cast<sockaddr *>(&address_); }
-
-  sockaddr_in address_{};
-  int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  int waiting_[4] = {};
-};
-
 TEST(QngetTimeout, EndsTheWaitForAConnection) {
-  const BusyPort port;
+  const FullPort port;
 
   const ProcessResult result = RunQnget({kTimeout, LocalUrl(port.port())});
 

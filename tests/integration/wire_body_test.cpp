@@ -12,16 +12,7 @@
 
 namespace {
 
-using qntest::AnswerBodyWith;
-using qntest::AnswerWith;
-using qntest::Asked;
-using qntest::BodyHeaders;
-using qntest::CallRow;
-using qntest::Context;
-using qntest::OpenGet;
-using qntest::ReadOnce;
-using qntest::RequestText;
-using qntest::ScriptedServer;
+using namespace qntest;
 
 constexpr uint32_t kMark = 20480;
 constexpr uint32_t kPiece = 2048;
@@ -114,22 +105,6 @@ TEST_F(WireUpload, LargeBodyGoesOutChunkByChunk) {
   EXPECT_TRUE(server.Received(0) == request);
 }
 
-TEST_F(WireUpload, FiveThousandByteRequestTakesFourCalls) {
-  const size_t frame = RequestText("POST /m", "mmsc.test:80", BodyHeaders("t/t", 4000)).size();
-  const Asked asked = {"POST", "http://mmsc.test/m", Pattern(5000 - frame), "t/t"};
-  ScriptedServer &server =
-      Serve("mmsc.test", 80, {AnswerBodyWith(asked.body.size(), "HTTP/1.0 200 OK\r\n\r\nabc")});
-  Context ctx = qntest::Open(asked);
-  std::string delivered;
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-2, 3, 0, 0, 1}));
-  }
-  EXPECT_EQ(network_.Count("recv"), 0u);
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{3, 5, 1, 0, 1}));
-  ctx.reset();
-  EXPECT_EQ(server.Received(0).size(), 5000u);
-}
-
 TEST_F(WireTurns, ContextsTakeThemCallByCall) {
   ScriptedServer &one = Serve("one.test", 80, {AnswerWith("HTTP/1.0 200 OK\r\n\r\nfirst")});
   ScriptedServer &two =
@@ -156,23 +131,6 @@ TEST_F(WireTurns, ContextsTakeThemCallByCall) {
   EXPECT_EQ(one.Received(0), RequestText("GET /1", "one.test:80"));
   EXPECT_TRUE(two.Received(0) ==
               RequestText("POST /2", "two.test:81", BodyHeaders("t/t", 3000)) + asked.body);
-}
-
-TEST_F(WireTurns, SecondMayEndBeforeTheFirst) {
-  ScriptedServer &server =
-      Serve("mmsc.test", 80,
-            {AnswerWith("HTTP/1.0 200 OK\r\n\r\none"), AnswerWith("HTTP/1.0 200 OK\r\n\r\ntwo")});
-  Context first = OpenGet("http://mmsc.test/1");
-  Context second = OpenGet("http://mmsc.test/2");
-  std::string got_first;
-  std::string got_second;
-  ReadOnce(first, got_first);
-  ReadOnce(second, got_second);
-  EXPECT_EQ(ReadOnce(second, got_second), (CallRow{3, 5, 1, 0, 2}));
-  EXPECT_EQ(ReadOnce(first, got_first), (CallRow{3, 5, 1, 0, 1}));
-  EXPECT_EQ(got_first, "one");
-  EXPECT_EQ(got_second, "two");
-  EXPECT_EQ(server.Finish(), "");
 }
 
 TEST_F(WireTurns, StoppedContextFreesItsSlotForTheNext) {

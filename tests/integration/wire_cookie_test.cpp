@@ -10,15 +10,7 @@
 
 namespace {
 
-using qntest::AnswerWith;
-using qntest::BodyHeaders;
-using qntest::Context;
-using qntest::CookieHeaders;
-using qntest::kGateway;
-using qntest::kGatewayPort;
-using qntest::ReadOnce;
-using qntest::RequestText;
-using qntest::ScriptedServer;
+using namespace qntest;
 
 class WireCookie : public qntest::WireTest {
  protected:
@@ -55,42 +47,6 @@ TEST_F(WireCookie, IsSentOnAnyPortOfItsHost) {
   EXPECT_EQ(other.Received(0), RequestText("GET /m", "mmsc.test:8080", CookieHeaders("sid=abc")));
 }
 
-TEST_F(WireCookie, IsNotSentToAnotherHost) {
-  Serve("mmsc.test", 80, {AnswerWith(Setting("Set-Cookie: sid=abc; Domain=other.test\r\n"))});
-  ScriptedServer &other = Serve("other.test", 80, {AnswerWith("")});
-  Fetch({"GET", "http://mmsc.test/m"});
-  Fetch({"GET", "http://other.test/m"});
-  EXPECT_EQ(other.Received(0), RequestText("GET /m", "other.test:80"));
-}
-
-TEST_F(WireCookie, HostIsComparedWithItsCase) {
-  ScriptedServer &server = Serve("mmsc.test", 80, {AnswerWith(Setting("Set-Cookie: sid=abc\r\n"))});
-  ScriptedServer &upper = Serve("MMSC.test", 80, {AnswerWith("")});
-  Fetch({"GET", "http://mmsc.test/m"});
-  Fetch({"GET", "http://MMSC.test/m"});
-  EXPECT_EQ(server.Finish(), "");
-  EXPECT_EQ(upper.Received(0), RequestText("GET /m", "MMSC.test:80"));
-}
-
-TEST_F(WireCookie, OnlyTheNewestIsSent) {
-  ScriptedServer &server =
-      Serve("mmsc.test", 80,
-            {AnswerWith(Setting("Set-Cookie: a=1\r\nSet-Cookie2: b=2\r\n")), AnswerWith("")});
-  Fetch({"GET", "http://mmsc.test/m"});
-  Fetch({"GET", "http://mmsc.test/m"});
-  EXPECT_EQ(server.Received(1), RequestText("GET /m", "mmsc.test:80", CookieHeaders("b=2")));
-}
-
-TEST_F(WireCookie, NewestOfAnotherHostHidesAllOthers) {
-  ScriptedServer &server =
-      Serve("mmsc.test", 80, {AnswerWith(Setting("Set-Cookie: a=1\r\n")), AnswerWith("")});
-  Serve("other.test", 80, {AnswerWith(Setting("Set-Cookie: b=2\r\n"))});
-  Fetch({"GET", "http://mmsc.test/m"});
-  Fetch({"GET", "http://other.test/m"});
-  Fetch({"GET", "http://mmsc.test/m"});
-  EXPECT_EQ(server.Received(1), RequestText("GET /m", "mmsc.test:80"));
-}
-
 TEST_F(WireCookie, ThroughAGatewayItBelongsToTheServer) {
   ScriptedServer &gateway =
       Serve(kGateway, kGatewayPort,
@@ -102,27 +58,6 @@ TEST_F(WireCookie, ThroughAGatewayItBelongsToTheServer) {
   EXPECT_EQ(gateway.Received(1),
             RequestText("GET http://mmsc.test/m", "mmsc.test:80", CookieHeaders("sid=abc")));
   EXPECT_EQ(gateway.Received(2), RequestText("GET http://other.test/m", "other.test:80"));
-}
-
-TEST_F(WireCookie, StandsBetweenTheBodysHeadersAndTheBody) {
-  ScriptedServer &server =
-      Serve("mmsc.test", 80,
-            {AnswerWith(Setting("Set-Cookie: sid=abc\r\n")), qntest::AnswerBodyWith(5, "")});
-  Fetch({"GET", "http://mmsc.test/m"});
-  Fetch({"POST", "http://mmsc.test/m", "hello", "t/t"});
-  EXPECT_EQ(server.Received(1), RequestText("POST /m", "mmsc.test:80",
-                                            BodyHeaders("t/t", 5) + CookieHeaders("sid=abc")) +
-                                    "hello");
-}
-
-TEST_F(WireCookie, StackThatIsClosedForgetsIt) {
-  ScriptedServer &server =
-      Serve("mmsc.test", 80, {AnswerWith(Setting("Set-Cookie: sid=abc\r\n")), AnswerWith("")});
-  Fetch({"GET", "http://mmsc.test/m"});
-  fnQNStack_Http_CloseStack();
-  fnQNStack_Http_InitStack();
-  Fetch({"GET", "http://mmsc.test/m"});
-  EXPECT_EQ(server.Received(1), RequestText("GET /m", "mmsc.test:80"));
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Guards failures on the wire: names that lead nowhere, refused and broken
-// connections, the states they end in and what they leave in the slot table.
+// Guards failures on the wire: refused and broken connections, the states they end
+// in and what they leave in the slot table.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -13,19 +13,7 @@
 
 namespace {
 
-using qntest::Asked;
-using qntest::CallRow;
-using qntest::Close;
-using qntest::Context;
-using qntest::kGateway;
-using qntest::kGatewayPort;
-using qntest::OpenGet;
-using qntest::ReadBytes;
-using qntest::ReadOnce;
-using qntest::ReadToEnd;
-using qntest::Reset;
-using qntest::ScriptedServer;
-using qntest::SlotTable;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -37,31 +25,6 @@ void WaitForError(int32_t slot) {
   EXPECT_EQ(poll(&broken, 1, 5000), 1);
 }
 
-TEST_F(WireFailure, UnknownNameIsMinusTen) {
-  Context ctx = OpenGet("http://unknown.test/");
-  std::string delivered;
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, -10, 1, 0, 1}));
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, -10, 1, 0, 1}));
-  EXPECT_THAT(SlotTable::Taken(), ElementsAre(1));
-  ctx.reset();
-  EXPECT_THAT(SlotTable::Taken(), IsEmpty());
-}
-
-TEST_F(WireFailure, UnknownGatewayIsMinusTen) {
-  Serve("mmsc.test", 80, {});
-  UseGateway();
-  const Context ctx = OpenGet("http://mmsc.test/");
-  std::string delivered;
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, -10, 1, 0, 1}));
-}
-
-TEST_F(WireFailure, NoFreeSlotIsMinusTen) {
-  SlotTable::TakeAll();
-  const Context ctx = OpenGet("http://127.0.0.1/");
-  std::string delivered;
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, -10, 1, 0, 0}));
-}
-
 TEST_F(WireFailure, RefusedConnectionIsMinusTwelve) {
   Refuse("mmsc.test", 80);
   Context ctx = OpenGet("http://mmsc.test/");
@@ -70,24 +33,6 @@ TEST_F(WireFailure, RefusedConnectionIsMinusTwelve) {
   EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, -12, 1, 0, 1}));
   EXPECT_THAT(SlotTable::Taken(), ElementsAre(1));
   ctx.reset();
-  EXPECT_THAT(SlotTable::Taken(), IsEmpty());
-}
-
-TEST_F(WireFailure, RefusingGatewayIsMinusTwelve) {
-  Refuse(kGateway, kGatewayPort);
-  UseGateway();
-  const Context ctx = OpenGet("http://mmsc.test/");
-  std::string delivered;
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, -12, 1, 0, 1}));
-}
-
-TEST_F(WireFailure, RefusedConnectionShowsAsMinusElevenWhenTriedAgain) {
-  Refuse("mmsc.test", 80);
-  const Context ctx = OpenGet("http://mmsc.test/");
-  std::string delivered;
-  ReadOnce(ctx, delivered);
-  ctx->state = QN_HTTP_NEW;
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, -11, 1, 0, 0}));
   EXPECT_THAT(SlotTable::Taken(), IsEmpty());
 }
 
@@ -119,17 +64,6 @@ TEST_F(WireFailure, ServerThatIsGoneWhileSendingIsMinusTwelveToo) {
   EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, -12, 1, 0, 1}));
 }
 
-TEST_F(WireFailure, ResetBeforeAnyByteIsMinusThirteenAndKeepsTheSlot) {
-  Serve("mmsc.test", 80, {{qntest::ReadHeader(), Reset()}});
-  Context ctx = OpenGet("http://mmsc.test/m");
-  std::string delivered;
-  ReadOnce(ctx, delivered);
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, -13, 1, 0, 1}));
-  EXPECT_THAT(SlotTable::Taken(), ElementsAre(1));
-  ctx.reset();
-  EXPECT_THAT(SlotTable::Taken(), IsEmpty());
-}
-
 TEST_F(WireFailure, NineteenStalledContextsLeaveNoSlotForTheTwentieth) {
   std::vector<qntest::ConnectionScript> scripts(19, {ReadToEnd()});
   ScriptedServer &server = Serve("mmsc.test", 80, std::move(scripts));
@@ -144,19 +78,6 @@ TEST_F(WireFailure, NineteenStalledContextsLeaveNoSlotForTheTwentieth) {
   stalled.clear();
   EXPECT_THAT(SlotTable::Taken(), IsEmpty());
   EXPECT_EQ(server.Finish(), "");
-}
-
-TEST_F(WireFailure, AnswerThatNobodyReadsIsGivenUp) {
-  Serve("mmsc.test", 80,
-        {{qntest::ReadHeader(), qntest::SendBytes(std::string(40000, 'x')), ReadToEnd()}});
-  const Context ctx = OpenGet("http://mmsc.test/m");
-  qntest::RunStep(ctx);
-  for (int32_t tries = 1; tries <= 3001; ++tries) {
-    ASSERT_EQ(qntest::RunStep(ctx).tries, tries);
-    ASSERT_EQ(ctx->state, QN_HTTP_RECEIVING);
-  }
-  const qntest::Outcome outcome = qntest::RunStep(ctx);
-  EXPECT_EQ(outcome, (qntest::Outcome{-1, -14, 3001, 1, ""}));
 }
 
 }  // namespace

@@ -9,21 +9,7 @@
 
 namespace {
 
-using qntest::AwaitSignal;
-using qntest::CallRow;
-using qntest::Context;
-using qntest::HalfClose;
-using qntest::kGateway;
-using qntest::kGatewayPort;
-using qntest::Outcome;
-using qntest::ReadBytes;
-using qntest::ReadHeader;
-using qntest::ReadOnce;
-using qntest::ReadToEnd;
-using qntest::Reset;
-using qntest::RunStep;
-using qntest::ScriptedServer;
-using qntest::SendBytes;
+using namespace qntest;
 
 constexpr char kRequest[] =
     "CONNECT bank.test:443 HTTP/1.1\r\nProxy-Connection: Keep-Alive\r\n\r\n";
@@ -84,27 +70,6 @@ TEST_F(WireTunnel, AnswerCanBeReadAsBody) {
   EXPECT_EQ(delivered, "himore");
 }
 
-TEST_F(WireTunnel, RefusingAnswerIsSeenInItsStatus) {
-  Serve(kGateway, kGatewayPort,
-        {{ReadHeader(), SendBytes("HTTP/1.1 403 Forbidden\r\n\r\n"), ReadToEnd()}});
-  const Context ctx = OpenTunnel();
-  std::string delivered;
-  ReadOnce(ctx, delivered);
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-2, 4, 1, 0, 1}));
-  EXPECT_EQ(ctx->retValue, 403);
-}
-
-TEST_F(WireTunnel, RedirectOfATunnelFails) {
-  Serve(kGateway, kGatewayPort,
-        {{ReadHeader(), SendBytes("HTTP/1.1 302 Found\r\n\r\n"), ReadToEnd()}});
-  const Context ctx = OpenTunnel();
-  std::string delivered;
-  ReadOnce(ctx, delivered);
-  EXPECT_EQ(ReadOnce(ctx, delivered), (CallRow{-1, 4, 1, 1, 1}));
-  EXPECT_EQ(ctx->hostname, nullptr);
-  EXPECT_EQ(ctx->method, nullptr);
-}
-
 TEST_F(WireTunnel, ResetShowsInThePassThroughs) {
   ScriptedServer &gateway = Serve(kGateway, kGatewayPort, {{ReadHeader(), Reset()}});
   const Context ctx = OpenTunnel();
@@ -114,17 +79,6 @@ TEST_F(WireTunnel, ResetShowsInThePassThroughs) {
   EXPECT_EQ(fnQNStack_Http_Socket_Recvata(ctx.get(), &byte, 1), -1);
   EXPECT_EQ(fnQNStack_Http_Socket_SendData(ctx.get(), "x", 1), -1);
   EXPECT_EQ(fnQNStack_Http_Socket_SendData(ctx.get(), "x", 1), -1);
-}
-
-TEST_F(WireTunnel, WithoutAGatewayNothingIsSent) {
-  fnQNStack_Http_SetProxy(nullptr, 0);
-  ScriptedServer &server = Serve("bank.test", 443, {{SendBytes("hello"), ReadToEnd()}});
-  Context ctx = OpenTunnel();
-  EXPECT_EQ(RunStep(ctx),
-            (Outcome{-2, 4, 1, 1, "create socket 1host:bank.test,443connet socket:1 result:1"}));
-  EXPECT_EQ(qntest::UnreadOf(ctx->recvBuf), "hello");
-  ctx.reset();
-  EXPECT_EQ(server.Received(0), "");
 }
 
 }  // namespace

@@ -19,10 +19,7 @@
 
 namespace {
 
-using qntest::Settings;
-using qntest::SettingsList;
-using qntest::TextList;
-using qntest::TypedBuffer;
+using namespace qntest;
 
 constexpr char kName[] = "/file";
 constexpr char kField[] = "field\0\n";
@@ -190,8 +187,9 @@ TEST_F(NullInFiles, AsValueOfASettingIsAnEmptyText) {
 
   fnQNFS_INI_Write(kName, list.get(), "a", nullptr);
   EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "b", nullptr), 1);
+  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "c", nullptr), 1);
 
-  EXPECT_EQ(list.Held(), (Settings{{"a", ""}, {"b", ""}}));
+  EXPECT_EQ(list.Held(), (Settings{{"a", ""}, {"b", ""}, {"c", ""}}));
 }
 
 TEST_F(NullInFiles, InSettingsIsNotFound) {

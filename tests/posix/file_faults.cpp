@@ -162,8 +162,7 @@ NoResolving::~NoResolving() { resolving_error = 0; }
 
 }  // namespace qntest
 
-using qntest::FileCalls;
-using qntest::FileListener;
+using namespace qntest;
 
 extern "C" {
 

@@ -8,12 +8,10 @@
 #include <sched.h>
 #include <signal.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -102,19 +100,11 @@ class PosixKill : public PosixRoot {
   // first save or, to meet it while it loads, from its start.
   void StartAndKill(unsigned delay, bool from_start) {
     const int32_t before = board_->records.begun;
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      alarm(30);
-      SaveForEver(board_);
-    }
+    ForkedProcess child([this]() -> int { SaveForEver(board_); });
     while (!from_start && board_->records.begun == before) sched_yield();
     usleep(delay);
-    kill(child, SIGKILL);
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "it ended by itself";
+    child.Kill();
+    ASSERT_EQ(child.Wait(), -SIGKILL) << "it ended by itself";
   }
 
   // Looks at a copy of the files: the next child meets them as they are.

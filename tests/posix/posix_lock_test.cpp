@@ -5,12 +5,10 @@
 #include <gmock/gmock.h>
 #include <sched.h>
 #include <sys/file.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -36,23 +34,15 @@ class PosixLock : public PosixRoot {
   void WhileHeld(const std::function<void()> &other, const std::function<void()> &meanwhile) const {
     const int held = open(folder_.path("data").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     ASSERT_EQ(flock(held, LOCK_EX), 0);
-    std::fflush(nullptr);
-    const pid_t child = fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-      alarm(30);
+    ForkedProcess child = InChild([&] {
       close(held);
       other();
-      std::fflush(nullptr);
-      _exit(HasFailure() ? 1 : 0);
-    }
-    EXPECT_TRUE(ComesToWait(child)) << "it went on";
+    });
+    EXPECT_TRUE(ComesToWait(child.pid())) << "it went on";
     meanwhile();
     flock(held, LOCK_UN);
     close(held);
-    int status = -1;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(status, 0);
+    EXPECT_EQ(child.Wait(), 0);
   }
 
   static int Locks(const std::function<void()> &call) {
@@ -74,10 +64,8 @@ class PosixLock : public PosixRoot {
 
   // False if it ends instead.
   static bool ComesToWait(pid_t process) {
-    siginfo_t ended = {};
     while (!Waits(process)) {
-      waitid(P_PID, static_cast<id_t>(process), &ended, WEXITED | WNOHANG | WNOWAIT);
-      if (ended.si_pid == process) return false;
+      if (HasEnded(process)) return false;
       sched_yield();
     }
     return true;

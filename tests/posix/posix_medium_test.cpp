@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -184,38 +183,31 @@ TEST_F(PosixMedium, IsForcedAfterAnAppendAndAWriteInPlace) {
                                  "write", "fsync", "fsync"));
 }
 
-// Writes its own letter many times; ends with 0 if every write succeeded.
-pid_t StartWriter(char letter, size_t size) {
-  const pid_t child = fork();
-  if (child != 0) return child;
-  alarm(30);
-  FileFaults unforced;
-  const std::string text(size, letter);
-  for (int i = 0; i < 100; ++i) {
-    if (WriteText("x", text) != static_cast<int32_t>(size)) _exit(1);
-  }
-  _exit(0);
+// Writes its own letter many times.
+ForkedProcess StartWriter(char letter, size_t size) {
+  return InChild([=] {
+    FileFaults unforced;
+    const std::string text(size, letter);
+    for (int i = 0; i < 100; ++i) {
+      ASSERT_EQ(WriteText("x", text), static_cast<int32_t>(size));
+    }
+  });
 }
 
 TEST_F(PosixMedium, IsSharedByTwoWritersWithoutTearing) {
   ASSERT_EQ(WriteText("x", std::string(5000, 'c')), 5000);
-  const pid_t writers[] = {StartWriter('a', 3000), StartWriter('b', 90000)};
-  ASSERT_GT(writers[0], 0);
-  ASSERT_GT(writers[1], 0);
+  ForkedProcess small = StartWriter('a', 3000);
+  ForkedProcess large = StartWriter('b', 90000);
 
-  int ended = 0;
-  int status = 0;
-  while (ended < 2 && !HasFailure()) {
+  while (!(HasEnded(small.pid()) && HasEnded(large.pid())) && !HasFailure()) {
     const std::string found = ReadText("x", 100000);
     EXPECT_TRUE(found == std::string(5000, 'c') || found == std::string(3000, 'a') ||
                 found == std::string(90000, 'b'))
         << found.size() << " bytes that begin with " << found.substr(0, 10);
-    while (waitpid(-1, &status, WNOHANG) > 0) {
-      EXPECT_EQ(status, 0) << "a write failed";
-      ++ended;
-    }
   }
 
+  EXPECT_EQ(small.Wait(), 0);
+  EXPECT_EQ(large.Wait(), 0);
   EXPECT_THAT(folder_.names(), ElementsAre("x"));
 }
 

@@ -3,11 +3,7 @@
 #include "posix/posix_root.h"
 
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <cerrno>
-#include <cstdio>
 #include <filesystem>
 
 #include "qnstack/qn_fs_file.h"
@@ -70,20 +66,15 @@ std::string ReadText(const char *name, int32_t maximum) {
   return text;
 }
 
-int StatusOf(const std::function<void()> &part) {
-  std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(30);  // the parent's is not inherited
+ForkedProcess InChild(const std::function<void()> &part, unsigned seconds) {
+  const auto judged = [&part] {
     part();
-    std::fflush(nullptr);
-    _exit(testing::Test::HasFailure() ? 1 : 0);
-  }
-  int status = 0;
-  while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  return child > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return testing::Test::HasFailure() ? 1 : 0;
+  };
+  return ForkedProcess(judged, seconds);
 }
+
+int StatusOf(const std::function<void()> &part) { return InChild(part).Wait(); }
 
 bool HoldsInChild(const std::function<void()> &part) { return StatusOf(part) == 0; }
 

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/forked_process.h"
 #include "support/process_figures.h"
 #include "support/scratch_folder.h"
 #include "support/watchdog.h"
@@ -47,11 +48,14 @@ int32_t AppendText(const char *name, std::string_view text);
 // A file's content by fnQNFS_ReadFromFile(), or "(failure)".
 std::string ReadText(const char *name, int32_t maximum = 1 << 20);
 
-// Runs `part` in a child process; its end status, or -1 if a signal ended it.
+// Starts `part` in a child process, which ends with 1 if an expectation failed in it.
+// What failed is printed there.
+ForkedProcess InChild(const std::function<void()> &part, unsigned seconds = 30);
+
+// Runs `part` so; the child's exit code, or the number of a signal, negated.
 int StatusOf(const std::function<void()> &part);
 
-// Runs `part` in a child process; whether it ran to its end with no expectation
-// failed in it. What failed is printed there.
+// Runs `part` so; whether it ran to its end with no expectation failed in it.
 bool HoldsInChild(const std::function<void()> &part);
 
 }  // namespace qntest

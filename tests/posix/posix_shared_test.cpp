@@ -5,14 +5,10 @@
 #include <gmock/gmock.h>
 #include <sched.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <new>
@@ -191,21 +187,15 @@ class PosixShared : public PosixRoot {
   // Runs `part` in all processes, from the first to the last at once. The first
   // ones are the writers.
   static void RunInAll(const std::function<void(int process)> &part) {
-    std::fflush(nullptr);
-    for (int process = 0; process < kProcesses; ++process) {
-      if (fork() != 0) continue;
-      alarm(kMostSeconds);
-      FileFaults unforced;
+    const auto unforced = [&](int process) {
+      FileFaults faults;
       part(process);
-      std::fflush(nullptr);
-      _exit(HasFailure() ? 1 : 0);
+    };
+    std::vector<ForkedProcess> children;
+    for (int process = 0; process < kProcesses; ++process) {
+      children.push_back(InChild([&] { unforced(process); }, kMostSeconds));
     }
-    for (int ended = 0; ended < kProcesses; ++ended) {
-      int status = 0;
-      while (waitpid(-1, &status, 0) < 0 && errno == EINTR) {
-      }
-      EXPECT_EQ(status, 0);
-    }
+    for (ForkedProcess &child : children) EXPECT_EQ(child.Wait(), 0);
   }
 
   void SaveNext(const std::vector<SharedStore> &stores, size_t store, int writer) const {

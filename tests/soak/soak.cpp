@@ -16,10 +16,10 @@
 #include "soak_figures.h"
 #include "soak_origin.h"
 #include "soak_plan.h"
-#include "support/discarded_output.h"
+#include "support/captured_output.h"
 #include "support/failing_heap.h"
+#include "support/loopback.h"
 #include "support/scratch_folder.h"
-#include "support/scripted_server.h"
 
 #ifdef __SANITIZE_ADDRESS__
 // Blocks that were given back stay resident for a while; here for a short one.

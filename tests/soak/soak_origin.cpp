@@ -1,48 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "soak_origin.h"
 
-#include <arpa/inet.h>
 #include <linux/sockios.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/ioctl.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
 #include "soak_plan.h"
+#include "support/loopback.h"
 
 namespace soak {
 namespace {
 
 constexpr int kBacklog = 16;
 constexpr char kCookieStart[] = "Set-Cookie: c";
-
-[[noreturn]] void Fail(const char *what) {
-  std::perror(what);
-  std::abort();
-}
-
-int Listen(std::uint16_t &port) {
-  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  auto *where = reinterpret_cast<sockaddr *>(&address);
-  if (bind(fd, where, length) != 0 || listen(fd, kBacklog) != 0 ||
-      getsockname(fd, where, &length) != 0) {
-    Fail("soak: listening");
-  }
-  port = ntohs(address.sin_port);
-  return fd;
-}
 
 // The text behind `name` up to `end`; empty without it.
 std::string Between(const std::string &text, const std::string &name, const char *end) {
@@ -55,10 +30,7 @@ std::string Between(const std::string &text, const std::string &name, const char
 // One connection at work.
 class Connection {
  public:
-  explicit Connection(int fd) : fd_(fd) {}
-  ~Connection() { close(fd_); }
-  Connection(const Connection &) = delete;
-  Connection &operator=(const Connection &) = delete;
+  explicit Connection(int fd) : connection_(fd) {}
 
   void Serve() {
     if (!ReadUntil([this] { return request_.find("\r\n\r\n") != std::string::npos; })) return;
@@ -78,7 +50,7 @@ class Connection {
   bool ReadUntil(const Condition &holds) {
     char piece[16384];
     while (!holds()) {
-      const ssize_t count = recv(fd_, piece, sizeof piece, 0);
+      const ssize_t count = recv(connection_.get(), piece, sizeof piece, 0);
       if (count <= 0) return false;
       request_.append(piece, static_cast<std::size_t>(count));
     }
@@ -119,57 +91,49 @@ class Connection {
     return lines;
   }
 
-  void Send(const std::string &bytes) {
-    std::size_t sent = 0;
-    while (sent < bytes.size()) {
-      const ssize_t count = send(fd_, bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
-      if (count < 0) return;  // the client has had enough
-      sent += static_cast<std::size_t>(count);
-    }
-  }
+  // It is no failure here if the client has had enough.
+  void Send(const std::string &bytes) const { qntest::SendAll(connection_.get(), bytes); }
 
   void ResetAtClose() const {
     const linger at_once = {1, 0};
-    setsockopt(fd_, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+    setsockopt(connection_.get(), SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
   }
 
   // What is still on its way would be lost by the reset.
   void ResetWhenReceived() const {
     int unsent = 0;
-    pollfd gone = {fd_, POLLRDHUP, 0};
-    while (ioctl(fd_, SIOCOUTQ, &unsent) == 0 && unsent > 0 && poll(&gone, 1, 1) == 0) {
+    pollfd gone = {connection_.get(), POLLRDHUP, 0};
+    while (ioctl(connection_.get(), SIOCOUTQ, &unsent) == 0 && unsent > 0 &&
+           poll(&gone, 1, 1) == 0) {
     }
     ResetAtClose();
   }
 
-  int fd_;
+  qntest::Descriptor connection_;
   std::string request_;
   std::string host_;
   Plan plan_;
 };
 
 [[noreturn]] void ServeAll(int listener) {
-  prctl(PR_SET_PDEATHSIG, SIGKILL);
   for (;;) {
     const int fd = accept(listener, nullptr, nullptr);
-    if (fd < 0) Fail("soak: accepting");
+    if (fd < 0) {
+      std::perror("soak: accepting");
+      std::abort();
+    }
     Connection(fd).Serve();
   }
 }
 
+qntest::ForkedProcess Started(qntest::LoopbackPort &port) {
+  port.Listen(kBacklog);
+  return qntest::ForkedProcess([&]() -> int { ServeAll(port.fd()); },
+                               qntest::ForkedProcess::kForEver);
+}
+
 }  // namespace
 
-Origin::Origin() {
-  const int listener = Listen(port_);
-  process_ = fork();
-  if (process_ < 0) Fail("soak: a process for the origin");
-  if (process_ == 0) ServeAll(listener);
-  close(listener);
-}
-
-Origin::~Origin() {
-  kill(process_, SIGKILL);
-  waitpid(process_, nullptr, 0);
-}
+Origin::Origin() : process_(Started(port_)) { port_.Close(); }
 
 }  // namespace soak

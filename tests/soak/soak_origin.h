@@ -6,24 +6,22 @@
 #ifndef QNSTACK_TESTS_SOAK_SOAK_ORIGIN_H
 #define QNSTACK_TESTS_SOAK_SOAK_ORIGIN_H
 
-#include <sys/types.h>
-
 #include <cstdint>
+
+#include "support/forked_process.h"
+#include "support/loopback.h"
 
 namespace soak {
 
 class Origin {
  public:
   Origin();
-  ~Origin();
-  Origin(const Origin &) = delete;
-  Origin &operator=(const Origin &) = delete;
 
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return port_.port(); }
 
  private:
-  std::uint16_t port_ = 0;
-  pid_t process_ = -1;
+  qntest::LoopbackPort port_;
+  qntest::ForkedProcess process_;
 };
 
 }  // namespace soak

@@ -326,9 +326,7 @@ Reaction NetworkFaults::NextReaction(std::string_view name) {
 
 extern "C" {
 
-using qntest::active;
-using qntest::CallFaults;
-using qntest::NetworkCalls;
+using namespace qntest;
 
 int __wrap_socket(int domain, int type, int protocol) {
   if (CallFaults::Fail(qntest::kNetworkCalls, "socket")) return -1;

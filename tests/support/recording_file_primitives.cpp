@@ -13,8 +13,7 @@
 
 namespace {
 
-using qntest::FileOutcome;
-using qntest::FilePort;
+using namespace qntest;
 
 std::string Shown(const char *text) { return text != nullptr ? text : "NULL"; }
 

@@ -3,7 +3,6 @@
 // that the destructor raises, so that no thread outlives a failed test.
 #include "support/scripted_server.h"
 
-#include <arpa/inet.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <poll.h>
@@ -21,21 +20,6 @@ namespace {
 
 constexpr int kBacklog = 64;
 constexpr std::size_t kReadPiece = 16384;
-
-int BoundLoopbackSocket(std::uint16_t &port) {
-  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t length = sizeof address;
-  if (fd < 0 || bind(fd, reinterpret_cast<sockaddr *>(&address), length) != 0 ||
-      getsockname(fd, reinterpret_cast<sockaddr *>(&address), &length) != 0) {
-    perror("loopback socket");
-    std::abort();
-  }
-  port = ntohs(address.sin_port);
-  return fd;
-}
 
 void CloseOnce(int &fd) {
   if (fd >= 0) close(fd);
@@ -90,12 +74,9 @@ ScriptedServer::ScriptedServer(std::vector<ConnectionScript> scripts,
     connections_.emplace_back();
     connections_.back().script = std::move(script);
   }
-  listener_ = BoundLoopbackSocket(port_);
+  listener_.Listen(kBacklog);
   stop_event_ = eventfd(0, EFD_CLOEXEC);
-  if (listen(listener_, kBacklog) != 0 || stop_event_ < 0) {
-    perror("scripted server");
-    std::abort();
-  }
+  if (stop_event_ < 0) std::abort();
   acceptor_ = std::thread([this] { AcceptAll(); });
 }
 
@@ -157,9 +138,9 @@ bool ScriptedServer::WaitForEnd(std::unique_lock<std::mutex> &lock, std::size_t 
 
 void ScriptedServer::AcceptAll() {
   for (std::size_t index = 0; index < connections_.size(); ++index) {
-    pollfd ready[] = {{listener_, POLLIN, 0}, {stop_event_, POLLIN, 0}};
+    pollfd ready[] = {{listener_.fd(), POLLIN, 0}, {stop_event_, POLLIN, 0}};
     if (poll(ready, 2, -1) < 0 || ready[1].revents != 0) break;
-    const int fd = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    const int fd = accept4(listener_.fd(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
     if (fd < 0) break;
     const int on = 1;
     setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
@@ -167,7 +148,7 @@ void ScriptedServer::AcceptAll() {
     ++accepted_;
     servers_.emplace_back([this, index, fd] { Serve(index, fd); });
   }
-  CloseOnce(listener_);
+  listener_.Close();
 }
 
 void ScriptedServer::Serve(std::size_t index, int fd) {
@@ -286,9 +267,5 @@ bool ScriptedServer::IsGoneAfter(std::chrono::milliseconds pause, int fd) {
   pollfd ready[] = {{fd, POLLRDHUP, 0}, {stop_event_, POLLIN, 0}};
   return poll(ready, 2, static_cast<int>(pause.count())) > 0 && ready[0].revents != 0;
 }
-
-RefusingPort::RefusingPort() { fd_ = BoundLoopbackSocket(port_); }
-
-RefusingPort::~RefusingPort() { CloseOnce(fd_); }
 
 }  // namespace qntest

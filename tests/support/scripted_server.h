@@ -14,6 +14,8 @@
 #include <thread>
 #include <vector>
 
+#include "support/loopback.h"
+
 namespace qntest {
 
 // One thing the server does on a connection; made by the functions below.
@@ -69,7 +71,7 @@ class ScriptedServer {
   ScriptedServer(const ScriptedServer &) = delete;
   ScriptedServer &operator=(const ScriptedServer &) = delete;
 
-  std::uint16_t port() const { return port_; }
+  std::uint16_t port() const { return listener_.port(); }
 
   // Lets one kAwaitSignal step go on, now or when it is reached.
   void Signal();
@@ -105,9 +107,8 @@ class ScriptedServer {
   bool WaitForEnd(std::unique_lock<std::mutex> &lock, std::size_t connections);
 
   const std::chrono::milliseconds patience_;
-  int listener_ = -1;
+  LoopbackPort listener_;
   int stop_event_ = -1;
-  std::uint16_t port_ = 0;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::vector<Connection> connections_;
@@ -116,21 +117,6 @@ class ScriptedServer {
   bool stopping_ = false;
   std::vector<std::thread> servers_;
   std::thread acceptor_;
-};
-
-// A loopback port on which nothing listens for as long as the object lives.
-class RefusingPort {
- public:
-  RefusingPort();
-  ~RefusingPort();
-  RefusingPort(const RefusingPort &) = delete;
-  RefusingPort &operator=(const RefusingPort &) = delete;
-
-  std::uint16_t port() const { return port_; }
-
- private:
-  int fd_ = -1;
-  std::uint16_t port_ = 0;
 };
 
 }  // namespace qntest

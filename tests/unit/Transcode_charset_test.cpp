@@ -19,11 +19,7 @@
 
 namespace {
 
-using qntest::AsBytes;
-using qntest::FailingHeap;
-using qntest::ReferenceStream;
-using qntest::ReferenceUcs4;
-using qntest::ReferenceUtf8;
+using namespace qntest;
 
 constexpr uint32_t kAscii = 3;
 constexpr uint32_t kLatin1 = 4;
@@ -249,7 +245,5 @@ TEST(CharSetDecode, RefusedMemoryIsNullAndLeavesTheLength) {
     EXPECT_EQ(length, 4);
   }
 }
-
-TEST(CharSetFree, IgnoresNull) { fnCharSet_CharSetFreeStringBuf(nullptr); }
 
 }  // namespace

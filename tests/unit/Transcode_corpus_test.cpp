@@ -18,8 +18,7 @@
 
 namespace {
 
-using qntest::AsBytes;
-using qntest::ReferenceStream;
+using namespace qntest;
 
 constexpr uint32_t kUcs2 = 1000;
 constexpr uint32_t kUtf16 = 1015;

@@ -20,12 +20,7 @@
 namespace {
 
 using namespace std::string_literals;
-using qntest::FilePortTest;
-using qntest::ReadText;
-using qntest::Settings;
-using qntest::SettingsList;
-using qntest::TextList;
-using qntest::Watchdog;
+using namespace qntest;
 
 constexpr char kName[] = "/abc";
 

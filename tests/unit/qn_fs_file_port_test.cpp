@@ -83,16 +83,6 @@ TEST_F(QnFsStream, TakesTheProductIn32Bits) {
   EXPECT_EQ(Content(), "abcdef");
 }
 
-TEST_F(QnFsStream, WriteRefusesNulls) {
-  FILE *none = nullptr;
-
-  EXPECT_EQ(fnQNFS_File_Write(nullptr, 4, 1, cell_), -1);
-  EXPECT_EQ(fnQNFS_File_Write(kLetters, 4, 1, nullptr), -1);
-  EXPECT_EQ(fnQNFS_File_Write(kLetters, 4, 1, &none), -1);
-
-  EXPECT_EQ(Content(), "");
-}
-
 TEST(QnFsStreamFailure, WriteToAStreamForReadingGivesMinusOne) {
   char memory[] = "abc";
   FILE *stream = fmemopen(memory, 3, "r");
@@ -155,18 +145,6 @@ TEST_F(QnFsStream, ReadOfSizeZeroIsZeroButOfCountZeroFails) {
   EXPECT_EQ(std::ftell(*cell_), 0);
 }
 
-TEST_F(QnFsStream, ReadRefusesNulls) {
-  Fill("abcde");
-  FILE *none = nullptr;
-  char buffer[] = "??";
-
-  EXPECT_EQ(fnQNFS_File_Read(nullptr, 1, 1, cell_), -1);
-  EXPECT_EQ(fnQNFS_File_Read(buffer, 1, 1, nullptr), -1);
-  EXPECT_EQ(fnQNFS_File_Read(buffer, 1, 1, &none), -1);
-
-  EXPECT_STREQ(buffer, "??");
-}
-
 TEST_F(QnFsStream, SeeksFromTheOriginsOfThisLibrary) {
   struct Case {
     int32_t origin;
@@ -215,13 +193,6 @@ TEST_F(QnFsStream, SeekBeforeTheStartFails) {
   EXPECT_EQ(std::ftell(*cell_), 10);
 }
 
-TEST_F(QnFsStream, SeekRefusesNulls) {
-  FILE *none = nullptr;
-
-  EXPECT_EQ(fnQNFS_File_Seek(nullptr, QNFS_SEEK_BEGIN, 0), -1);
-  EXPECT_EQ(fnQNFS_File_Seek(&none, QNFS_SEEK_BEGIN, 0), -1);
-}
-
 int CountClose(void *cookie) {
   ++*static_cast<int *>(cookie);
   return 0;
@@ -248,14 +219,6 @@ TEST(QnFsStreamClose, FreesACellWithoutAStream) {
   fnQNFS_File_Close(cell);
 
   EXPECT_EQ(heap.Frees(), 1);
-}
-
-TEST(QnFsStreamClose, DoesNothingForNull) {
-  FailingHeap heap(FailingHeap::kCountOnly);
-
-  fnQNFS_File_Close(nullptr);
-
-  EXPECT_EQ(heap.Frees(), 0);
 }
 
 TEST(QnFsStreamClose, FlushesWhatWasWritten) {

@@ -13,9 +13,7 @@
 
 namespace {
 
-using qntest::ReadText;
-using qntest::TextList;
-using qntest::WriteText;
+using namespace qntest;
 
 std::vector<std::pair<std::string, int32_t>> told;
 

@@ -21,13 +21,7 @@
 namespace {
 
 using namespace std::string_literals;
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::FilePortTest;
-using qntest::ReadText;
-using qntest::TextList;
-using qntest::Watchdog;
-using qntest::WriteText;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -20,11 +20,7 @@
 namespace {
 
 using namespace std::string_literals;
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::FilePortTest;
-using qntest::TextList;
-using qntest::WriteText;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -15,8 +15,7 @@
 namespace {
 
 using namespace std::string_literals;
-using qntest::FailingHeap;
-using qntest::TypedBuffer;
+using namespace qntest;
 using testing::Pair;
 
 using Fields = std::array<uint32_t, 7>;

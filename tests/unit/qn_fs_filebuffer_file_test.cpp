@@ -18,10 +18,7 @@
 namespace {
 
 using namespace std::string_literals;
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::FilePortTest;
-using qntest::TypedBuffer;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -17,8 +17,7 @@
 namespace {
 
 using namespace std::string_literals;
-using qntest::FailingHeap;
-using qntest::TypedBuffer;
+using namespace qntest;
 using testing::Pair;
 
 TEST(QnFsBufferReadString, GivesTheFieldAndStepsOverItsEnd) {

@@ -16,10 +16,7 @@
 
 namespace {
 
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::FilePortTest;
-using qntest::SettingsList;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -58,15 +55,6 @@ TEST_F(QnFsIniWriteRam, KeepsCopies) {
   key[0] = value[0] = 'X';
 
   EXPECT_THAT(list.Held(), ElementsAre(Pair("key", "value")));
-}
-
-TEST_F(QnFsIniWriteRam, TakesNullForAnEmptyValue) {
-  SettingsList list{{"a", "1"}};
-
-  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "a", nullptr), 1);
-  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "b", nullptr), 1);
-
-  EXPECT_THAT(list.Held(), ElementsAre(Pair("a", ""), Pair("b", "")));
 }
 
 TEST_F(QnFsIniWriteRam, NeedsAListAndAKey) {
@@ -231,16 +219,6 @@ TEST(QnFsIniFreeNode, ReleasesWhatTheEntryHoldsAndClearsTheVariable) {
     EXPECT_EQ(heap.Frees(), c.frees);
     EXPECT_EQ(entry, nullptr);
   }
-}
-
-TEST(QnFsIniFreeNode, DoesNothingForNull) {
-  QNFSIniEntry *entry = nullptr;
-  FailingHeap heap(FailingHeap::kCountOnly);
-
-  fnQNFS_INI_FreeNode(nullptr);
-  fnQNFS_INI_FreeNode(&entry);
-
-  EXPECT_EQ(heap.Frees(), 0);
 }
 
 }  // namespace

@@ -90,8 +90,6 @@ TEST(QnFsUrlZm, DecodesEscapes) {
   }
 }
 
-TEST(QnFsUrlZm, RefusesNull) { EXPECT_EQ(fnQNFS_URL_ZM(nullptr), -1); }
-
 TEST(QnFsUrlZm, AgreesWithStepByStepDecodingOnAllShortStrings) {
   for (const std::string &text : qntest::WordsOver("%410z", 7)) {
     ASSERT_EQ(Decoded(text), PlainDecoding(text)) << '"' << text << '"';
@@ -158,8 +156,6 @@ TEST(QnFsStrToLong, AddsCharactersByTheirPlaces) {
     EXPECT_EQ(fnQNFS_StrToLong(c.text), c.expected) << testing::PrintToString(c.text);
   }
 }
-
-TEST(QnFsStrToLong, GivesZeroForNull) { EXPECT_EQ(fnQNFS_StrToLong(nullptr), 0); }
 
 TEST(QnFsStrToLong, AgreesWithThePowerSumForAnyBytes) {
   std::mt19937 random(123);

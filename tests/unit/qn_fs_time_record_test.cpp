@@ -50,14 +50,6 @@ TEST(QnFsCopyTime, StoresAllFieldsAsTheyAre) {
   EXPECT_EQ(FieldsOf(t), (Fields{2009, 13, 40, UINT32_MAX, 61, 62, 63}));
 }
 
-TEST(QnFsTimeRecords, AreLeftOutForNull) {
-  fnQNFS_InitTimeStructure(nullptr);
-  fnQNFS_CopyTime(nullptr, 1, 2, 3, 4, 5, 6, 7);
-  fnQNFS_TimeAdd(nullptr, 86400);
-
-  EXPECT_EQ(fnQNFS_DaysInMonth(nullptr), 0U);
-}
-
 TEST(QnFsDaysInMonth, KnowsTheMonths) {
   constexpr uint32_t kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   for (uint32_t month = 1; month <= 12; ++month) {

@@ -15,10 +15,7 @@
 
 namespace {
 
-using qntest::FailingHeap;
-using qntest::LetterElement;
-using qntest::LetterList;
-using qntest::LetterOf;
+using namespace qntest;
 
 // One call of a release function, with what the list looked like meanwhile.
 struct Release {
@@ -86,16 +83,6 @@ TEST(QnListRemove, FreesTheNodeAlone) {
 
   EXPECT_STREQ(element, "element");
   fnQN_Free(&element);
-}
-
-TEST(QnListRemove, IgnoresNull) {
-  LetterList list("ABC");
-
-  fnQNList_Remove(list.List(), nullptr);
-  fnQNList_Remove(nullptr, list.Node('B'));
-  fnQNList_Remove(nullptr, nullptr);
-
-  EXPECT_EQ(list.Letters(), "ABC");
 }
 
 TEST(QnListRemove, LeavesBothListsForANodeOfAnother) {
@@ -234,12 +221,6 @@ TEST(QnListDeleteByNum, RefusesAnIndexAboveTheCountAloneAndWalksToAnyOther) {
   EXPECT_EQ(list.List()->count, 1);
   list.List()->count = 3;
   EXPECT_EQ(list.Letters(), "ABD");
-}
-
-TEST(QnListDeleteByNum, DoesNothingForANullList) {
-  for (const int32_t index : {INT_MIN, -5, -1, 0, 1}) {
-    EXPECT_EQ(fnQNList_Delete_ByNum(nullptr, index, RecordRelease), 0) << index;
-  }
 }
 
 // Clear and Clear_ByType behave alike but for the type.

@@ -38,8 +38,6 @@ TEST(QnStrlen, CountsBytesBeforeTheTerminator) {
   EXPECT_EQ(fnQN_STRLEN("\xFF\x80"), 2U);
 }
 
-TEST(QnStrlen, IsZeroForNull) { EXPECT_EQ(fnQN_STRLEN(nullptr), 0U); }
-
 TEST(QnStrcpy, CopiesWithTheTerminatorAndReturnsTheDestination) {
   Area area("12345678");
 
@@ -48,16 +46,6 @@ TEST(QnStrcpy, CopiesWithTheTerminatorAndReturnsTheDestination) {
   EXPECT_EQ(area.Bytes(8), std::string("abc\0"
                                        "5678",
                                        8));
-}
-
-TEST(QnStrcpy, CopiesNothingWhereAnArgumentIsNull) {
-  Area area("kept");
-
-  EXPECT_EQ(fnQN_STRCPY(area.Text(), nullptr), area.Text());
-  EXPECT_EQ(fnQN_STRCPY(nullptr, "abc"), nullptr);
-  EXPECT_EQ(fnQN_STRCPY(nullptr, nullptr), nullptr);
-
-  EXPECT_STREQ(area.Text(), "kept");
 }
 
 TEST(QnStrncpy, PadsAShorterStringWithZeroBytes) {
@@ -78,30 +66,12 @@ TEST(QnStrncpy, LeavesALongerStringWithoutTerminator) {
   EXPECT_STREQ(area.Text(), "abc45678");
 }
 
-TEST(QnStrncpy, DoesNothingWhereAnArgumentIsNull) {
-  Area area("kept");
-
-  EXPECT_EQ(fnQN_STRNCPY(area.Text(), nullptr, 4), area.Text());
-  EXPECT_EQ(fnQN_STRNCPY(nullptr, "abc", 4), nullptr);
-
-  EXPECT_STREQ(area.Text(), "kept");
-}
-
 TEST(QnStrcat, AppendsAndReturnsTheDestination) {
   Area area("abc");
 
   EXPECT_EQ(fnQN_STRCAT(area.Text(), "def"), area.Text());
 
   EXPECT_EQ(area.Bytes(8), std::string("abcdef\0#", 8));
-}
-
-TEST(QnStrcat, DoesNothingWhereAnArgumentIsNull) {
-  Area area("kept");
-
-  EXPECT_EQ(fnQN_STRCAT(area.Text(), nullptr), area.Text());
-  EXPECT_EQ(fnQN_STRCAT(nullptr, "abc"), nullptr);
-
-  EXPECT_STREQ(area.Text(), "kept");
 }
 
 TEST(QnAtoi, ReadsANumberFromTheStart) {
@@ -184,15 +154,6 @@ TEST(QnStrlcpy, DoesNothingForSizeZero) {
   EXPECT_STREQ(area.Text(), "12");
 }
 
-TEST(QnStrlcpy, DoesNothingWhereAnArgumentIsNull) {
-  Area area("kept");
-
-  EXPECT_EQ(fnQN_STRLCPY(area.Text(), nullptr, 4), 0);
-  EXPECT_EQ(fnQN_STRLCPY(nullptr, "abc", 4), 0);
-
-  EXPECT_STREQ(area.Text(), "kept");
-}
-
 TEST(QnStrlcat, RefusesTheSizesFourToSevenAlone) {
   for (const uint32_t size : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 64U, 0xFFFFFFFFU}) {
     const bool refused = size >= 4 && size <= 7;
@@ -246,15 +207,6 @@ TEST(QnStrncat, ReadsAtMostTheCountOfBytes) {
   fnQN_STRNCAT(area.Text(), source.data(), 2);
 
   EXPECT_STREQ(area.Text(), "abcxy");
-}
-
-TEST(QnStrncat, ReturnsTheDestinationWhereAnArgumentIsNull) {
-  Area area("kept");
-
-  EXPECT_EQ(fnQN_STRNCAT(area.Text(), nullptr, 4), area.Text());
-  EXPECT_EQ(fnQN_STRNCAT(nullptr, "abc", 4), nullptr);
-
-  EXPECT_STREQ(area.Text(), "kept");
 }
 
 TEST(QnStrncat, AsksForOneScratchAreaAndGivesItBack) {
@@ -316,7 +268,5 @@ TEST(QnStrlower, StopsAtTheTerminator) {
 
   EXPECT_EQ(std::string(text, 5), std::string("ab\0CD", 5));
 }
-
-TEST(QnStrlower, DoesNothingForNull) { EXPECT_EQ(fnQN_STRLOWER(nullptr), 0); }
 
 }  // namespace

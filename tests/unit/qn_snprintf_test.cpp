@@ -85,10 +85,6 @@ TEST(QnSnprintf, WritesNothingIntoAnAreaOfNoneAndCountsInFull) {
   EXPECT_EQ(formatted.area, std::string(kAreaSize, '#'));
 }
 
-TEST(QnSnprintf, TakesNullForAnAreaOfNone) {
-  EXPECT_EQ(fnQNRTL_snprintf(nullptr, 0, "%d-%s", 12345, "abc"), 9);
-}
-
 TEST(QnSnprintf, FormatsNumbersAndText) {
   char buf[64];
 

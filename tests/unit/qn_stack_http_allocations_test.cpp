@@ -12,11 +12,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailingHeap;
-using qntest::Give;
-using qntest::OutputOf;
+using namespace qntest;
 
 constexpr size_t kChunk = 2048;
 

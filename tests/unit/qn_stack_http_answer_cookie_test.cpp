@@ -14,9 +14,7 @@
 
 namespace {
 
-using qntest::AnswerContext;
-using qntest::CookiesInJar;
-using qntest::StoredCookie;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

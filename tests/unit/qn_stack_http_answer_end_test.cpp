@@ -58,10 +58,6 @@ TEST(QnStackHttpAnswerEnd, ParsedHeaderIsNotParsedAgain) {
   EXPECT_EQ(ctx.Unread(), "HTTP/1.0 200 OK\r\n\r\n");
 }
 
-TEST(QnStackHttpAnswerEnd, NoContextIsAFailure) {
-  EXPECT_EQ(fnQNStack_Http_ParseAnswer(nullptr), -1);
-}
-
 TEST(QnStackHttpAnswerEnd, HeaderUnderWayIsTakenLineByLine) {
   for (const int32_t state : kStatesUnderWay) {
     SCOPED_TRACE(state);

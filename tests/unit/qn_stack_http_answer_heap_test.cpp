@@ -18,13 +18,7 @@
 
 namespace {
 
-using qntest::AnswerContext;
-using qntest::CookiesInJar;
-using qntest::Delivery;
-using qntest::FailingHeap;
-using qntest::NetworkFaults;
-using qntest::StoredCookie;
-using qntest::TextOf;
+using namespace qntest;
 using testing::AnyOf;
 using testing::Each;
 

@@ -20,10 +20,7 @@
 namespace {
 
 using namespace std::string_literals;  // NOLINT(google-build-using-namespace)
-using qntest::AnswerContext;
-using qntest::Delivery;
-using qntest::StoredCookie;
-using qntest::TextOf;
+using namespace qntest;
 
 constexpr int kMutantsOfASeed = 600;
 

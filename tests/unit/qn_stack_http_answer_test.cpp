@@ -13,8 +13,7 @@
 
 namespace {
 
-using qntest::AnswerContext;
-using qntest::TextOf;
+using namespace qntest;
 
 // Parses one header line and the empty line behind it.
 void ParseLine(AnswerContext &ctx, const std::string &line) {

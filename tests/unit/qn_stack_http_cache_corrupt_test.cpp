@@ -19,12 +19,7 @@
 
 namespace {
 
-using qntest::CachedAnswer;
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::IndexOf;
-using qntest::kIndexName;
-using qntest::kNow;
+using namespace qntest;
 
 constexpr int32_t kFresh = kNow + 1000;
 

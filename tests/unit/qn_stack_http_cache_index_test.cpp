@@ -15,14 +15,7 @@
 
 namespace {
 
-using qntest::CachedAnswer;
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::InARow;
-using qntest::IndexOf;
-using qntest::IndexRead;
-using qntest::IndexRewrite;
-using qntest::kIndexName;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
@@ -96,23 +89,6 @@ TEST_F(QnCacheIndex, LoadsAnEmptyIndexWhereTheFileCannotBeRead) {
 
   ASSERT_NE(qn::http_cache_list, nullptr);
   EXPECT_THAT(Held(), IsEmpty());
-}
-
-TEST_F(QnCacheIndex, RestoresABackupThatIsMuchLargerThanTheIndex) {
-  const std::vector<CachedAnswer> many = qntest::Answers(1000, 500);
-  FilePort().files().Write(kIndexName, "torn");
-  FilePort().files().Write("/wap/ca/ca.txt.bak", IndexOf(many));
-
-  fnQNStack_LoadCache_To_List();
-
-  EXPECT_EQ(Held(), many);
-  EXPECT_THAT(
-      FilePort().Calls(),
-      ElementsAre(
-          "MkDir(/wap/ca/)", "getFileSize(/wap/ca/ca.txt)", "isFileExisted(/wap/ca/ca.txt.bak)",
-          "DeleteFile(/wap/ca/ca.txt)", "MoveFile(/wap/ca/ca.txt, /wap/ca/ca.txt.bak)",
-          "getFileSize(/wap/ca/ca.txt)",
-          "ReadFromFile(/wap/ca/ca.txt, " + std::to_string(IndexOf(many).size() + 10000) + ")"));
 }
 
 TEST_F(QnCacheIndex, WritesTheIndexByteForByte) {

@@ -15,14 +15,7 @@
 
 namespace {
 
-using qntest::Answers;
-using qntest::CachedAnswer;
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::IndexOf;
-using qntest::IndexRewrite;
-using qntest::kIndexName;
-using qntest::kNow;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;

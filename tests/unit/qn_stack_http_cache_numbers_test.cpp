@@ -16,13 +16,7 @@
 
 namespace {
 
-using qntest::Answers;
-using qntest::CachedAnswer;
-using qntest::FilePort;
-using qntest::IndexOf;
-using qntest::kFileNoOfNow;
-using qntest::kIndexName;
-using qntest::kNow;
+using namespace qntest;
 using testing::IsEmpty;
 
 constexpr int32_t kFresh = kNow + 1000;

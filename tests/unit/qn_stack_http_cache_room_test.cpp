@@ -15,13 +15,7 @@
 
 namespace {
 
-using qntest::Answers;
-using qntest::CachedAnswer;
-using qntest::FilePort;
-using qntest::InARow;
-using qntest::IndexOf;
-using qntest::IndexRewrite;
-using qntest::kNow;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;

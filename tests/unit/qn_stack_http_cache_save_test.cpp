@@ -14,15 +14,7 @@
 
 namespace {
 
-using qntest::Answers;
-using qntest::CachedAnswer;
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::InARow;
-using qntest::IndexOf;
-using qntest::IndexRewrite;
-using qntest::kFileNoOfNow;
-using qntest::kNow;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 

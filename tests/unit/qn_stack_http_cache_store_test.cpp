@@ -18,14 +18,7 @@
 
 namespace {
 
-using qntest::CachedAnswer;
-using qntest::FailingHeap;
-using qntest::FilePort;
-using qntest::InARow;
-using qntest::IndexOf;
-using qntest::IndexRead;
-using qntest::IndexRewrite;
-using qntest::kIndexName;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;

@@ -17,9 +17,7 @@
 
 namespace {
 
-using qntest::CookiesInJar;
-using qntest::FailingHeap;
-using qntest::StoredCookie;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

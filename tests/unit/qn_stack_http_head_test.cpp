@@ -97,14 +97,6 @@ TEST_F(QnStackHttpHead, WriteCopiesItsTexts) {
   EXPECT_THAT(Table(), ElementsAre(Pair("X-One", "1")));
 }
 
-TEST_F(QnStackHttpHead, WriteStoresANullValueAsAnEmptyText) {
-  fnQNStack_Http_Head_Write("X-New", nullptr);
-  fnQNStack_Http_Head_Write("X-Old", "1");
-  fnQNStack_Http_Head_Write("X-Old", nullptr);
-
-  EXPECT_THAT(Table(), ElementsAre(Pair("X-New", ""), Pair("X-Old", "")));
-}
-
 TEST_F(QnStackHttpHead, WriteOfANullNameAddsAnEntryEachTime) {
   fnQNStack_Http_Head_Write(nullptr, "1");
   fnQNStack_Http_Head_Write(nullptr, "2");

@@ -14,9 +14,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::FilePort;
-using qntest::UnreadOf;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -123,11 +121,6 @@ TEST_P(QnStackHttpLoad, GivesItsAreaBack) {
     Load(name);
     EXPECT_EQ(heap.Allocations(), heap.Frees()) << name;
   }
-}
-
-TEST_P(QnStackHttpLoad, NullContextIsMinusOne) {
-  FilePort().files().Write("/saved", "x");
-  EXPECT_EQ(GetParam().load(nullptr, "/saved"), -1);
 }
 
 std::string TopicOf(const testing::TestParamInfo<Loader> &info) { return info.param.topic; }

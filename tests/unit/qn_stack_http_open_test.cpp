@@ -15,8 +15,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::FailingHeap;
+using namespace qntest;
 
 struct UrlCase {
   const char *topic;
@@ -159,13 +158,6 @@ TEST(QnStackHttpParseUrl, TakesTheUrlOfTheContextItself) {
   EXPECT_STREQ(ctx->url, "http://h:81/x");
   EXPECT_STREQ(ctx->hostname, "h");
   EXPECT_STREQ(ctx->path, "/x");
-}
-
-TEST(QnStackHttpOpen, NullUrlIsNull) {
-  EXPECT_EQ(fnQNStack_Http_Open_Get(nullptr), nullptr);
-  EXPECT_EQ(fnQNStack_Http_Open_Head(nullptr), nullptr);
-  EXPECT_EQ(fnQNStack_Http_Open_Post(nullptr, "b", 1, "t"), nullptr);
-  EXPECT_EQ(fnQNStack_Http_Open_Put(nullptr, "b", 1, "t"), nullptr);
 }
 
 TEST(QnStackHttpOpen, GetAndHeadHaveNoBody) {

@@ -14,12 +14,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::SocketLayerFaults;
-using qntest::UnreadOf;
+using namespace qntest;
 
 constexpr size_t kMark = 20480;
 
@@ -58,11 +53,6 @@ TEST_F(QnStackHttpReadRecvData, DeliversHeaderAndBodyAsTheyCame) {
   EXPECT_EQ(ctx->headParsed, 0);
   EXPECT_EQ(ctx->retValue, 0);
   EXPECT_STREQ(ctx->url, "http://h/");
-}
-
-TEST_F(QnStackHttpReadRecvData, NullContextIsMinusOne) {
-  char byte = 0;
-  EXPECT_EQ(fnQNStack_Http_ReadRecvData(nullptr, &byte, 1), -1);
 }
 
 TEST_F(QnStackHttpReadRecvData, FailedStatesAreMinusOneAndKeepTheBytes) {

@@ -13,10 +13,7 @@
 
 namespace {
 
-using qntest::AnswerContext;
-using qntest::FoundAt;
-using qntest::TakenSlot;
-using qntest::TextOf;
+using namespace qntest;
 
 // --- one after the other ---
 

@@ -15,10 +15,7 @@
 
 namespace {
 
-using qntest::AnswerContext;
-using qntest::FoundAt;
-using qntest::TakenSlot;
-using qntest::TextOf;
+using namespace qntest;
 
 constexpr char kBody[] = "0123456789";
 

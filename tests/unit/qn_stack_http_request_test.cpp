@@ -16,11 +16,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::HttpStack;
-using qntest::kHandsetHeaders;
-using qntest::OutputOf;
-using qntest::UnreadOf;
+using namespace qntest;
 
 constexpr char kFormType[] = "application/x-www-form-urlencoded";
 
@@ -129,6 +125,10 @@ constexpr RequestCase kProxied[] = {
     {"GetPathWithoutSlash", "GET", "h?q", "", nullptr, "gw",
      "GET http://h?q HTTP/1.0\r\nHost: h:80\r\n", "\r\n",
      "HTTP.c  PROXY = gwctx port  = 80method  = GEThostname  = hpath  = ?qhostname  = h"},
+    // What an empty host means is the gateway's to say.
+    {"GetWithoutAHost", "GET", "/next", "", nullptr, "gw",
+     "GET http:///next HTTP/1.0\r\nHost: :80\r\n", "\r\n",
+     "HTTP.c  PROXY = gwctx port  = 80method  = GEThostname  = path  = /nexthostname  = "},
     {"GetSecureScheme", "GET", "https://h/", "", nullptr, "gw",
      "GET http://h/ HTTP/1.0\r\nHost: h:80\r\n", "\r\n",
      "HTTP.c  PROXY = gwctx port  = 80method  = GEThostname  = hpath  = /hostname  = h"},
@@ -279,12 +279,6 @@ TEST_F(QnStackHttpTunnelRequest, WithoutAProxyIsMinusOneAndPrintsNothing) {
   EXPECT_EQ(composed.result, -1);
   EXPECT_EQ(composed.bytes, "");
   EXPECT_EQ(composed.trace, "");
-}
-
-TEST_F(QnStackHttpCompose, NullContextIsMinusOne) {
-  fnQNStack_Http_SetProxy("gw", 3128);
-  EXPECT_EQ(fnQNStack_Http_PrepareQuest(nullptr), -1);
-  EXPECT_EQ(fnQNStack_Http_PrepareQuest_Connect(nullptr), -1);
 }
 
 }  // namespace

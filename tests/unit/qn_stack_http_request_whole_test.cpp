@@ -17,14 +17,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailingHeap;
-using qntest::Give;
-using qntest::kHandsetHeaders;
-using qntest::Outcome;
-using qntest::RunStep;
-using qntest::UnreadOf;
+using namespace qntest;
 using testing::AnyOf;
 
 class QnStackHttpWholeRequest : public qntest::TransferTest {

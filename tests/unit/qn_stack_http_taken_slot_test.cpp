@@ -13,13 +13,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::Deliver;
-using qntest::Give;
-using qntest::Outcome;
-using qntest::OutcomeOf;
-using qntest::RunStep;
-using qntest::SlotTable;
+using namespace qntest;
 using testing::IsEmpty;
 
 class QnStackHttpTakenSlot : public qntest::TransferTest {

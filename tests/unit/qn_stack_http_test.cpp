@@ -23,14 +23,8 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::FailingHeap;
-using qntest::HttpStack;
-using qntest::NetworkFaults;
-using qntest::SlotTable;
-using qntest::SocketLayerFaults;
+using namespace qntest;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // As they were when the program was loaded.
 const int32_t port_at_load = qn::http_proxy_port;
@@ -204,12 +198,6 @@ TEST(QnStackHttpNewCtx, IsNullWheneverTheHeapRefuses) {
     EXPECT_EQ(ctx, nullptr) << "allocation " << refused;
     fnQNStack_Http_FreeCtx(ctx);
   }
-}
-
-TEST(QnStackHttpFreeCtx, NullDoesNothing) {
-  NetworkFaults network;
-  fnQNStack_Http_FreeCtx(nullptr);
-  EXPECT_THAT(network.Names(), IsEmpty());
 }
 
 // A context on a slot of its own among others that are taken.

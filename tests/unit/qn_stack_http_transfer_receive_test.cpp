@@ -14,16 +14,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailingHeap;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::Outcome;
-using qntest::RunStep;
-using qntest::SlotTable;
-using qntest::SocketLayerFaults;
-using qntest::UnreadOf;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -15,17 +15,7 @@
 
 namespace {
 
-using qntest::AtMost;
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::Outcome;
-using qntest::OutcomeOf;
-using qntest::RunStep;
-using qntest::SlotTable;
-using qntest::SocketLayerFaults;
-using qntest::UnreadOf;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -203,8 +193,6 @@ TEST_F(QnStackHttpSend, PassThroughSendsOnTheContextsSlot) {
   EXPECT_EQ(network_.CallsOf("send")[0].fd, socket_list[1].fd);
   EXPECT_EQ(network_.Sent(), "ping");
 }
-
-TEST_F(QnStackHttpSend, OfNoContextFails) { EXPECT_EQ(fnQNStack_Http_SendQuest(nullptr), -1); }
 
 TEST_F(QnStackHttpSend, PassThroughGivesTheSocketLayersResults) {
   const Context ctx = OpenWithRequest(0);

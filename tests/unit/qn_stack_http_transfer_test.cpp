@@ -16,15 +16,7 @@
 
 namespace {
 
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::Outcome;
-using qntest::OutcomeOf;
-using qntest::RunStep;
-using qntest::SlotTable;
-using qntest::SocketLayerFaults;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -17,17 +17,7 @@
 
 namespace {
 
-using qntest::CapturedOutput;
-using qntest::Context;
-using qntest::Deliver;
-using qntest::FailingHeap;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::Outcome;
-using qntest::OutcomeOf;
-using qntest::RunStep;
-using qntest::SocketLayerFaults;
-using qntest::UnreadOf;
+using namespace qntest;
 using testing::ElementsAre;
 
 constexpr size_t kMark = 20480;
@@ -174,10 +164,6 @@ TEST_F(QnStackHttpTunnel, RefusedProxyIsMinusTwelve) {
   const Outcome outcome = RunStep(ctx);
   EXPECT_EQ(outcome.result, -1);
   EXPECT_EQ(outcome.state, -12);
-}
-
-TEST_F(QnStackHttpTunnel, ReceivingOnNullIsMinusOne) {
-  EXPECT_EQ(fnQNStack_Http_RecvConnectData(nullptr), -1);
 }
 
 TEST_F(QnStackHttpTunnel, PassThroughReceivesOnTheContextsSlot) {

@@ -13,8 +13,7 @@
 
 namespace {
 
-using qntest::Buffer;
-using qntest::BufferFields;
+using namespace qntest;
 
 constexpr uint32_t kSpareBytes = 10;
 

@@ -13,8 +13,7 @@
 
 namespace {
 
-using qntest::Buffer;
-using qntest::BufferFields;
+using namespace qntest;
 using namespace std::string_view_literals;
 
 // The next item as text; none for a null one.
@@ -143,16 +142,6 @@ TEST(QnMemBufferReadBySubstr, TakesAMatchThatEndsAtTheLength) {
   EXPECT_EQ(TakeItem(buffer, "\r\n"), "a");
 }
 
-TEST(QnMemBufferReadBySubstr, RefusesNulls) {
-  Buffer buffer(64);
-  buffer.Write("a;b");
-
-  EXPECT_EQ(fnQN_MemBuffer_ReadBySubstr(nullptr, ";"), nullptr);
-  EXPECT_EQ(fnQN_MemBuffer_ReadBySubstr(buffer.get(), nullptr), nullptr);
-
-  EXPECT_EQ(buffer->cursor, 0U);
-}
-
 TEST(QnMemBufferPrintf, AppendsFormattedText) {
   Buffer buffer(64);
   buffer.Write("> ");
@@ -227,17 +216,6 @@ TEST(QnMemBufferPrintf, ReportsTheLengthWithoutABuffer) {
   EXPECT_EQ(fnQN_MemBuffer_Printf(nullptr, "%d", 12345), 5);
 }
 
-TEST(QnMemBufferPrintf, RefusesANullFormat) {
-  Buffer buffer(64);
-  buffer.Write("abc");
-  const BufferFields before = buffer.Fields();
-  int32_t (*const print)(QNMemBuffer *, const char *, ...) = fnQN_MemBuffer_Printf;
-
-  EXPECT_EQ(print(buffer.get(), nullptr), -1);
-
-  EXPECT_EQ(buffer.Fields(), before);
-}
-
 TEST(QnMemBufferWriteItem, AppendsNameValueAndLineEnd) {
   Buffer buffer(64);
 
@@ -308,19 +286,6 @@ TEST(QnMemBufferWriteItem, WritesALineEndForEmptyTexts) {
   fnQN_MemBuffer_WriteItem(buffer.get(), "", "");
 
   EXPECT_EQ(buffer.Fields().held, "\r\n");
-}
-
-TEST(QnMemBufferWriteItem, DoesNothingWhenAnArgumentIsNull) {
-  Buffer buffer(16);
-  buffer.Write("abc");
-  buffer.Read(2);
-  const BufferFields before = buffer.Fields();
-
-  fnQN_MemBuffer_WriteItem(nullptr, "Accept: ", "text");
-  fnQN_MemBuffer_WriteItem(buffer.get(), nullptr, "text");
-  fnQN_MemBuffer_WriteItem(buffer.get(), "Accept: ", nullptr);
-
-  EXPECT_EQ(buffer.Fields(), before);
 }
 
 }  // namespace

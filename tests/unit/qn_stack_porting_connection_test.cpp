@@ -21,13 +21,7 @@
 
 namespace {
 
-using qntest::AtMost;
-using qntest::Deliver;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::NetworkFaults;
-using qntest::PlatformCall;
-using qntest::SlotTable;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

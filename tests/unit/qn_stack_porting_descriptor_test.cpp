@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -14,6 +13,7 @@
 
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_porting.h"
+#include "support/forked_process.h"
 #include "support/http_stack.h"
 #include "support/scripted_server.h"
 #include "support/slot_table.h"
@@ -23,16 +23,7 @@ namespace {
 using qntest::SlotTable;
 
 // Runs a check in a child of its own; its result is the child's exit code.
-int InChild(const std::function<int()> &check) {
-  const pid_t child = fork();
-  if (child == 0) {
-    alarm(10);
-    _exit(check());
-  }
-  int status = -1;
-  waitpid(child, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
+int InChild(const std::function<int()> &check) { return qntest::ForkedProcess(check).Wait(); }
 
 bool IsStreamSocket(int fd) {
   int type = 0;
@@ -133,7 +124,6 @@ TEST(QnStackDescriptor, OrdinarySocketIsClosedOnExec) {
 TEST(QnStackDescriptor, TraceOfAProgramWithoutStandardOutputStaysOutOfTheConnection) {
   qntest::ScriptedServer server({qntest::AnswerWith("HTTP/1.0 200 OK\r\n\r\nabc")});
   const std::string host = "127.0.0.1:" + std::to_string(server.port());
-  std::fflush(stdout);
   InChild([&] {
     close(STDOUT_FILENO);
     std::setvbuf(stdout, nullptr, _IONBF, 0);

@@ -17,9 +17,7 @@
 
 namespace {
 
-using qntest::FailWith;
-using qntest::NetworkFaults;
-using qntest::SlotTable;
+using namespace qntest;
 
 volatile sig_atomic_t signals_seen = 0;
 

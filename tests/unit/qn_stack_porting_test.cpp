@@ -21,9 +21,7 @@
 
 namespace {
 
-using qntest::FailWith;
-using qntest::NetworkFaults;
-using qntest::SlotTable;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -42,14 +42,6 @@ TEST_P(QnStackStrDup, StopsAtTheTerminator) {
   fnQN_Free(&copy);
 }
 
-TEST_P(QnStackStrDup, GivesNullForNull) {
-  FailingHeap heap(FailingHeap::kCountOnly);
-
-  EXPECT_EQ(GetParam().copy(nullptr), nullptr);
-
-  EXPECT_EQ(heap.Allocations(), 0);
-}
-
 TEST_P(QnStackStrDup, GivesNullWhenTheHeapRefuses) {
   FailingHeap heap(1);
 

@@ -35,12 +35,6 @@ class QnStackWap : public testing::Test {
 
 TEST_F(QnStackWap, IsOffAtLoadTime) { EXPECT_EQ(kVersionAtLoad, 1); }
 
-TEST_F(QnStackWap, RefusesBeforeItsStart) {
-  EXPECT_EQ(fnQNStack_Wap_Open_Get("h"), nullptr);
-  EXPECT_EQ(fnQNStack_Wap_getState(nullptr), -1);
-  EXPECT_EQ(fnQNStack_Wap_CloseStack(), -1);
-}
-
 TEST_F(QnStackWap, StartsTheHttpStackForVersion2) {
   EXPECT_EQ(fnQNStack_Wap_InitStack(2), 0);
 
@@ -67,37 +61,6 @@ TEST_F(QnStackWap, StartsAfterARefusedVersion) {
   EXPECT_EQ(fnQNStack_Wap_InitStack(2), 0);
 
   EXPECT_EQ(qn::http_net_inited, 1);
-}
-
-TEST_F(QnStackWap, OpensStopsAndFreesAContext) {
-  ASSERT_EQ(fnQNStack_Wap_InitStack(2), 0);
-
-  QNHttpCtx *ctx = fnQNStack_Wap_Open_Get("http://h:81/p");
-
-  ASSERT_NE(ctx, nullptr);
-  EXPECT_STREQ(ctx->hostname, "h");
-  EXPECT_EQ(fnQNStack_Wap_getState(ctx), QN_HTTP_NEW);
-  fnQNStack_Wap_Stop(ctx);
-  EXPECT_EQ(fnQNStack_Wap_getState(ctx), QN_HTTP_STOPPED);
-  FailingHeap heap(FailingHeap::kCountOnly);
-  fnQNStack_Wap_FreeCtx(ctx);
-  EXPECT_GT(heap.Frees(), 0);
-}
-
-TEST_F(QnStackWap, GivesTheHttpClientsResultForANullContext) {
-  ASSERT_EQ(fnQNStack_Wap_InitStack(2), 0);
-
-  EXPECT_EQ(fnQNStack_Wap_getState(nullptr), -1);
-}
-
-TEST_F(QnStackWap, SetsTheProxy) {
-  ASSERT_EQ(fnQNStack_Wap_InitStack(2), 0);
-
-  fnQNStack_Wap_SetProxy("gateway", 8080);
-
-  EXPECT_EQ(fnQNStack_Have_Proxy(), 1);
-  EXPECT_STREQ(qn::http_proxy, "gateway");
-  EXPECT_EQ(qn::http_proxy_port, 8080);
 }
 
 TEST_F(QnStackWap, SwitchedOffLeavesTheHttpStackStarted) {

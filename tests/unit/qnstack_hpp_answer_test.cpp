@@ -18,14 +18,10 @@
 namespace {
 
 using namespace std::string_literals;
+using namespace qntest;
 using qnstack::Context;
 using qnstack::Result;
 using qnstack::State;
-using qntest::Deliver;
-using qntest::FailingHeap;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::Reaction;
 using testing::IsEmpty;
 
 static_assert(qnstack::ResultOf(-1) == Result::kFailed);

@@ -17,11 +17,8 @@
 namespace {
 
 using namespace std::string_literals;
+using namespace qntest;
 using qnstack::Cache;
-using qntest::CachedAnswer;
-using qntest::FilePort;
-using qntest::kFileNoOfNow;
-using qntest::kNow;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

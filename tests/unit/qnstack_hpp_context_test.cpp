@@ -16,14 +16,10 @@
 
 namespace {
 
+using namespace qntest;
 using qnstack::Context;
 using qnstack::Result;
 using qnstack::State;
-using qntest::Deliver;
-using qntest::FailingHeap;
-using qntest::FailWith;
-using qntest::Give;
-using qntest::SlotTable;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

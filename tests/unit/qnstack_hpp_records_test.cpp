@@ -20,8 +20,7 @@
 namespace {
 
 using namespace std::string_literals;
-using qntest::FailingHeap;
-using qntest::FilePort;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

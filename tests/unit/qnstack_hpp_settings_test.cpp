@@ -17,9 +17,8 @@
 namespace {
 
 using namespace std::string_literals;
+using namespace qntest;
 using qnstack::Settings;
-using qntest::FailingHeap;
-using qntest::FilePort;
 using testing::ElementsAre;
 
 static_assert(std::is_nothrow_move_constructible_v<Settings>);

@@ -15,8 +15,7 @@
 
 namespace {
 
-using qntest::FilePort;
-using qntest::MemoryFiles;
+using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;

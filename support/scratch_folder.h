@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A folder of its own for a test, gone with all its content at the end.
-#ifndef QNSTACK_TESTS_SUPPORT_SCRATCH_FOLDER_H
-#define QNSTACK_TESTS_SUPPORT_SCRATCH_FOLDER_H
+#ifndef QNSTACK_SUPPORT_SCRATCH_FOLDER_H
+#define QNSTACK_SUPPORT_SCRATCH_FOLDER_H
 
 #include <string>
 #include <string_view>

@@ -2,8 +2,8 @@
 // Runs a program as a child process for tests: arguments, standard input,
 // pipes or a pseudo terminal behind its output, signals, and a bound on every
 // wait. What is still running when its Process goes out of scope is killed.
-#ifndef QNSTACK_TESTS_SUPPORT_PROCESS_H
-#define QNSTACK_TESTS_SUPPORT_PROCESS_H
+#ifndef QNSTACK_SUPPORT_PROCESS_H
+#define QNSTACK_SUPPORT_PROCESS_H
 
 #include <sys/types.h>
 
