@@ -194,7 +194,8 @@ QN_API int32_t fnQNFS_Time_IsValid(uint32_t year, uint32_t month, uint32_t day, 
                                    uint32_t minute, uint32_t second);
 
 /**
- * Reads the local time: the system's raw fields, with `extra` 0.
+ * Reads the local time: the system's raw fields, with `extra` 0. All are 0 if the
+ * system cannot tell them.
  *
  * @param t receives them; NULL receives nothing.
  * @return @p t.

@@ -23,11 +23,13 @@
  * "1.e+10"), and "%f" is wrong from 1e80 on.
  *
  * APR does not know "%zu", "%zd", "%hhd", "%jd", "%td", "%a", "%F", "%Lf", "%'d",
- * a bare "%p", or positions such as "%1$s", and where a `long` has 64 bits it does
- * not know "%lld" and "%llu". It writes such a conversion as text and does not
- * take its argument. The next conversion then gets the wrong argument, and a "%s"
- * behind it crashes. A compiler does not warn of this: the functions carry no
- * `printf` attribute, which would promise all of C's conversions. Cast instead:
+ * or positions such as "%1$s", and where a `long` has 64 bits it does not know
+ * "%lld" and "%llu". It writes such a conversion as text and does not take its
+ * argument. The next conversion then gets the wrong argument, and a "%s" behind it
+ * crashes. For a bare "%p" it writes "bogus %p"; that takes its argument and leaves
+ * out the character behind it. A conversion that the end of the format cuts is left
+ * out. A compiler does not warn of this: the functions carry no `printf` attribute,
+ * which would promise all of C's conversions. Cast instead:
  *
  * | Instead of | Write |
  * |---|---|

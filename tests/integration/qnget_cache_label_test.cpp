@@ -8,6 +8,7 @@
 #include "options.h"
 #include "request.h"
 #include "shown_time.h"
+#include "support/scripted_clock.h"
 
 namespace qntest {
 namespace {
@@ -114,6 +115,15 @@ TEST(QngetShownAge, IsInTheLargestUnit) {
   EXPECT_EQ(qnget::ShownAge(86399), "23 h");
   EXPECT_EQ(qnget::ShownAge(86400), "1 day");
   EXPECT_EQ(qnget::ShownAge(172800), "2 days");
+}
+
+TEST(QngetShownDate, IsADashWhereTheSystemHasNoLocalTime) {
+  ScriptedClock clock({2026, 11, 22, 9, 5, 59});
+  EXPECT_EQ(qnget::ShownDate(1), "2026-11-22 09:05");
+
+  clock.RefuseLocal();
+
+  EXPECT_EQ(qnget::ShownDate(1), "-");
 }
 
 }  // namespace

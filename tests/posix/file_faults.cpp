@@ -53,6 +53,7 @@ namespace {
 
 FileFaults *active = nullptr;
 int resolving_error = 0;
+bool entries_have_kinds = true;
 
 bool TakesSpace(std::string_view name) {
   constexpr std::array<std::string_view, 5> kTaking = {"write", "fsync", "fdatasync", "linkat",
@@ -159,6 +160,10 @@ FileFaults::~FileFaults() { active = nullptr; }
 NoResolving::NoResolving(int error) { resolving_error = error; }
 
 NoResolving::~NoResolving() { resolving_error = 0; }
+
+NoEntryKinds::NoEntryKinds() { entries_have_kinds = false; }
+
+NoEntryKinds::~NoEntryKinds() { entries_have_kinds = true; }
 
 }  // namespace qntest
 
@@ -290,11 +295,14 @@ DIR *__wrap_fdopendir(int fd) {
 }
 
 dirent *__wrap_readdir(DIR *entries) {
-  return FileCalls::Make("readdir", [=] { return __real_readdir(entries); });
+  dirent *entry = FileCalls::Make("readdir", [=] { return __real_readdir(entries); });
+  if (entry != nullptr && !qntest::entries_have_kinds) entry->d_type = DT_UNKNOWN;
+  return entry;
 }
 
 int __wrap_closedir(DIR *entries) {
-  return FileCalls::Close("closedir", [=] { return __real_closedir(entries); });
+  return FileCalls::Close("closedir",
+                          [=] { return qntest::NotClosedTwice(__real_closedir(entries)); });
 }
 
 }  // extern "C"

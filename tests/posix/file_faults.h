@@ -88,6 +88,16 @@ class NoResolving {
   NoResolving &operator=(const NoResolving &) = delete;
 };
 
+// While it lives no entry of a folder tells of what kind it is, as on some file
+// systems. One at a time.
+class NoEntryKinds {
+ public:
+  NoEntryKinds();
+  ~NoEntryKinds();
+  NoEntryKinds(const NoEntryKinds &) = delete;
+  NoEntryKinds &operator=(const NoEntryKinds &) = delete;
+};
+
 }  // namespace qntest
 
 #endif

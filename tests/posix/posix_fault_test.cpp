@@ -2,9 +2,12 @@
 // Guards single operations against failing calls: what reports success has done
 // all of it, what reports failure has left the old content.
 #include <gmock/gmock.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <functional>
+#include <string_view>
 
 #include "posix/file_faults.h"
 #include "posix/posix_root.h"
@@ -13,6 +16,9 @@
 namespace {
 
 using namespace qntest;
+
+// The system moves fewer bytes than it was asked to: one, or none before a signal.
+constexpr FileFault kMovingFewer[] = {{FaultKind::kShort, 0, 0}, {FaultKind::kFail, 0, EINTR}};
 
 class PosixFault : public PosixRoot {
  protected:
@@ -31,6 +37,24 @@ class PosixFault : public PosixRoot {
                                << (done ? " succeeded" : " failed");
     }
     EXPECT_GT(fault.at, 5);
+  }
+
+  // The number of the first call of that name which `act` makes.
+  static int NumberOf(std::string_view name, const std::function<void()> &act) {
+    FileFaults faults;
+    act();
+    const auto &names = faults.Names();
+    const auto first = std::find(names.begin(), names.end(), name);
+    EXPECT_NE(first, names.end());
+    return static_cast<int>(first - names.begin()) + 1;
+  }
+
+  // Runs `act` with the fault at its first call of that name.
+  static void UnderFaultOf(std::string_view name, FileFault fault,
+                           const std::function<void()> &act) {
+    fault.at = NumberOf(name, act);
+    FileFaults faults(fault);
+    act();
   }
 
   // How many failing closes let `act` fail.
@@ -84,15 +108,10 @@ TEST_F(PosixFault, DelAllThatSucceedsLeavesNothing) {
 
 TEST_F(PosixFault, DelAllMindsNoFileThatHasGoneMeanwhile) {
   folder_.write("x", "old");
-  FileFault fault = {FaultKind::kFail, 1, ENOENT};
-  {
-    FileFaults faults;
-    ASSERT_EQ(fnQNFS_DelAllFiles("/"), 1);
-    while (faults.Names()[static_cast<size_t>(fault.at) - 1] != "unlinkat") ++fault.at;
-  }
+  const int at = NumberOf("unlinkat", [] { EXPECT_EQ(fnQNFS_DelAllFiles("/"), 1); });
   folder_.write("x", "old");
 
-  FileFaults faults(fault);
+  FileFaults faults({FaultKind::kFail, at, ENOENT});
   EXPECT_EQ(fnQNFS_DelAllFiles("/"), 1);
 }
 
@@ -108,6 +127,40 @@ TEST_F(PosixFault, CloseErrorsFailWhatMovesBytes) {
   EXPECT_EQ(CloseFailures([] { return fnQNFS_CopyFile("x", "y") == 1; }), 1);
   EXPECT_EQ(CloseFailures([] { return ReadText("y", 10) == "new"; }), 1);
   EXPECT_EQ(CloseFailures([&] { return fnQNFS_ReadFromFileAtPos("y", 0, 3, bytes) == 3; }), 1);
+}
+
+TEST_F(PosixFault, SecondCloseOfADescriptorEndsTheProgram) {
+  EXPECT_EQ(StatusOf([] { close(dup(STDERR_FILENO)); }), 0);
+  EXPECT_EQ(StatusOf([] {
+              const int fd = dup(STDERR_FILENO);
+              close(fd);
+              close(fd);
+            }),
+            -1);
+}
+
+TEST_F(PosixFault, WriteAtAPositionGoesOnBehindWhatTheSystemWrote) {
+  for (const FileFault &fault : kMovingFewer) {
+    UnderFaultOf("write", fault, [this] {
+      folder_.write("x", "abcdef");
+      EXPECT_EQ(fnQNFS_WriteToFileAtPos("WXYZ", 4, 1, "x"), 4);
+    });
+
+    EXPECT_EQ(folder_.read("x"), "aWXYZf");
+  }
+}
+
+TEST_F(PosixFault, ReadAtAPositionGoesOnBehindWhatTheSystemRead) {
+  folder_.write("x", "abcdef");
+  for (const FileFault &fault : kMovingFewer) {
+    char bytes[] = "??????";
+    UnderFaultOf("read", fault, [&bytes] {
+      std::fill_n(bytes, 6, '?');
+      EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 1, 4, bytes), 4);
+    });
+
+    EXPECT_STREQ(bytes, "bcde??");
+  }
 }
 
 }  // namespace

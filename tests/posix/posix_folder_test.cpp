@@ -116,6 +116,21 @@ TEST_F(PosixFolder, DelAllTakesLinksAndNotWhatTheyLeadTo) {
   EXPECT_EQ(folder_.read("other/x"), "content");
 }
 
+TEST_F(PosixFolder, DelAllKnowsFilesFromFoldersWhereTheEntriesDoNotTell) {
+  MakeFolder("ca/sub");
+  folder_.write("ca/x", "content");
+  MakeLink("ca/link", "sub");
+
+  {
+    const NoEntryKinds kinds;
+    EXPECT_EQ(fnQNFS_DelAllFiles("ca"), 1);
+  }
+
+  EXPECT_FALSE(Exists("ca/x"));
+  EXPECT_FALSE(Exists("ca/link"));
+  EXPECT_TRUE(Exists("ca/sub"));
+}
+
 TEST_F(PosixFolder, DelAllOfManyFilesTakesThemAll) {
   MakeFolder("ca");
   for (int i = 0; i < 600; ++i) folder_.write("ca/" + std::to_string(i), "x");
@@ -127,9 +142,11 @@ TEST_F(PosixFolder, DelAllOfManyFilesTakesThemAll) {
 
 TEST_F(PosixFolder, DelAllOfNoFolderFails) {
   folder_.write("x", "content");
+  MakeFifo("fifo");
 
   EXPECT_EQ(fnQNFS_DelAllFiles("none"), 0);
   EXPECT_EQ(fnQNFS_DelAllFiles("x"), 0);
+  EXPECT_EQ(fnQNFS_DelAllFiles("fifo"), 0);
   EXPECT_EQ(fnQNFS_DelAllFiles(nullptr), 0);
 
   EXPECT_EQ(folder_.read("x"), "content");

@@ -2,6 +2,7 @@
 // Guards which names reach a file and which are refused: where the kernel
 // resolves them beneath the root, and where it cannot or is not asked and they
 // are walked.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -147,6 +148,26 @@ TEST_P(PosixNames, OfNoFileAreRefused) {
   }
   EXPECT_EQ(folder_.read("inside"), "inside");
   EXPECT_THAT(folder_.names(), ElementsAre("folder", "inside"));
+}
+
+// A folder that cannot be opened has no descriptor; 0 is the program's own.
+TEST_P(PosixNames, InAMissingFolderLeaveStandardInputAlone) {
+  folder_.write("inside", "inside");
+  folder_.write("input", "typed in");
+
+  EXPECT_TRUE(HoldsInChild([this] {
+    const int input = open(folder_.path("input").c_str(), O_RDONLY);
+    ASSERT_EQ(dup2(input, STDIN_FILENO), STDIN_FILENO);
+    for (const char *name : {"none/x", "none/sub/x", "inside/x", "inside/sub/x"}) {
+      ExpectRefused(name);
+      EXPECT_EQ(fnQNFS_DeleteFile(name), 0);
+      EXPECT_EQ(fnQNFS_DelAllFiles(name), 0);
+      EXPECT_EQ(fnQNFS_RmDir(name), 0);
+    }
+    char typed[16] = "";
+    EXPECT_EQ(read(STDIN_FILENO, typed, sizeof typed - 1), 8);
+    EXPECT_STREQ(typed, "typed in");
+  }));
 }
 
 TEST_P(PosixNames, ThatAreTooLongAreRefused) {

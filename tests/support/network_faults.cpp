@@ -155,6 +155,7 @@ struct NetworkCalls {
   }
 
   static ssize_t Send(NetworkFaults &faults, int fd, const void *bytes, size_t count, int flags) {
+    if (faults.during_send_) faults.during_send_();
     const Reaction reaction = faults.NextReaction("send");
     std::int64_t sent = 0;
     if (!Scripted(reaction, sent)) {

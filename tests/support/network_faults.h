@@ -80,6 +80,9 @@ class NetworkFaults {
   // Connecting to that address and port reaches a local port.
   void Route(std::string_view address, std::uint16_t port, std::uint16_t local_port);
 
+  // Called within every send, before the platform's.
+  void DuringSend(std::function<void()> action) { during_send_ = std::move(action); }
+
   // Called after every recv, in the thread that made it.
   void AfterReceive(std::function<void()> action) { after_receive_ = std::move(action); }
 
@@ -103,6 +106,7 @@ class NetworkFaults {
   std::map<std::string, std::deque<Reaction>, std::less<>> scripts_;
   std::map<std::string, std::vector<std::string>> hosts_;
   std::map<std::string, std::uint16_t> routes_;  // by "address:port"
+  std::function<void()> during_send_;
   std::function<void()> after_receive_;
   std::vector<PlatformCall> calls_;
   int made_up_ = kFirstMadeUpDescriptor;

@@ -53,6 +53,10 @@ void RecordingFilePort::Answer(std::string_view function, int32_t result, int nt
   failures_.push_back({std::string(function), nth, false, {.answer = result}});
 }
 
+void RecordingFilePort::Report(std::string_view function, int32_t count, int nth) {
+  failures_.push_back({std::string(function), nth, false, {.count = count}});
+}
+
 FileOutcome RecordingFilePort::NextOutcome(std::string_view function) {
   FileOutcome outcome;
   for (Failure &failure : failures_) {

@@ -41,6 +41,7 @@ struct FileOutcome {
   size_t kept = 0;  // bytes that a failing write leaves behind when it is torn
   bool torn = false;
   std::optional<int32_t> answer = {};  // given at once, with nothing done
+  std::optional<int32_t> count = {};   // reported in place of the right one
 };
 
 class RecordingFilePort {
@@ -72,6 +73,10 @@ class RecordingFilePort {
   // The nth following call of that primitive does nothing and gives `result`.
   // For isFileExisted, getFileSize, ReadFromFile, WriteToFile and AppendToFile.
   void Answer(std::string_view function, int32_t result, int nth = 1);
+
+  // The nth following call of that primitive does its work and stores `count` as
+  // the number of bytes. For ReadFromFile.
+  void Report(std::string_view function, int32_t count, int nth = 1);
 
   // The following calls succeed again.
   void ClearFailures() { failures_.clear(); }

@@ -206,8 +206,9 @@ int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination
   if (outcome.fails || !content || maximum < 0 || destination == nullptr || count == nullptr) {
     return -1;
   }
-  *count = static_cast<int32_t>(
-      content->copy(static_cast<char *>(destination), static_cast<size_t>(maximum)));
+  const size_t taken =
+      content->copy(static_cast<char *>(destination), static_cast<size_t>(maximum));
+  *count = outcome.count.value_or(static_cast<int32_t>(taken));
   return 0;
 }
 

@@ -11,6 +11,7 @@ namespace {
 struct ClockState {
   std::time_t seconds = qntest::ScriptedClock::kStart;
   std::tm local = {};
+  bool refuses_local = false;
   std::size_t readings = 0;
   std::vector<std::time_t> converted;
   std::vector<unsigned> seeds;
@@ -64,7 +65,7 @@ std::tm *__wrap_localtime_r(const std::time_t *seconds, std::tm *fields) {
   if (!scripted) return __real_localtime_r(seconds, fields);
   state.converted.push_back(*seconds);
   *fields = state.local;
-  return fields;
+  return state.refuses_local ? nullptr : fields;
 }
 
 void __wrap_tzset(void) {
@@ -101,6 +102,8 @@ ScriptedClock::ScriptedClock(const LocalMoment &local) {
 ScriptedClock::~ScriptedClock() { scripted = false; }
 
 void ScriptedClock::SetLocal(const LocalMoment &local) { state.local = FieldsOf(local); }
+
+void ScriptedClock::RefuseLocal() { state.refuses_local = true; }
 
 void ScriptedClock::SetSeconds(std::time_t seconds) { state.seconds = seconds; }
 

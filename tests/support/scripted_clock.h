@@ -35,6 +35,9 @@ class ScriptedClock {
   // zone of the machine and the seconds that are converted.
   void SetLocal(const LocalMoment &local);
 
+  // From here on every such conversion fails, and leaves some of its fields set.
+  void RefuseLocal();
+
   // What time() gives from here on; kStart at first.
   void SetSeconds(std::time_t seconds);
 

@@ -3,6 +3,7 @@
 #include "support/wrapped_close.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 
 #include "support/call_faults.h"
@@ -29,14 +30,20 @@ ScopedClose::ScopedClose(CloseFunction close) {
 
 ScopedClose::~ScopedClose() { active = nullptr; }
 
-int CloseDescriptor(int fd) { return __real_close(fd); }
+int CloseDescriptor(int fd) { return NotClosedTwice(__real_close(fd)); }
+
+int NotClosedTwice(int result) {
+  if (result == 0 || errno != EBADF) return result;
+  std::fputs("a descriptor that is not open is closed\n", stderr);
+  std::abort();
+}
 
 }  // namespace qntest
 
 extern "C" int __wrap_close(int fd) {
   const bool fails = qntest::CallFaults::Fail(qntest::kNetworkCalls | qntest::kFileCalls, "close");
   const int error = errno;
-  const int result = qntest::active != nullptr ? qntest::active(fd) : __real_close(fd);
+  const int result = qntest::active != nullptr ? qntest::active(fd) : qntest::CloseDescriptor(fd);
   if (!fails) return result;
   errno = error;
   return -1;

@@ -22,6 +22,11 @@ class ScopedClose {
 // The system's close().
 int CloseDescriptor(int fd);
 
+// Passes on what a call that closes a descriptor gave. One that was not open has
+// been closed twice, and in a program with threads the second close may hit another's
+// file: that ends the program.
+int NotClosedTwice(int result);
+
 }  // namespace qntest
 
 #endif

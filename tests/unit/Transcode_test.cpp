@@ -139,6 +139,20 @@ TEST(TranscodeStream, EveryLengthWithAndWithoutARunOfAscii) {
   }
 }
 
+// Which bytes are zero says in which order a unit is ASCII.
+TEST(TranscodeStream, EveryPatternOfZerosAmongEightAsciiBytes) {
+  for (const char byte : {'\x01', 'A', '\x7F'}) {
+    for (uint32_t pattern = 0; pattern < 256; ++pattern) {
+      std::string bytes(8, '\0');
+      for (uint32_t i = 0; i < 8; ++i) {
+        if ((pattern >> i & 1U) != 0) bytes[i] = byte;
+      }
+      ASSERT_EQ(Encode(BigEndianUCS2toUTF8, bytes), ReferenceStream(bytes, true)) << pattern;
+      ASSERT_EQ(Encode(LitEndianUCS2toUTF8, bytes), ReferenceStream(bytes, false)) << pattern;
+    }
+  }
+}
+
 TEST(TranscodeStream, OddLengthTakesTheByteBehindIt) {
   std::array<char, 8> out = {};
 

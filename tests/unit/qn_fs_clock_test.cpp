@@ -108,6 +108,23 @@ TEST(GetTimeSeconds, IsNegativeFor20YearsAndPositiveAfter) {
   }
 }
 
+TEST(GetTimeSeconds, CountsZerosWhereTheSystemHasNoLocalTime) {
+  ScriptedClock clock(kNoonInJune);
+  clock.RefuseLocal();
+  const QNTime zeros = {};
+
+  EXPECT_EQ(GETTIMESECONDS(), static_cast<int32_t>(JULIANTOSECONDS(&zeros)));
+}
+
+// That is what a clock that fails gives.
+TEST(GetTimeSeconds, TakesMinusOneForATimeAsAnyOther) {
+  ScriptedClock clock(kNoonInJune);
+  clock.SetSeconds(-1);
+
+  EXPECT_EQ(GETTIMESECONDS(), -644084928);
+  EXPECT_EQ(clock.Converted(), std::vector<std::time_t>{-1});
+}
+
 TEST(QnFsGetLocalTime, IsTheSameCount) {
   const ScriptedClock clock(kNoonInJune);
 
@@ -163,6 +180,18 @@ TEST_P(QnFsLocalTime, GivesTheRawFields) {
   EXPECT_EQ(t.second, 44U);
   EXPECT_EQ(t.extra, 0U);
   EXPECT_EQ(clock.Readings(), 1U);
+}
+
+TEST_P(QnFsLocalTime, IsAllZerosWhereTheSystemHasNone) {
+  ScriptedClock clock(kNoonInJune);
+  clock.RefuseLocal();
+  QNTime t = {9, 9, 9, 9, 9, 9, 9};
+
+  EXPECT_EQ(GetParam()(&t), &t);
+
+  for (const uint32_t field : {t.year, t.month, t.day, t.hour, t.minute, t.second, t.extra}) {
+    EXPECT_EQ(field, 0U);
+  }
 }
 
 TEST_P(QnFsLocalTime, IsTheTimeOfTheMachine) {
@@ -225,9 +254,11 @@ TEST(GetRand, SeedsWithTheLow32BitsOfTheTime) {
   GETRAND(&byte, 1);
   clock.SetSeconds(0x1'8000'0007);
   GETRAND(&byte, 1);
+  clock.SetSeconds(-1);  // a clock that fails
+  GETRAND(&byte, 1);
 
-  EXPECT_EQ(clock.Seeds(), (std::vector<unsigned>{ScriptedClock::kStart, 0x8000'0007U}));
-  EXPECT_EQ(clock.Readings(), 2U);
+  EXPECT_EQ(clock.Seeds(), (std::vector<unsigned>{ScriptedClock::kStart, 0x8000'0007U, UINT_MAX}));
+  EXPECT_EQ(clock.Readings(), 3U);
 }
 
 TEST(GetRand, LeavesTheGeneratorAloneForNull) {

@@ -240,6 +240,15 @@ TEST_F(QnFsBufferLoad, ThatGivesNoCountIsAnEmptyBufferAndASuccess) {
   EXPECT_THAT(buffer_.Places(), Pair(-1, -1));
 }
 
+TEST_F(QnFsBufferLoad, HoldsNoMoreThanItAskedForWhateverThePortReports) {
+  Files().Write(kName, "content");
+  FilePort().Report("ReadFromFile", kHighest);
+
+  EXPECT_EQ(Load(), 1);
+
+  EXPECT_THAT(buffer_.Places(), Pair(-1, 10006));
+}
+
 TEST_F(QnFsBufferLoad, TakesEveryAnswerButZeroForAFailure) {
   Files().Write(kName, "content");
   for (const int32_t answer : {-1, 1, 7, -2}) {
@@ -286,6 +295,16 @@ TEST_F(QnFsBufferLoad, ReadsARestoredBackupThatOutgrowsTheStorage) {
   EXPECT_EQ(FilePort().Calls().back(), "ReadFromFile(/abc, 40000)");
   EXPECT_THAT(buffer.Places(), Pair(-1, 29999));
   EXPECT_EQ(Held(buffer), old);
+}
+
+TEST_F(QnFsBufferLoad, HoldsNoMoreOfAnOutgrownFileThanItAskedFor) {
+  Files().Write(kName, LongContent(30000));
+  FilePort().Report("ReadFromFile", kHighest);
+  TypedBuffer buffer(10004);
+
+  EXPECT_EQ(fnQNFS_Load_File_To_Buffer(kName, buffer.get()), 1);
+
+  EXPECT_THAT(buffer.Places(), Pair(-1, 39999));
 }
 
 TEST_F(QnFsBufferLoad, KeepsTheStorageThatIsLargeEnoughForTheContent) {

@@ -2,10 +2,15 @@
 // Guards which conversions of C the formatting functions have, what stands for
 // those that they have not, and what becomes of one that they do not know.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <cinttypes>
 #include <cstdint>
+#include <cstdlib>
+#include <cstring>
 #include <string>
+#include <string_view>
 
 #include "qnstack/qn_snprintf.h"
 
@@ -17,6 +22,29 @@ std::string Formatted(const char *format, Arguments... arguments) {
   fnQNRTL_snprintf(text, sizeof text, format, arguments...);
   return text;
 }
+
+// A text whose terminator is the last byte that the program may read.
+class TextAtTheEndOfMemory {
+ public:
+  explicit TextAtTheEndOfMemory(const std::string &text)
+      : page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))),
+        pages_(static_cast<char *>(
+            mmap(nullptr, 2 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
+    if (pages_ == MAP_FAILED || mprotect(pages_ + page_, page_, PROT_NONE) != 0) std::abort();
+    text_ = pages_ + page_ - (text.size() + 1);
+    std::memcpy(text_, text.c_str(), text.size() + 1);
+  }
+  ~TextAtTheEndOfMemory() { munmap(pages_, 2 * page_); }
+  TextAtTheEndOfMemory(const TextAtTheEndOfMemory &) = delete;
+  TextAtTheEndOfMemory &operator=(const TextAtTheEndOfMemory &) = delete;
+
+  const char *Get() const { return text_; }
+
+ private:
+  const size_t page_;
+  char *const pages_;
+  char *text_;
+};
 
 TEST(QnSnprintfConversions, HaveTheIntegersOfC) {
   EXPECT_EQ(Formatted("%d %i %u %x %X %o", -1, -2, 3U, 255U, 255U, 8U), "-1 -2 3 ff FF 10");
@@ -53,6 +81,34 @@ TEST(QnSnprintfConversions, ThatAreNotKnownAreTextAndTakeNoArgument) {
 
     EXPECT_NE(shown.find('%'), std::string::npos) << unknown;
     EXPECT_EQ(shown.substr(shown.size() - 2), "|7") << unknown;
+  }
+}
+
+TEST(QnSnprintfConversions, OfEveryOtherLetterAreThatLetterAsText) {
+  // The letters of conversions, what may stand before one, and 'p', which has two.
+  constexpr std::string_view kKnown = "diuxXofeEgGscnhlqp";
+  for (const std::string_view letters :
+       {"abcdefghijklmnopqrstuvwxyz", "ABCDEFGHIJKLMNOPQRSTUVWXYZ"}) {
+    for (const char letter : letters) {
+      if (kKnown.find(letter) != std::string_view::npos) continue;
+      const std::string conversion = std::string("%") + letter;
+
+      EXPECT_EQ(Formatted((conversion + "|%d").c_str(), 7), conversion + "|7");
+    }
+  }
+}
+
+TEST(QnSnprintfConversions, OfABarePointerTakeItAndTheCharacterBehindThem) {
+  const void *pointer = nullptr;
+
+  EXPECT_EQ(Formatted("%p|%d", pointer, 7), "bogus %p7");
+}
+
+TEST(QnSnprintfConversions, ThatTheFormatCutsAreLeftOutAndNothingIsReadBehindIt) {
+  for (const char *cut : {"%", "%5", "%-", "%+", "%0", "%.", "%.3", "%l", "%h", "%-05.3l", "%p"}) {
+    const TextAtTheEndOfMemory format(std::string("abc") + cut);
+
+    EXPECT_EQ(Formatted(format.Get(), 7), "abc") << cut;
   }
 }
 

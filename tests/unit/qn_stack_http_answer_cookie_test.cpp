@@ -67,7 +67,9 @@ TEST_F(QnStackHttpAnswerCookie, LineHasTwoNamesInAnyCase) {
 TEST_F(QnStackHttpAnswerCookie, OtherNamesStoreNothing) {
   for (const std::string line :
        {"Set-Cookie3: a=1", "Cookie: a=1", "X-Set-Cookie: a=1", "Set-Cookie a=1",
-        " Set-Cookie: a=1", "SetCookie: a=1", "Set-Cookie : a=1"}) {
+        " Set-Cookie: a=1", "SetCookie: a=1", "Set-Cookie : a=1", "X-Set-Cookie2: a=1",
+        "Set-Cookie2 a=1", " Set-Cookie2: a=1", "SetCookie2: a=1", "Set-Cookie2 : a=1",
+        "Set-Cookie2x: a=1", "Set-Cookie22: a=1"}) {
     SCOPED_TRACE(line);
     ParseLines(line);
     EXPECT_THAT(CookiesInJar(), IsEmpty());

@@ -57,6 +57,19 @@ TEST_P(QnStackHttpLoad, AsksForTheStartOfTheFileInOneCall) {
   EXPECT_THAT(FilePort().Calls(), ElementsAre("ReadFromFile(/saved, 4000)"));
 }
 
+TEST_P(QnStackHttpLoad, TakesAFileOfOneByte) {
+  FilePort().files().Write("/saved", "x");
+  EXPECT_EQ(Load("/saved"), 0);
+  EXPECT_EQ(Filled(), "x");
+}
+
+TEST_P(QnStackHttpLoad, TakesNoMoreThanItAskedForWhateverThePortReports) {
+  FilePort().files().Write("/saved", std::string(kMostBytes, 'x'));
+  FilePort().Report("ReadFromFile", kMostBytes + 1);
+  EXPECT_EQ(Load("/saved"), 0);
+  EXPECT_EQ(Filled(), std::string(kMostBytes, 'x'));
+}
+
 TEST_P(QnStackHttpLoad, TakesFourThousandBytesAtMost) {
   const std::string bytes = std::string(kMostBytes, 'a') + "b";
   FilePort().files().Write("/exact", std::string(kMostBytes, 'e'));

@@ -303,6 +303,19 @@ TEST_F(RecordingFilePortTest, GivesTheChosenAnswerWithNothingDone) {
   EXPECT_EQ(Content("/a"), "content");
 }
 
+TEST_F(RecordingFilePortTest, ReportsTheChosenCountOfARead) {
+  Files().Write("/a", "content");
+  char bytes[] = "???";
+  int32_t count = 77;
+  FilePort().Report("ReadFromFile", 9);
+
+  EXPECT_EQ(fnQNFS_ReadFromFile("/a", 2, bytes, &count), 0);
+  EXPECT_EQ(count, 9);
+  EXPECT_STREQ(bytes, "co?");
+  EXPECT_EQ(fnQNFS_ReadFromFile("/a", 2, bytes, &count), 0);
+  EXPECT_EQ(count, 2);
+}
+
 TEST_F(RecordingFilePortTest, TearsWritesAfterTheirFirstBytes) {
   Files().Write("/w", "old");
   Files().Write("/a", "old");

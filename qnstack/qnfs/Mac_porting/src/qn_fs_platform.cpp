@@ -13,7 +13,8 @@ QNTime qn::platform::LocalTime() {
   zone_is_read = true;
   const time_t now = time(nullptr);
   tm local = {};
-  localtime_r(&now, &local);
+  // A call that fails may have set some of the fields.
+  if (localtime_r(&now, &local) == nullptr) local = {};
   const auto field = [](int value) { return static_cast<uint32_t>(value); };
   return {field(local.tm_year),
           field(local.tm_mon),
