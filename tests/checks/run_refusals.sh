@@ -77,6 +77,10 @@ expect_one_sentence 2 "'full' takes seconds, not 'x'" full x
 expect_one_sentence 2 "'full' takes no second word, '6'" full 5 6
 expect_one_sentence 2 "'fuzz' takes seconds, not '0'" fuzz 0
 expect_one_sentence 2 "there is no fuzzer 'nothing'" fuzz 5 url nothing
+expect_one_sentence 2 "'mutants' takes a number of faults, not 'some'" mutants some
+expect_one_sentence 2 "'mutants' takes a number of faults, not '0'" mutants 0
+expect_one_sentence 2 "'mutants' takes a number as its seed, not 'x'" mutants 60 x
+expect_one_sentence 2 "'mutants' takes no third word, '7'" mutants 60 5 7
 expect 2 "no command 'demos'" demos
 expect_nothing_installed
 

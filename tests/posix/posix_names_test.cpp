@@ -79,6 +79,30 @@ TEST_F(PosixPortWay, IsTheOneThatThisProgramIsAbout) {
   EXPECT_THAT(calls.Names(), Contains("openat2").Times(kPortAsksTheKernel ? 1 : 0));
 }
 
+TEST_F(PosixPortWay, AsksTheKernelAgainAfterARenameOrASignal) {
+  if (!kPortAsksTheKernel) GTEST_SKIP() << "this port does not ask the kernel";
+  folder_.write("x", "content");
+  for (const int error : {EAGAIN, EINTR}) {
+    SCOPED_TRACE(std::strerror(error));
+    FileFaults calls({FaultKind::kFail, 2, error});
+
+    EXPECT_EQ(ReadText("x"), "content");
+
+    EXPECT_EQ(calls.Names().at(1), "openat2");
+    EXPECT_THAT(calls.Names(), Contains("openat2").Times(2));
+  }
+}
+
+TEST_F(PosixPortWay, AsksTheKernelSixteenTimesAtMost) {
+  if (!kPortAsksTheKernel) GTEST_SKIP() << "this port does not ask the kernel";
+  folder_.write("x", "content");
+  const FileFaults calls({FaultKind::kFailOnwards, 2, EAGAIN});
+
+  EXPECT_EQ(ReadText("x"), "(failure)");
+
+  EXPECT_THAT(calls.Names(), Contains("openat2").Times(16));
+}
+
 TEST_P(PosixNames, AreTakenBelowTheRoot) {
   ASSERT_EQ(fnQNFS_MkDir("/wap/ca/"), 1);
 

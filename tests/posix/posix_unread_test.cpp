@@ -110,6 +110,22 @@ TEST_F(PosixUnread, FilesInAnyNumberAreNotWritten) {
   }
 }
 
+TEST_F(PosixUnread, FilesUpToSixtyFourLeaveOthersToBeWritten) {
+  constexpr int kMostNames = 64;
+  folder_.write("read", "content");
+  for (int i = 0; i <= kMostNames; ++i) folder_.write(std::to_string(i), "content");
+  const auto fail_to_read = [](int i) {
+    const std::string name = std::to_string(i);
+    WithFailing("read", EIO, [&] { ReadText(name.c_str()); });
+  };
+
+  for (int i = 0; i < kMostNames; ++i) fail_to_read(i);
+  EXPECT_EQ(WriteText("read", "new"), 3);
+
+  fail_to_read(kMostNames);
+  EXPECT_EQ(WriteText("read", "newer"), -1) << "which files they are is no longer known";
+}
+
 TEST_F(PosixUnread, SettingsAreKept) {
   ASSERT_TRUE(WriteSetting("key", "value"));
   QNList list = {};
