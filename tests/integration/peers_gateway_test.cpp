@@ -9,6 +9,7 @@
 #include "integration/peers_exchange.h"
 #include "integration/peers_servers.h"
 #include "support/captured_output.h"
+#include "support/loopback.h"
 
 namespace qntest {
 namespace {

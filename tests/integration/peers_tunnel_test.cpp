@@ -10,6 +10,7 @@
 #include "integration/peers_servers.h"
 #include "qnstack/qn_stack_http.h"
 #include "support/captured_output.h"
+#include "support/loopback.h"
 
 namespace qntest {
 namespace {
