@@ -16,8 +16,6 @@
 
 namespace {
 
-using qn::platform::kSocketFailed;
-
 // POSIX.1-2008 has no flag that makes a socket close-on-exec from the beginning.
 // Without it a program that another thread starts at that moment inherits it.
 #if defined(SOCK_CLOEXEC) && !defined(QNSTACK_PLAIN_POSIX)
