@@ -52,7 +52,7 @@ int KeepStandardOutput() {
   const int copy = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   int spare = open("/dev/null", O_RDWR);
   while (spare >= 0 && spare <= STDERR_FILENO) spare = open("/dev/null", O_RDWR);
-  close(spare);
+  if (spare >= 0) close(spare);
   return copy;
 }
 

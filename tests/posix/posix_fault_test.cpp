@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <functional>
 #include <string_view>
 
@@ -136,7 +137,7 @@ TEST_F(PosixFault, SecondCloseOfADescriptorEndsTheProgram) {
               close(fd);
               close(fd);
             }),
-            -1);
+            -SIGABRT);
 }
 
 TEST_F(PosixFault, WriteAtAPositionGoesOnBehindWhatTheSystemWrote) {
