@@ -55,6 +55,7 @@ constexpr Held kHeld[] = {
     {"strings/(strlen|strchr|strcmp|memcmp|strcpy|memcpy|memset|strstr|atoi)\\b.*",
      "the C library's function of that name"},
     {"strings/(copy on the heap,|strdup\\b).*", "strlen(), malloc() and memcpy(), as in strdup()"},
+    {"strings/memstr .*", "memmem()"},
     {"strings/begins with", "strlen() and strncmp()"},
     {"strings/.* zeroed bytes from the heap", "calloc()"},
     {"strings/strncat, .*", "a block of n + 1 bytes is taken first: NULL says that there was none"},

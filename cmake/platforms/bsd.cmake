@@ -10,8 +10,8 @@ set(platform_sources
   ${PROJECT_SOURCE_DIR}/qnstack/qnshare/Mac_porting/src/qn_share_platform.cpp)
 set(platform_runs_programs ON)
 if(QNSTACK_PLAIN_POSIX)
-  set_source_files_properties(${PROJECT_SOURCE_DIR}/qnstack/Mac_porting/src/qn_stack_platform.cpp
-    PROPERTIES COMPILE_DEFINITIONS QNSTACK_PLAIN_POSIX)
+  set_source_files_properties(${platform_sources} PROPERTIES
+    COMPILE_DEFINITIONS QNSTACK_PLAIN_POSIX)
 endif()
 
 # The library qnstack_posix keeps files.

@@ -10,8 +10,6 @@
 
 namespace {
 
-using qn::platform::kSocketFailed;
-
 DeviceNetwork network = {};
 int32_t last_connection = 0;
 

@@ -5,7 +5,8 @@
 set(platform_sources
   ${CMAKE_CURRENT_LIST_DIR}/device_sockets.cpp
   ${CMAKE_CURRENT_LIST_DIR}/device_clock.cpp
-  ${PROJECT_SOURCE_DIR}/qnstack/qnshare/Mac_porting/src/qn_share_platform.cpp)
+  ${CMAKE_CURRENT_LIST_DIR}/device_heap.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/device_search.cpp)
 set(platform_file_port device)
 set(platform_file_port_sources
   ${CMAKE_CURRENT_LIST_DIR}/device_files.cpp

@@ -101,7 +101,8 @@ QN_API void *fnQN_MEMCHR(const void *buf, int byte, size_t n);
 QN_API int fnQN_MEMCMP(const void *a, const void *b, size_t n);
 
 /**
- * Searches a byte area for the bytes of a terminated string, in linear time.
+ * Searches a byte area for the bytes of a terminated string, in linear time (not so
+ * where the library was built for POSIX.1-2008 alone).
  *
  * The match must be followed by at least one more byte inside the area: one
  * that ends exactly at `buf + len` is not found. Callers that scan received

@@ -10,4 +10,4 @@ needed=$(readelf -d "$1" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | sort | tr '\
 soname=$(readelf -d "$1" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
 echo "needs: $needed"
 echo "soname: $soname"
-[[ ${needed#ld*.so.? } == "libapr-1.so.0 libc.so.6 libm.so.6 " && $soname == "$2" ]]
+[[ $(sed -E 's/^ld(64|-linux[a-z0-9-]*)\.so\.[0-9] //' <<<"$needed") == "libapr-1.so.0 libc.so.6 libm.so.6 " && $soname == "$2" ]]

@@ -135,7 +135,7 @@ std::string WrittenNumbers() {
   char text[80];
   for (const double number : kNumbers) {
     all += fnQNRTL_ftoa(number, text, 10);
-    fnQNRTL_snprintf(text, sizeof text, " %x\n", static_cast<int>(number));
+    fnQNRTL_snprintf(text, sizeof text, " %f %x\n", number, static_cast<int>(number));
     all += text;
   }
   for (const int32_t number : {INT32_MIN, -1, 0, 1, INT32_MAX}) {

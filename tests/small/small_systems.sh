@@ -41,7 +41,7 @@ module_of() { # SOURCE
     qn_stack_http_cache*) echo "HTTP cache" ;;
     qn_stack_http* | qn_stack_wap* | qn_stack_trace*) echo "HTTP client" ;;
     qn_stack_porting*) echo "socket layer" ;;
-    device_* | qn_share_platform* | qn_fs_file_port* | qn_fs_backup*) echo "platform of the example" ;;
+    device_* | qn_fs_file_port* | qn_fs_backup*) echo "platform of the example" ;;
     qn_fs_*) echo "file services" ;;
     *) echo "buffers, strings, list, charsets" ;;
   esac
@@ -98,6 +98,10 @@ look_at_pointers() {
     cat unlisted
     return 1
   }
+  comm -13 pointed_at listed | grep -vx application >stale || return 0
+  echo "in indirect_calls.txt, and no address of it is taken:"
+  cat stale
+  return 1
 }
 
 deepest() { # NAME PATTERN

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "support/failing_heap.h"
+#include "support/watchdog.h"
 #include "support/words.h"
 
 namespace {
@@ -260,6 +261,17 @@ TEST(QnMemstr, LooksAtNoByteOutsideTheArea) {
 
   EXPECT_EQ(fnQN_MEMSTR(area.data(), "ab", 3), nullptr);
 }
+
+#ifndef QNSTACK_PLAIN_POSIX
+TEST(QnMemstr, LongNeedleThatAlmostFitsEverywhereTakesLinearTime) {
+  // Comparing at each place would take minutes.
+  const qntest::Watchdog watchdog;
+  const std::string area(8 << 20, 'a');
+  const std::string needle = std::string(4 << 20, 'a') + 'b';
+
+  EXPECT_EQ(OffsetOfMatch(area, needle, static_cast<int32_t>(area.size())), kNotFound);
+}
+#endif
 
 TEST(QnMemstr, AgreesWithThePlainSearchOnAllShortWords) {
   const std::vector<std::string> areas = qntest::WordsOver("ab", 7);

@@ -4,7 +4,6 @@
 #include "qnstack/qn_share_mem.h"
 
 #include <cstring>
-#include <string_view>
 
 #include "qn_owned.h"
 #include "qn_share_platform.h"
@@ -42,10 +41,8 @@ void *fnQN_MEMSTR(const void *buf, const char *needle, int32_t len) {
   if (buf == nullptr || needle == nullptr || len <= 0) return nullptr;
   // A match that ends at the very last byte does not count: callers have relied
   // on that.
-  const std::string_view bytes(static_cast<const char *>(buf), static_cast<size_t>(len) - 1);
-  const size_t found = bytes.find(needle);
-  if (found == std::string_view::npos) return nullptr;
-  return const_cast<char *>(bytes.data() + found);
+  const auto searched = static_cast<size_t>(len) - 1;
+  return const_cast<void *>(qn::platform::FindBytes(buf, searched, needle, std::strlen(needle)));
 }
 
 char *fnQN_MEMSTRCOPY(const char *s) { return qn::CopyText(s == nullptr ? "" : s); }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What the base needs of a platform: a heap. A platform defines each of these
-// functions; qn_share_mem.cpp and qn_share_string.cpp alone call them.
+// What the base needs of a platform: a heap, and a search that some C libraries
+// have and others do not. A platform defines each of these functions;
+// qn_share_mem.cpp and qn_share_string.cpp alone call them.
 #ifndef QNSTACK_QN_SHARE_PLATFORM_H
 #define QNSTACK_QN_SHARE_PLATFORM_H
 
@@ -23,6 +24,12 @@ void *ResizeBlock(void *block, std::size_t size);
 
 // Takes back a block of the two calls above; never called with null.
 void FreeBlock(void *block);
+
+// The first place of `needle` in an area, or null. An empty needle is at the area's
+// start. The time should grow with the area alone and not also with the needle,
+// because what is searched comes from the network.
+const void *FindBytes(const void *area, std::size_t area_size, const void *needle,
+                      std::size_t needle_size);
 
 }  // namespace qn::platform
 
