@@ -30,7 +30,7 @@ propose_bash() { # WORD...
 }
 
 propose_zsh() { # WORD...
-  zsh -f "$here/propose.zsh" "$folder" "$*"
+  zsh -f "$here/propose.zsh" "$folder" "$*" "$work/zcompdump"
 }
 
 failed=0
