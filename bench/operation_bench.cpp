@@ -3,10 +3,8 @@
 #include "operation_bench.h"
 
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -39,12 +37,6 @@ void Configure(int rounds, double seconds) {
   benchmark::Initialize(&count, arguments.data());
 }
 
-// Files stand in memory where there is a place for that.
-void KeepFilesInMemory() {
-  constexpr char kInMemory[] = "/dev/shm";
-  if (access(kInMemory, W_OK) == 0) setenv("TMPDIR", kInMemory, 0);
-}
-
 }  // namespace
 
 int main(int argc, char **argv) {
@@ -61,7 +53,6 @@ int main(int argc, char **argv) {
   app.add_option("filter", filter, "regular expression: which operations, as group/operation");
   CLI11_PARSE(app, argc, argv);
 
-  KeepFilesInMemory();
   RegisterAll();
   Configure(rounds, quick ? seconds / 10 : seconds);
   qnbench::PrintOperations(filter, json);

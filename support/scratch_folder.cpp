@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Made below the system's temporary folder, under a name that no one else has.
+// Made below a folder for temporary files, under a name that no one else has.
 #include "support/scratch_folder.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -13,8 +14,18 @@
 
 namespace qntest {
 
-ScratchFolder::ScratchFolder()
-    : path_((std::filesystem::temp_directory_path() / "qnstack-XXXXXX").string()) {
+namespace {
+
+// The one that the caller names, or memory, which serves many small files faster.
+std::filesystem::path Above() {
+  constexpr char kMemory[] = "/dev/shm";
+  if (getenv("TMPDIR") == nullptr && access(kMemory, W_OK) == 0) return kMemory;
+  return std::filesystem::temp_directory_path();
+}
+
+}  // namespace
+
+ScratchFolder::ScratchFolder() : path_((Above() / "qnstack-XXXXXX").string()) {
   if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("no temporary folder");
 }
 

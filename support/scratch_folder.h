@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// A folder of its own for a test, gone with all its content at the end.
+// A folder of its own for a test, gone with all its content at the end. It stands
+// below $TMPDIR; where that is not set, in memory if there is a place for files.
 #ifndef QNSTACK_SUPPORT_SCRATCH_FOLDER_H
 #define QNSTACK_SUPPORT_SCRATCH_FOLDER_H
 

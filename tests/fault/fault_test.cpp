@@ -8,12 +8,11 @@
 // QNSTACK_FAULTS=full looks at each point; a number is the seed of the sample
 // that is taken otherwise.
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <numeric>
 #include <ostream>
@@ -91,12 +90,6 @@ void PrintShares(const char *heading, const char *what,
 
 class Table : public testing::Environment {
  public:
-  // The folders of the runs are many and small; memory serves them faster.
-  void SetUp() override {
-    constexpr char kMemory[] = "/dev/shm";
-    if (access(kMemory, W_OK) == 0) setenv("TMPDIR", kMemory, 0);
-  }
-
   void TearDown() override {
     if (!rows.empty()) PrintScenarios();
     if (!rows_of_kinds.empty()) {

@@ -7,8 +7,6 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
 #include <random>
 
 #include "qnstack/qnstack.h"
@@ -185,8 +183,6 @@ int main(int argc, char **argv) {
   app.add_option("--seed", options.seed, "Of what is drawn by chance (default: by chance)");
   CLI11_PARSE(app, argc, argv);
 
-  // Saves wait for the medium, which is not what is looked at; memory is quick.
-  if (std::filesystem::is_directory("/dev/shm")) setenv("TMPDIR", "/dev/shm", 0);
   // Else the heap would adapt to large blocks by keeping them resident.
   mallopt(M_MMAP_THRESHOLD, kMmapThreshold);
   mallopt(M_TRIM_THRESHOLD, kMmapThreshold);
