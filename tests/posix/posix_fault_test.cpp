@@ -77,6 +77,14 @@ TEST_F(PosixFault, WriteIsWholeOrNothing) {
                  [this](bool done) { return folder_.read("x") == (done ? "new" : "old"); });
 }
 
+TEST_F(PosixFault, AppendThatSucceedsIsWhole) {
+  RunAtEveryCall([] { return AppendText("x", "new") == 3; },
+                 [this](bool done) {
+                   const std::string content = folder_.read("x");
+                   return content == "oldnew" || (!done && content == "old");
+                 });
+}
+
 TEST_F(PosixFault, CopyIsWholeOrNothing) {
   RunAtEveryCall([] { return fnQNFS_CopyFile("x", "y") == 1; },
                  [this](bool done) {

@@ -124,7 +124,7 @@ void DirtyTheHeap(std::size_t size) {
   for (void *block : blocks) std::free(block);
 }
 
-TEST(CharSetDecode, ResultIsZeroBehindItsEnd) {
+TEST(CharSetDecode, AsksForRoomOfTheLongestResultAndFillsTheRestWithZeros) {
   struct Case {
     uint32_t charset;
     std::string source;
@@ -133,13 +133,15 @@ TEST(CharSetDecode, ResultIsZeroBehindItsEnd) {
   const Case cases[] = {{kUtf8, "abcdefgh", 9},
                         {kLatin1, "abcdefgh", 17},
                         {kUcs2, std::string("\xFE\xFF\0a\0b\0c", 8), 16},
-                        {kUtf16, std::string("\xFE\xFF\0a\0b\0c", 8), 16}};
+                        {kUtf16, std::string("\xFE\xFF\0a\0b\0c", 8), 17}};
   for (const Case &c : cases) {
     auto length = static_cast<int32_t>(c.source.size());
     DirtyTheHeap(c.area);
 
+    FailingHeap heap(FailingHeap::kCountOnly);
     char *result = fnCharSet_DecodeString2Local(c.charset, c.source.data(), &length);
 
+    EXPECT_EQ(heap.BytesAsked(), c.area) << c.charset;
     const auto end = static_cast<std::size_t>(length);
     EXPECT_EQ(std::string(result + end, c.area - end), std::string(c.area - end, '\0'))
         << c.charset;

@@ -94,6 +94,16 @@ TEST(QnFsBufferReadString, LooksAtNoByteBehindTheLastOne) {
   EXPECT_THAT(buffer.Places(), Pair(3, 2));
 }
 
+TEST(QnFsBufferReadString, LooksAtNoByteBeforeTheFirstOne) {
+  char bytes[] = "xab";
+  QNFSBuffer inside = {bytes + 1, -2, 2};
+
+  char *field = fnQNFS_Buffer_ReadString(&inside);
+
+  EXPECT_STREQ(field, "");
+  fnQN_Free(&field);
+}
+
 TEST(QnFsBufferReadString, CutsAFieldAtTheLastByte) {
   TypedBuffer buffer("abcdef\0"s);
   buffer->last = 2;

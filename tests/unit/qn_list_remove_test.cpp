@@ -12,6 +12,7 @@
 #include "qnstack/qn_share_mem.h"
 #include "support/failing_heap.h"
 #include "support/letter_list.h"
+#include "support/watchdog.h"
 
 namespace {
 
@@ -308,6 +309,19 @@ TEST(QnListClear, KeepsReserved) {
 
     EXPECT_EQ(list.List()->reserved, 0xABCDU) << way.name;
   }
+}
+
+TEST(QnListRemoveTail, TakesTheLastOfManyWithoutAWalk) {
+  // Walking to each would take minutes.
+  const Watchdog watchdog;
+  constexpr int kMany = 500000;
+  QNList list = {};
+  for (int i = 0; i < kMany; ++i) fnQNList_AddTail(&list, LetterElement('A'));
+
+  for (int i = 0; i < kMany; ++i) fnQNList_RemoveTail(&list);
+
+  EXPECT_EQ(list.count, 0);
+  EXPECT_TRUE(IsSound(list));
 }
 
 TEST(QnListClear, TakesTheLibrarysFreeAsReleaseFunction) {

@@ -87,7 +87,6 @@ char *fnQN_STRNCAT(char *dst, const char *src, uint32_t n) {
 }
 
 int32_t fnQN_STRICMP(const char *a, const char *b) {
-  if (a == nullptr || b == nullptr) return -1;
   return fnQNRTL_stricmp(a, b) == 0 ? 0 : -1;
 }
 
