@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "qn_fs_file_record_internal.h"
 #include "qnstack/qn_fs_file_record.h"
 #include "qnstack/qn_share_mem.h"
 #include "support/failing_heap.h"
@@ -115,6 +116,14 @@ TEST_P(QnFsRecordLoad, WithANullArgumentDoesNothing) {
   GetParam().load(kName, list.get(), nullptr);
 
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
+}
+
+TEST(QnFsRecordLoadToList, WithANullArgumentIsNotWhole) {
+  TextList list;
+
+  EXPECT_FALSE(qn::LoadFileToList(nullptr, list.get(), ReadText));
+  EXPECT_FALSE(qn::LoadFileToList(kName, nullptr, ReadText));
+  EXPECT_FALSE(qn::LoadFileToList(kName, list.get(), nullptr));
 }
 
 TEST_P(QnFsRecordLoad, SkipsElementsThatTheReaderRefuses) {

@@ -285,12 +285,14 @@ TEST_F(QnFsRecordAppend, WithANullAnywhereTouchesNothing) {
   TextList list({"one"});
   QNListNode empty = {};
   QNList of_null = {&empty, &empty, 1, 0};
+  last_seen = -7;
 
-  EXPECT_EQ(fnQNFS_Append_List_To_File(nullptr, list.get(), WriteText), 0);
+  EXPECT_EQ(fnQNFS_Append_List_To_File(nullptr, list.get(), WriteAndLook), 0);
   EXPECT_EQ(fnQNFS_Append_List_To_File(kName, nullptr, WriteText), 0);
   EXPECT_EQ(fnQNFS_Append_List_To_File(kName, list.get(), nullptr), 0);
   EXPECT_EQ(fnQNFS_Append_List_To_File(kName, &of_null, WriteText), 0);
 
+  EXPECT_EQ(last_seen, -7) << "nothing is written for a file without a name";
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
 }
 
