@@ -66,6 +66,14 @@ TEST_F(PosixTemporary, ThatACrashLeftIsSweptByTheNextWrite) {
   EXPECT_THAT(folder_.names(), ElementsAre("x"));
 }
 
+TEST_F(PosixTemporary, IsAskedForOnceWhereTheMediumIsFull) {
+  FileFaults faults({FaultKind::kFullOnwards, 1, ENOSPC});
+
+  EXPECT_NE(WriteText("x", "new"), 3);
+
+  EXPECT_LT(faults.Count(), 20);
+}
+
 // Where no lock shows that no other writer is at work.
 TEST_F(PosixTemporary, IsLeftAloneWhereTheMediumRefusesLocks) {
   const std::string temporary = LeaveATemporary();

@@ -141,15 +141,18 @@ TEST_P(QnFsRecordLoad, SkipsElementsThatTheReaderRefuses) {
   EXPECT_EQ(list.Texts(), InOrder({"one", "three"}));
 }
 
-TEST_P(QnFsRecordLoad, AsksAReaderAgainThatTakesNothingAtFirst) {
+TEST_P(QnFsRecordLoad, AsksAReaderAgainThatTakesNothing999TimesAndTheHeapForNoMoreNodes) {
   Files().Write(kName, "one\0\ntwo\0\n"s);
   TextList list;
   static int calls;
   calls = 0;
+  FailingHeap heap(FailingHeap::kCountOnly);
 
   Load(list, [](QNFSBuffer *record) -> void * {
-    return ++calls % 3 == 0 ? fnQNFS_Buffer_ReadString(record) : nullptr;
+    return ++calls % 1000 == 0 ? fnQNFS_Buffer_ReadString(record) : nullptr;
   });
+
+  EXPECT_LT(heap.Allocations(), 20);
 
   EXPECT_EQ(list.Texts(), InOrder({"one", "two"}));
 }
@@ -173,15 +176,19 @@ TEST_P(QnFsRecordLoad, LeavesTheListToTheReader) {
   EXPECT_THAT(counts, ElementsAre(0, 1));
 }
 
-TEST_P(QnFsRecordLoad, EndsWithAReaderThatTakesAndGivesNothing) {
+TEST_P(QnFsRecordLoad, EndsWithAReaderThatTakesNothing1000Times) {
   Files().Write(kName, "one\0\ntwo\0\nthree\0\n"s);
   TextList list;
+  static int calls;
+  calls = 0;
 
   Load(list, [](QNFSBuffer *record) -> void * {
+    ++calls;
     return record->pos < 4 ? fnQNFS_Buffer_ReadString(record) : nullptr;
   });
 
   EXPECT_THAT(list.Texts(), ElementsAre("one"));
+  EXPECT_EQ(calls, 1001);
 }
 
 TEST_P(QnFsRecordLoad, ReadsARestoredBackupThatIsLargerThanTheFileWas) {

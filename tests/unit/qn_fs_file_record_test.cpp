@@ -43,6 +43,9 @@ constexpr Saver kSaveEx = {"FromTail", fnQNFS_Save_List_To_FileEx, 260, 308, 314
 
 void PrintTo(const Saver &saver, std::ostream *out) { *out << saver.name; }
 
+// What was said to the log since then.
+std::vector<std::string> log_texts;
+
 // What the last write function saw.
 int32_t last_seen = 0;
 int32_t line_seen = 0;
@@ -55,7 +58,10 @@ void WriteAndLook(QNFSBuffer *record, void *text) {
 
 class QnFsRecordSave : public FilePortTest, public testing::WithParamInterface<Saver> {
  protected:
-  QnFsRecordSave() { fnQNFS_printLog_param("nowhere", kNowhere); }
+  QnFsRecordSave() {
+    fnQNFS_printLog_param("nowhere", kNowhere);
+    log_texts.clear();
+  }
 
   int32_t Save(QNList *list, QNFSRecordWrite write = WriteText) {
     return GetParam().save(kName, list, write);
@@ -100,6 +106,9 @@ TEST_P(QnFsRecordSave, TellsTheLogOfItsStartAndSuccess) {
 
   EXPECT_EQ(Save(list.get(), WriteAndLook), 1);
 
+  EXPECT_THAT(log_texts,
+              ElementsAre("<QXW-------Enter fnQNFS_Save_List_To_File()------>",
+                          "<QXW------Exit fnQNFS_Save_List_To_File() Successfully !------->"));
   EXPECT_EQ(line_seen, GetParam().enter);
   EXPECT_EQ(qn::log_line, GetParam().success);
   EXPECT_STREQ(qn::log_file, kSource);
@@ -112,6 +121,7 @@ TEST_P(QnFsRecordSave, TellsTheLogOfItsFailure) {
 
   EXPECT_EQ(Save(list.get()), 0);
 
+  EXPECT_EQ(log_texts.back(), "<QXW-----Exit fnQNFS_Save_List_To_File() Failed !---->");
   EXPECT_EQ(qn::log_line, GetParam().failure);
   EXPECT_STREQ(qn::log_file, kSource);
   EXPECT_EQ(Content(kName), "old");
@@ -317,3 +327,13 @@ TEST_F(QnFsRecordAppend, AppendsZerosForEmptyFieldsBehindTheEnd) {
 }
 
 }  // namespace
+
+// What the log is told is taken down on the way to it. The names are the linker's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" void __real_fnQNFS_printLog(const char *format, ...);
+extern "C" void __wrap_fnQNFS_printLog(const char *format, ...);
+extern "C" void __wrap_fnQNFS_printLog(const char *format, ...) {
+  log_texts.emplace_back(format);
+  __real_fnQNFS_printLog("%s", format);
+}
+// NOLINTEND(bugprone-reserved-identifier)
