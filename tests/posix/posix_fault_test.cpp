@@ -13,6 +13,7 @@
 #include "posix/file_faults.h"
 #include "posix/posix_root.h"
 #include "qnstack/qn_fs_file.h"
+#include "support/failing_heap.h"
 
 namespace {
 
@@ -90,6 +91,16 @@ TEST_F(PosixFault, CopyIsWholeOrNothing) {
                  [this](bool done) {
                    return folder_.read("x") == (done ? "new" : "old") && folder_.read("y") == "new";
                  });
+}
+
+TEST_F(PosixFault, CopyOfAnEmptyFileWithoutMemoryChangesNothing) {
+  folder_.write("x", "old");
+  folder_.write("y", "");
+  {
+    FailingHeap heap(1, FailingHeap::Reach::kRest);
+    EXPECT_EQ(fnQNFS_CopyFile("x", "y"), 0);
+  }
+  EXPECT_EQ(folder_.read("x"), "old");
 }
 
 TEST_F(PosixFault, MoveIsWholeOrNothing) {

@@ -12,9 +12,9 @@
 
 namespace {
 
-// The digit's value, or -1 for any other character.
+// The digit's value, or less than 0 for any other character.
 constexpr int HexDigit(char digit) {
-  if (digit >= '0' && digit <= '9') return digit - '0';
+  if (digit <= '9') return digit - '0';
   if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
   if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
   return -1;
