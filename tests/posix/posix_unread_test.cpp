@@ -12,6 +12,7 @@
 #include "posix/posix_root.h"
 #include "posix/stores.h"
 #include "qnstack/qn_fs_file.h"
+#include "qnstack/qn_fs_filebuffer.h"
 #include "qnstack/qn_fs_ini.h"
 #include "qnstack/qn_stack_http_cache.h"
 #include "support/failing_heap.h"
@@ -96,6 +97,16 @@ TEST_F(PosixUnread, FileThatIsNotThereIsWritten) {
   EXPECT_EQ(ReadText("none/x"), "(failure)");
   MakeFolder("none");
   EXPECT_EQ(WriteText("none/x", "new"), 3);
+}
+
+TEST_F(PosixUnread, FileOfAMissingRootIsWrittenOnceThatIsThere) {
+  fnQNFS_SetFullPath(folder_.path("later").c_str());
+  QNFSBuffer buffer = {nullptr, -1, -1};
+
+  EXPECT_EQ(fnQNFS_Load_File_To_Buffer("x", &buffer), 0);
+
+  MakeFolder("later");
+  EXPECT_EQ(WriteText("x", "new"), 3);
 }
 
 TEST_F(PosixUnread, FilesInAnyNumberAreNotWritten) {

@@ -12,6 +12,7 @@
 
 #include "posix/posix_root.h"
 #include "qnstack/qn_fs_file.h"
+#include "qnstack/qn_fs_filebuffer.h"
 
 namespace {
 
@@ -84,6 +85,27 @@ TEST_F(PosixWholeFile, WritesWithoutACallback) {
   EXPECT_EQ(AppendText("x", "b"), 1);
 
   EXPECT_EQ(folder_.read("x"), "ab");
+}
+
+TEST_F(PosixWholeFile, RecordWithoutStorageIsNotStored) {
+  folder_.write("x", "old");
+  QNFSBuffer bare = {nullptr, -1, -1};
+
+  EXPECT_EQ(fnQNFS_Write_Buffer_To_File("x", &bare), 0);
+  EXPECT_EQ(fnQNFS_Append_Buffer_To_File("x", &bare), 0);
+
+  EXPECT_EQ(folder_.read("x"), "old");
+  EXPECT_THAT(told_written, IsEmpty());
+}
+
+TEST_F(PosixWholeFile, RecordWithoutStorageIsEmptyAfterALoad) {
+  folder_.write("x", "old");
+  QNFSBuffer bare = {nullptr, 5, 20000};
+
+  EXPECT_EQ(fnQNFS_Load_File_To_Buffer("x", &bare), 0);
+
+  EXPECT_EQ(bare.pos, -1);
+  EXPECT_EQ(bare.last, -1);
 }
 
 TEST_F(PosixWholeFile, ReadGivesTheContentAndItsCount) {

@@ -28,14 +28,7 @@ bool HasParentComponent(std::string_view name) {
   return false;
 }
 
-qn::Descriptor OpenRoot() {
-  const char *root = qn::RootDirectory();
-  if (root[0] == '\0') {
-    errno = ENOENT;
-    return {};
-  }
-  return qn::Descriptor(open(root, qn::kSearchFlags));
-}
+qn::Descriptor OpenRoot() { return qn::Descriptor(open(qn::RootDirectory(), qn::kSearchFlags)); }
 
 // Opens the root for a name below it.
 qn::Descriptor OpenRootFor(const char *name) {

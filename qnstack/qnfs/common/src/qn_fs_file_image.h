@@ -68,7 +68,7 @@ class FileImage {
     if (record_.pos <= capacity_) return true;
     auto *larger = static_cast<char *>(AllocateZeroed(static_cast<uint64_t>(record_.pos) + 1));
     if (larger == nullptr) return false;
-    fnQN_MEMCPY(larger, record_.data, static_cast<std::size_t>(capacity_) + 1);
+    fnQN_MEMCPY(larger, record_.data, static_cast<std::size_t>(capacity_));
     fnQN_Free(&record_.data);
     record_.data = larger;
     capacity_ = record_.pos;
