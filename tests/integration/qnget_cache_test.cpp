@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -216,9 +214,7 @@ TEST_F(QngetCache, IsForItsOwnerAlone) {
   ToldOf({AnswerWith(Answer("abc", kFresh))});
 
   for (const std::string &folder : {folder_.path("root/deep"), root_}) {
-    struct stat found {};
-    ASSERT_EQ(stat(folder.c_str(), &found), 0);
-    EXPECT_EQ(found.st_mode & 07777, 0700u);
+    EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0700)) << folder;
   }
 }
 

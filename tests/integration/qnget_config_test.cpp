@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <filesystem>
 #include <memory>
 
@@ -67,11 +65,8 @@ TEST_F(QngetConfig, UnsetsAKeyThatStandsTwice) {
 TEST_F(QngetConfig, KeepsItsFileForItsOwnerAlone) {
   Set("accept", "a/b");
 
-  struct stat found {};
-  ASSERT_EQ(stat((root_ + "/settings.ini").c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 07777, 0600u);
-  ASSERT_EQ(stat(root_.c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 07777, 0700u);
+  EXPECT_EQ(fs::status(root_ + "/settings.ini").permissions(), fs::perms(0600));
+  EXPECT_EQ(fs::status(root_).permissions(), fs::perms(0700));
 }
 
 TEST_F(QngetConfig, BringsBackWhatAnInterruptedWriteLeft) {

@@ -25,12 +25,6 @@ namespace fs = std::filesystem;
 using testing::ContainsRegex;
 using testing::HasSubstr;
 
-struct stat StatusOf(const std::string &file) {
-  struct stat found {};
-  EXPECT_EQ(stat(file.c_str(), &found), 0);
-  return found;
-}
-
 // The command without the privileges that open every file to root.
 Words Unprivileged(const Words &command) {
   if (geteuid() != 0) return command;
@@ -69,7 +63,7 @@ TEST_F(QngetFile, KeepsTheModeOfTheOneBefore) {
   RunQnget(ToFile());
 
   EXPECT_EQ(folder_.read("f"), "new");
-  EXPECT_EQ(StatusOf(file_).st_mode & 07777, 0604u);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0604));
 }
 
 TEST_F(QngetFile, KeepsTheOwnerOfTheOneBefore) {
@@ -79,8 +73,10 @@ TEST_F(QngetFile, KeepsTheOwnerOfTheOneBefore) {
   RunQnget(ToFile());
 
   EXPECT_EQ(folder_.read("f"), "new");
-  EXPECT_EQ(StatusOf(file_).st_uid, 1u);
-  EXPECT_EQ(StatusOf(file_).st_gid, 2u);
+  struct stat found {};
+  ASSERT_EQ(stat(file_.c_str(), &found), 0);
+  EXPECT_EQ(found.st_uid, 1u);
+  EXPECT_EQ(found.st_gid, 2u);
 }
 
 TEST_F(QngetFile, IsRefusedBeforeTheRequestWhereItMayNotBeWritten) {
@@ -164,14 +160,14 @@ TEST_F(QngetTracedFile, HasAPassingNameWhereTheMediumKnowsNoUnnamedOnes) {
   EXPECT_EQ(folder_.names(), Words{"f"});
   const mode_t mask = umask(0);
   umask(mask);
-  EXPECT_EQ(StatusOf(file_).st_mode & 07777, 0666 & ~mask);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0666 & ~mask));
 
   folder_.write("f", "old");
   chmod(file_.c_str(), 0604);
   RunTraced(NoUnnamedFilesIn(folder_.path()), ToFile());
 
   EXPECT_EQ(folder_.read("f"), "new");
-  EXPECT_EQ(StatusOf(file_).st_mode & 07777, 0604u);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0604));
 }
 
 // By /proc an unnamed file gets its name.

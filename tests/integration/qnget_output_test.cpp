@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "qnget_program.h"
+#include "support/loopback.h"
 #include "support/process.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
@@ -20,34 +21,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A FIFO with a reading end that is opened here, so that writers need not wait for one.
-class HeldFifo {
- public:
-  explicit HeldFifo(const std::string &path) : path_(path) {
-    mkfifo(path.c_str(), 0600);
-    reader_ = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  }
-  ~HeldFifo() { CloseReader(); }
-  HeldFifo(const HeldFifo &) = delete;
-  HeldFifo &operator=(const HeldFifo &) = delete;
-
-  const std::string &path() const { return path_; }
-
-  void CloseReader() {
-    if (reader_ >= 0) close(reader_);
-    reader_ = -1;
-  }
-
-  std::string ReadAll() const {
-    char bytes[4096];
-    const ssize_t count = read(reader_, bytes, sizeof bytes);
-    return {bytes, count > 0 ? static_cast<std::size_t>(count) : 0};
-  }
-
- private:
-  std::string path_;
-  int reader_ = -1;
-};
+// Makes a FIFO; gives a reading end of it, so that writers need not wait for one.
+Descriptor HeldFifo(const std::string &path) {
+  mkfifo(path.c_str(), 0600);
+  return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+}
 
 ProcessResult RunInShell(const std::string &line, const Words &arguments) {
   return RunProgram(InShell(line, QngetCommand(arguments)));
@@ -109,9 +87,7 @@ TEST_F(QngetOutput, IsAFileOfTheGivenOrTheUrlsNameInTheWorkingFolder) {
 TEST_F(QngetOutput, GivesTheFileTheModeOfTheUmask) {
   RunInShell("umask 027; exec \"$@\"", {"-o", file_, url()});
 
-  struct stat found {};
-  ASSERT_EQ(stat(file_.c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 07777, 0640u);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0640));
 }
 
 TEST_F(QngetOutput, ReplacesTheFileBehindALink) {
@@ -125,11 +101,13 @@ TEST_F(QngetOutput, ReplacesTheFileBehindALink) {
 }
 
 TEST_F(QngetOutput, WritesStraightIntoAFifo) {
-  HeldFifo fifo(file_);
+  const Descriptor fifo = HeldFifo(file_);
 
   EXPECT_EQ(RunOnAnswer(Answer("through"), {"-o", file_, kUrl}).exit_code, 0);
 
-  EXPECT_EQ(fifo.ReadAll(), "through");
+  char bytes[100];
+  EXPECT_EQ(read(fifo.get(), bytes, sizeof bytes), 7);
+  EXPECT_EQ(std::string(bytes, 7), "through");
   EXPECT_TRUE(fs::is_fifo(file_));
 }
 
@@ -172,9 +150,9 @@ TEST_F(QngetOutput, FailsWhenTheDeviceIsFull) {
 }
 
 TEST_F(QngetOutput, FailsWhenTheReaderOfAPipeHasGone) {
-  HeldFifo fifo(file_);
+  Descriptor fifo = HeldFifo(file_);
   Process program(QngetCommand({url()}), {.output = Sink::kFile, .output_file = file_});
-  fifo.CloseReader();
+  fifo.Close();
 
   EXPECT_THAT(program.wait(), FailsWith(6, "could not write standard output: Broken pipe"));
 }

@@ -4,8 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <filesystem>
 
 #include "qnget_program.h"
@@ -57,9 +55,7 @@ TEST_F(QngetTakeover, MovesAllSettingsOnce) {
   EXPECT_EQ(second.output, "c/d\n");
   EXPECT_EQ(second.error, "");
   EXPECT_EQ(folder_.read("conf/qnget/settings.ini"), SettingLine("accept", "a/b"));
-  struct stat found {};
-  ASSERT_EQ(stat(folder_.path("conf/qnget/settings.ini").c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 07777, 0600u);
+  EXPECT_EQ(fs::status(folder_.path("conf/qnget/settings.ini")).permissions(), fs::perms(0600));
   EXPECT_FALSE(fs::exists(folder_.path("old/qnget/settings.ini")));
   EXPECT_FALSE(fs::exists(folder_.path("old/qnget/operator-red.ini")));
   EXPECT_FALSE(fs::exists(folder_.path(kMark)));
