@@ -9,8 +9,6 @@
 // Input: from the end backwards, how to ask, how each connection goes, and the
 // sizes of the reads; the pieces of the answers come from the front, each ended
 // by a backslash and another character.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -20,6 +18,7 @@
 #include <vector>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/fuzzer.h"
 #include "qn_ascii.h"
 #include "qn_stack_http_internal.h"
 #include "qnstack/qn_share_mem.h"
@@ -338,8 +337,6 @@ void TryExchange(FuzzedDataProvider *input) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);

@@ -4,14 +4,13 @@
 //
 // Input: from the end backwards, the clock and how many answers there are; the
 // rest is header lines, each ended by a backslash and another character.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/fuzzer.h"
 #include "qn_stack_http_cache_internal.h"
 #include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_stack_http_cache.h"
@@ -24,20 +23,13 @@ namespace {
 constexpr int kMostLines = 20;
 constexpr std::size_t kLongestLine = 400;
 
-std::string Lower(std::string text) {
-  for (char &byte : text) byte = byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 32) : byte;
-  return text;
-}
-
-int32_t Wrapped(int64_t number) { return static_cast<int32_t>(static_cast<uint32_t>(number)); }
-
 // One answer, as the rules say.
 class Freshness {
  public:
   // What taking the line must give.
   int32_t Take(const std::string &line) {
     if (!keep_) return -1;
-    const std::string lower = Lower(line);
+    const std::string lower = qntest::Lower(line);
     const auto value = [&lower, &line](std::string_view name, std::string *rest) {
       if (!lower.starts_with(name)) return false;
       *rest = line.substr(name.size());
@@ -55,7 +47,7 @@ class Freshness {
     } else if (value("cache-control:", &rest)) {
       TakeControl(rest);
     } else if (value("pragma:", &rest)) {
-      keep_ = Lower(rest).find("no-cache") == std::string::npos;
+      keep_ = qntest::Lower(rest).find("no-cache") == std::string::npos;
     }
     return 0;
   }
@@ -63,20 +55,20 @@ class Freshness {
   int32_t Expiry(int32_t now) const {
     if (!keep_) return -1;
     if (expires_ > 0) return expires_;
-    if (lifetime_ > 0) return Wrapped(int64_t{now} + lifetime_);
-    if (modified_ == date_) return date_ > 0 ? Wrapped(int64_t{now} + 3000) : -1;
+    if (lifetime_ > 0) return qntest::Wrapped(int64_t{now} + lifetime_);
+    if (modified_ == date_) return date_ > 0 ? qntest::Wrapped(int64_t{now} + 3000) : -1;
     if (modified_ <= 0 || date_ <= 0) return -1;
-    return Wrapped(int64_t{date_} + (date_ - modified_) / 10);
+    return qntest::Wrapped(int64_t{date_} + (date_ - modified_) / 10);
   }
 
  private:
   void TakeControl(const std::string &rest) {
     constexpr std::string_view kMaxAge = "max-age=";
-    const std::size_t found = Lower(rest).find(kMaxAge);
+    const std::size_t found = qntest::Lower(rest).find(kMaxAge);
     if (found != std::string::npos) {
       lifetime_ = qntest::PlainNumber(rest.c_str() + found + kMaxAge.size()).value_or(0);
     }
-    keep_ = Lower(rest).find("no-cache") == std::string::npos;
+    keep_ = qntest::Lower(rest).find("no-cache") == std::string::npos;
   }
 
   bool keep_ = true;
@@ -102,8 +94,6 @@ int32_t SecondsOf(const qntest::LocalMoment &moment) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);

@@ -5,14 +5,13 @@
 // Input: from the end backwards, what each step does and which of its texts
 // are missing; texts come from the front, each ended by a backslash and
 // another character.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <deque>
 #include <optional>
 #include <string>
 
+#include "fuzz/fuzzer.h"
 #include "qn_stack_http_cookie_internal.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_http_cookie.h"
@@ -188,8 +187,6 @@ void Step(FuzzedDataProvider *input, JarAndModel *jar) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);

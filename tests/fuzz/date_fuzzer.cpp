@@ -4,14 +4,13 @@
 // calendar.
 //
 // Input: the last byte chooses what is tried; the rest is a text, or numbers.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <chrono>
 #include <cstring>
 #include <string>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/fuzzer.h"
 #include "qnstack/qn_fs_comm_tools.h"
 #include "support/calendar_reference.h"
 #include "support/http_date_reference.h"
@@ -103,8 +102,6 @@ void TryAdding(FuzzedDataProvider *input) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   static constexpr void (*kTrials[])(FuzzedDataProvider *) = {TryParsing, TryCounting,

@@ -4,14 +4,13 @@
 //
 // Input: from the end backwards, whether to read or to write, and the steps;
 // the rest is the file, or the texts that are written.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <string>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/fuzzer.h"
 #include "qnstack/qn_fs_filebuffer.h"
 #include "qnstack/qn_share_mem.h"
 #include "support/calendar_reference.h"
@@ -140,8 +139,6 @@ void TryWriting(FuzzedDataProvider *input) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);

@@ -3,8 +3,6 @@
 //
 // Input: from the end backwards, the choices that make up one conversion, its
 // argument and the size of the area; the rest is literal text around it.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +13,7 @@
 #include <string>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/fuzzer.h"
 #include "qnstack/qn_itoa.h"
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_snprintf.h"
@@ -186,8 +185,6 @@ void TryFtoa(FuzzedDataProvider *input) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   static constexpr void (*kTrials[])(FuzzedDataProvider *) = {TryFormatting, TryItoa, TryFtoa};

@@ -5,14 +5,13 @@
 // Input: from the end backwards, the number of steps and what each does; texts
 // of steps come from the front, each ended by a backslash and another
 // character. What is left in between is the file.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
 #include <vector>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/fuzzer.h"
 #include "fuzz/repeated.h"
 #include "qnstack/qn_fs_ini.h"
 #include "support/field_model.h"
@@ -151,9 +150,7 @@ class StoreAndModel {
       writer.Put(value, value != "\n");
       writer.Put("\n", false);
     }
-    std::string expected = writer.Image();
-    expected.resize(static_cast<std::size_t>(writer.Places().first + 1), '\0');
-    EXPECT_EQ(FilePort().files().Content(kName), expected);
+    EXPECT_EQ(FilePort().files().Content(kName), writer.Saved());
     EXPECT_FALSE(FilePort().files().Exists(kBackup));
   }
 
@@ -164,8 +161,6 @@ class StoreAndModel {
 };
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);

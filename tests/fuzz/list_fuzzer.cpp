@@ -3,12 +3,11 @@
 // which must give the same elements in order, whatever the comparison says.
 //
 // Input: bytes that choose, from the end backwards; the last one what is tried.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
 
+#include "fuzz/fuzzer.h"
 #include "support/letter_list.h"
 #include "support/list_model.h"
 
@@ -46,8 +45,6 @@ void TrySorting(FuzzedDataProvider *input) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);

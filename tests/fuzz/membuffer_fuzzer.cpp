@@ -3,12 +3,9 @@
 //
 // Input: bytes that choose, from the end backwards: the capacity, the steps
 // and what each of them writes or takes.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
+#include "fuzz/fuzzer.h"
 #include "support/buffer_model.h"
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);

@@ -4,8 +4,6 @@
 //
 // Input: the last byte chooses the tool, the bytes before it are numbers. The
 // rest is up to three texts, each ended by a backslash and another character.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cctype>
@@ -14,6 +12,7 @@
 #include <string_view>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/fuzzer.h"
 #include "qnstack/qn_fs_comm_tools.h"
 #include "qnstack/qn_fs_file_record.h"
 #include "qnstack/qn_share_mem.h"
@@ -32,11 +31,6 @@ constexpr std::size_t kMostText = 2000;
 std::string NextText(FuzzedDataProvider *input) {
   const std::string bytes = input->ConsumeRandomLengthString(kMostText);
   return bytes.c_str();
-}
-
-std::string Lower(std::string text) {
-  for (char &byte : text) byte = byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + 32) : byte;
-  return text;
 }
 
 int Sign(int number) { return number < 0 ? -1 : number > 0 ? 1 : 0; }
@@ -238,8 +232,6 @@ void TryNames(FuzzedDataProvider *input) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   static constexpr void (*kTrials[])(FuzzedDataProvider *) = {

@@ -5,12 +5,11 @@
 // Input: from the end backwards, the number of steps and what each does; texts
 // of steps come from the front, each ended by a backslash and another
 // character. What is left in between is the file.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
+#include "fuzz/fuzzer.h"
 #include "fuzz/repeated.h"
 #include "qnstack/qn_fs_file_record.h"
 #include "qnstack/qn_share_string.h"
@@ -112,9 +111,7 @@ class RecordsAndModel {
       writer.Put(text, text != "\n");
       writer.Put("\n", false);
     }
-    std::string image = writer.Image();
-    image.resize(static_cast<std::size_t>(writer.Places().first + 1), '\0');
-    return image;
+    return writer.Saved();
   }
 
   // The file as a save leaves it; gives what the save must give. A save puts
@@ -146,8 +143,6 @@ void DoAll(const std::string &file, int kind, const std::vector<Step> &steps) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);

@@ -5,13 +5,12 @@
 //
 // Input: from the end backwards, the store, the failures, and the steps with
 // what each does; what is left in front is the file.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "fuzz/fuzzer.h"
 #include "qnstack/qn_fs_file_record.h"
 #include "qnstack/qn_fs_ini.h"
 #include "qnstack/qn_share_mem.h"
@@ -197,8 +196,6 @@ void RunOn(const Failures &failures, const std::vector<Action> &actions, const s
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   static constexpr void (*kStores[])(const Failures &, const std::vector<Action> &,

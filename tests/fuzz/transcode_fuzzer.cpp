@@ -4,8 +4,6 @@
 //
 // Input: the last byte chooses the converter, the one before it the character
 // set; the rest is the text.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <cstring>
 #include <limits>
@@ -14,6 +12,7 @@
 #include <vector>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/fuzzer.h"
 #include "qnstack/Transcode.h"
 #include "support/transcode_reference.h"
 
@@ -154,8 +153,6 @@ void TryNegative(int32_t length) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   static constexpr uint32_t kCharsets[] = {QN_CHARSET_US_ASCII, QN_CHARSET_LATIN1, QN_CHARSET_UTF8,

@@ -5,14 +5,13 @@
 // Input: from the end backwards, method, proxy, headers and body; the texts
 // (URL, media type, proxy, header values) come from the front, each ended by a
 // backslash and another character.
-#include <fuzzer/FuzzedDataProvider.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <optional>
 #include <string>
 
 #include "fuzz/exact_bytes.h"
+#include "fuzz/fuzzer.h"
 #include "qn_stack_http_open_internal.h"
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_stack_http.h"
@@ -159,8 +158,6 @@ void TryTunnel(FuzzedDataProvider *input, bool proxy) {
 }
 
 }  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FuzzedDataProvider input(data, size);

@@ -16,18 +16,6 @@ constexpr char kAnswer[] =
     "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\nContent-Length: 26\r\n"
     "Set-Cookie: sid=42; Path=/m\r\n\r\nabcdefghijklmnopqrstuvwxyz";
 
-// Each byte goes out when the one before it has been received.
-ConnectionScript ByteByByte(const std::string &answer) {
-  ConnectionScript script = {ReadHeader()};
-  for (const char byte : answer) {
-    script.push_back(SendBytes({byte}));
-    script.push_back(AwaitSignal());
-  }
-  script.push_back(HalfClose());
-  script.push_back(ReadToEnd());
-  return script;
-}
-
 class HostilePieces : public qntest::WatchedHostileTest {
  protected:
   // The received pieces that were one byte long.

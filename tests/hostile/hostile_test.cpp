@@ -70,6 +70,16 @@ Passage PassToEnding(QNHttpCtx *ctx, std::int32_t capacity,
   return passage;
 }
 
+ConnectionScript ByteByByte(const std::string &answer, const std::string &more) {
+  ConnectionScript script = {ReadHeader()};
+  for (const char byte : answer) {
+    script.push_back(SendBytes({byte}));
+    script.push_back(AwaitSignal());
+  }
+  script.insert(script.end(), {SendBytes(more), HalfClose(), ReadToEnd()});
+  return script;
+}
+
 HostileTest::HostileTest() : start_(std::chrono::steady_clock::now()) {
   { const CapturedOutput keeps_its_descriptors; }
   descriptors_ = OpenDescriptors();

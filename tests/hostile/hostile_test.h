@@ -63,6 +63,10 @@ struct Passage {
 Passage PassToEnding(QNHttpCtx *ctx, std::int32_t capacity,
                      const std::function<void(const char *bytes, std::int32_t count)> &take);
 
+// Answers a request so that each byte goes out when the one before it has been
+// received, and ends with further bytes in one piece.
+ConnectionScript ByteByByte(const std::string &answer, const std::string &more = {});
+
 class HostileTest : public testing::TestWithParam<Route> {
  protected:
   HostileTest();

@@ -62,8 +62,8 @@ TEST_P(PeersGateway, ServesTwoExchangesInTurns) {
   fnQNStack_Http_FreeCtx(first);
   fnQNStack_Http_FreeCtx(second);
 
-  EXPECT_EQ(DigestOf(of_first.body), DigestOf(Peers::Get().Content(kMediumFile)));
-  EXPECT_EQ(DigestOf(of_second.body), DigestOf(Peers::Get().Content(kSmallFile)));
+  EXPECT_TRUE(of_first.body == Peers::Get().Content(kMediumFile));
+  EXPECT_TRUE(of_second.body == Peers::Get().Content(kSmallFile));
 }
 
 TEST(PeersGatewayAbsence, ShowsAsAFailedSend) {
@@ -87,7 +87,7 @@ TEST(PeersGatewayPut, ReachesTheOriginWholeThroughSquid) {
   const Answer got = Get("/put/message");
 
   EXPECT_EQ(put.status, 201);
-  EXPECT_EQ(DigestOf(got.body), DigestOf(Peers::Get().Content(kMediumFile)));
+  EXPECT_TRUE(got.body == Peers::Get().Content(kMediumFile));
 }
 
 }  // namespace

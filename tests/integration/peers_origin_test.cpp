@@ -48,9 +48,6 @@ std::string Unzipped(std::string zipped, size_t size) {
   return text;
 }
 
-// What the origin keeps of a request's body.
-Digest DigestOfKept(const Answer &answer) { return DigestOf(BytesOfFile(answer.body)); }
-
 class PeersFile : public ::testing::TestWithParam<std::tuple<Route, std::string>> {
  protected:
   const std::string &file() const { return std::get<1>(GetParam()); }
@@ -76,7 +73,7 @@ TEST_P(PeersFile, GetDeliversItWhole) {
   EXPECT_EQ(answer.type, "application/octet-stream");
   EXPECT_EQ(answer.length, static_cast<int32_t>(content().size()));
   EXPECT_EQ(answer.encoding, 0);
-  EXPECT_EQ(DigestOf(answer.body), DigestOf(content()));
+  EXPECT_TRUE(answer.body == content());
 }
 
 TEST_P(PeersFile, HeadTellsItsLengthWithoutIt) {
@@ -96,7 +93,7 @@ TEST_P(PeersOrigin, GetsBodiesOfAllSizesWhole) {
 
     EXPECT_EQ(answer.result, 0);
     EXPECT_EQ(answer.status, 200);
-    EXPECT_EQ(DigestOfKept(answer), DigestOf(content));
+    EXPECT_TRUE(BytesOfFile(answer.body) == content);
   }
 }
 
@@ -109,13 +106,7 @@ TEST_P(PeersOrigin, SeesTheHandset) {
   EXPECT_EQ(answer.body.substr(0, answer.body.find(" via=")),
             "GET /seen?a=1&b=%20 agent=TestHandset/1.0 profile=http://h.example/p.xml cookie=");
   EXPECT_EQ(answer.type, "text/plain");
-}
-
-TEST_P(PeersOrigin, SeesAPostWithoutABody) {
-  const Answer answer = Post("/seen", "");
-
-  EXPECT_EQ(answer.status, 200);
-  EXPECT_EQ(answer.body.substr(0, 11), "POST /seen ");
+  EXPECT_EQ(Post("/seen", "").body.substr(0, 11), "POST /seen ");
 }
 
 TEST_P(PeersOrigin, RefusalIsDeliveredWithItsBody) {
@@ -137,7 +128,7 @@ TEST_P(PeersOrigin, RedirectsAreFollowed) {
     EXPECT_EQ(answer.status, 200);
     EXPECT_EQ(answer.redirects, 1);
     EXPECT_EQ(answer.url, Peers::Get().Url(std::string("/") + kSmallFile));
-    EXPECT_EQ(DigestOf(answer.body), DigestOf(Peers::Get().Content(kSmallFile)));
+    EXPECT_TRUE(answer.body == Peers::Get().Content(kSmallFile));
   }
 }
 
@@ -164,7 +155,7 @@ TEST_P(PeersOrigin, CompressedBodyIsDeliveredAsItIs) {
   EXPECT_EQ(answer.status, 200);
   EXPECT_EQ(answer.encoding, -1);
   EXPECT_LT(answer.body.size(), text.size());
-  EXPECT_EQ(DigestOf(Unzipped(answer.body, text.size())), DigestOf(text));
+  EXPECT_TRUE(Unzipped(answer.body, text.size()) == text);
 }
 
 TEST_P(PeersOrigin, SlowAnswerIsWaitedFor) {
@@ -173,7 +164,7 @@ TEST_P(PeersOrigin, SlowAnswerIsWaitedFor) {
   const Answer answer = Get(std::string("/slow/") + kMediumFile);
 
   EXPECT_EQ(answer.result, 0);
-  EXPECT_EQ(DigestOf(answer.body), DigestOf(Peers::Get().Content(kMediumFile)));
+  EXPECT_TRUE(answer.body == Peers::Get().Content(kMediumFile));
   EXPECT_GT(answer.deliveries, 1);
   // Faster, and the origin would not have been slow.
   EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));

@@ -34,16 +34,6 @@ std::string SomeText() {
 
 }  // namespace
 
-Digest DigestOf(std::string_view bytes) {
-  uint64_t hash = 0xCBF29CE484222325U;
-  for (const char c : bytes) hash = (hash ^ static_cast<unsigned char>(c)) * 0x100000001B3U;
-  return {bytes.size(), hash};
-}
-
-std::ostream &operator<<(std::ostream &out, const Digest &digest) {
-  return out << digest.size << " bytes of hash " << std::hex << digest.hash << std::dec;
-}
-
 std::string SeededBytes(size_t size) {
   std::mt19937_64 generator(size);
   std::string bytes(size, '\0');

@@ -10,22 +10,12 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "support/process.h"
 #include "support/scratch_folder.h"
 
 namespace qntest {
-
-// What a test needs to know of a body: equal digests mean equal bodies.
-struct Digest {
-  size_t size = 0;
-  uint64_t hash = 0;
-  bool operator==(const Digest &) const = default;
-};
-Digest DigestOf(std::string_view bytes);
-std::ostream &operator<<(std::ostream &out, const Digest &digest);
 
 // `size` pseudo-random bytes, the same ones for the same size.
 std::string SeededBytes(size_t size);

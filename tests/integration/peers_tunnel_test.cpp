@@ -107,22 +107,17 @@ std::string RequestFor(const std::string &file, const std::string &version) {
   return "GET /" + file + " HTTP/" + version + "\r\nHost: origin.example\r\n\r\n";
 }
 
-TEST_P(PeersTunnel, RequestIsSentInOneCall) {
+TEST_P(PeersTunnel, BringsALargeBodyAndThenTheEnd) {
   EXPECT_EQ(tunnel_.run_result(), -2);
   EXPECT_EQ(tunnel_.state(), QN_HTTP_SENDING);
-}
-
-TEST_P(PeersTunnel, GatewayGrantsIt) { EXPECT_EQ(StatusOf(tunnel_.ReceiveHeader()), 200); }
-
-TEST_P(PeersTunnel, BringsALargeBodyAndThenTheEnd) {
-  tunnel_.ReceiveHeader();
+  EXPECT_EQ(StatusOf(tunnel_.ReceiveHeader()), 200);
 
   ASSERT_TRUE(tunnel_.Send(RequestFor(kLargeFile, "1.0")));
   const std::string header = tunnel_.ReceiveHeader();
   const std::string body = tunnel_.ReceiveAll();
 
   EXPECT_EQ(StatusOf(header), 200);
-  EXPECT_EQ(DigestOf(body), DigestOf(Peers::Get().Content(kLargeFile)));
+  EXPECT_TRUE(body == Peers::Get().Content(kLargeFile));
   EXPECT_EQ(tunnel_.last_result(), 0);
 }
 
@@ -140,7 +135,7 @@ TEST_P(PeersTunnel, TakesALargeBody) {
   check.ReceiveHeader();
   ASSERT_TRUE(check.Send("GET /put/tunnel HTTP/1.0\r\n\r\n"));
   check.ReceiveHeader();
-  EXPECT_EQ(DigestOf(check.ReceiveAll()), DigestOf(content));
+  EXPECT_TRUE(check.ReceiveAll() == content);
 }
 
 TEST_P(PeersTunnel, CarriesOneExchangeAfterTheOther) {
@@ -150,7 +145,7 @@ TEST_P(PeersTunnel, CarriesOneExchangeAfterTheOther) {
     const std::string &content = Peers::Get().Content(file);
     ASSERT_TRUE(tunnel_.Send(RequestFor(file, "1.1")));
     EXPECT_EQ(StatusOf(tunnel_.ReceiveHeader()), 200);
-    EXPECT_EQ(DigestOf(tunnel_.Receive(content.size())), DigestOf(content));
+    EXPECT_TRUE(tunnel_.Receive(content.size()) == content);
   }
 }
 

@@ -5,8 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "qnget_cache_folder.h"
 #include "qnget_program.h"
+#include "qnget_root_folder.h"
 #include "qnget_traced.h"
 #include "support/process.h"
 #include "support/scratch_folder.h"
@@ -39,19 +39,26 @@ class QngetCacheHeader : public CacheFolder {
     for (const std::string &piece : pieces) script.push_back(SendBytes(piece));
     script.push_back(HalfClose());
     script.push_back(ReadToEnd());
-    ScriptedServer server({script});
-    return Fetch({"-i", LocalUrl(server.port())}).error;
+    return ToldOf({script});
   }
 };
 
-TEST_F(QngetCacheHeader, IsReadFromItsFirstLine) {
-  EXPECT_THAT(Told({kFresh, Padding(3 * kPause), "\r\n", "abc"}),
-              HasSubstr("cache: stored, fresh until "));
-}
+const char *const kStored = "\ncache: stored, fresh until ";
 
-TEST_F(QngetCacheHeader, IsReadToItsLastLine) {
-  EXPECT_THAT(Told({Padding(3 * kPause), kFresh + "\r\n", "abc"}),
-              HasSubstr("cache: stored, fresh until "));
+TEST_F(QngetCacheHeader, IsReadFromItsFirstLineToItsLastAndNoFurther) {
+  const std::string padding = Padding(3 * kPause);
+  // A line that begins before the mark and ends behind it, wherever a pause falls.
+  const std::string across = Padding(kPause - 1500) + "X: " + std::string(6000, 'y') + "\r\n";
+  const std::vector<std::string> answers[] = {
+      {kFresh, padding, "\r\n", "abc"},
+      {padding, kFresh + "\r\n", "abc"},
+      {across + kFresh + "\r\n", "abc"},
+      {"Cache-Con", "trol: max", "-age=6", "00\r", "\n\r", "\nabc"},
+      {kFresh + "\r\n" + kForbidden + kForbidden},
+  };
+  for (const std::vector<std::string> &pieces : answers) {
+    EXPECT_THAT(Told(pieces), HasSubstr(kStored)) << pieces.front().substr(0, 40);
+  }
 }
 
 TEST_F(QngetCacheHeader, IsReadBetweenPauses) {
@@ -59,85 +66,52 @@ TEST_F(QngetCacheHeader, IsReadBetweenPauses) {
               EndsWith("cache: not stored: no-cache\n"));
 }
 
-// The line begins before the mark and ends behind it, wherever a pause falls.
-TEST_F(QngetCacheHeader, IsReadWhereALineLiesAcrossAPause) {
-  const std::string lead = Padding(kPause - 1500);
+TEST_F(QngetCacheHeader, OfAnInterimAnswerOrAnEarlierTryDoesNotCount) {
+  const std::string interim = "HTTP/1.1 100 Continue\r\n" + kForbidden + "\r\n";
+  const ConnectionScript fresh = AnswerWith(Answer("abc", kFresh));
 
-  EXPECT_THAT(Told({lead + "X: " + std::string(6000, 'y') + "\r\n" + kFresh + "\r\n", "abc"}),
-              HasSubstr("cache: stored, fresh until "));
-}
-
-TEST_F(QngetCacheHeader, IsReadInPieces) {
-  EXPECT_THAT(Told({"Cache-Con", "trol: max", "-age=6", "00\r", "\n\r", "\nabc"}),
-              HasSubstr("cache: stored, fresh until "));
-}
-
-TEST_F(QngetCacheHeader, DoesNotReachIntoTheBody) {
-  EXPECT_THAT(Told({kFresh + "\r\n" + kForbidden + kForbidden}),
-              HasSubstr("cache: stored, fresh until "));
+  EXPECT_THAT(ToldOf({AnswerWith(interim + Answer("abc", kFresh))}), HasSubstr(kStored));
+  EXPECT_THAT(RunOn({AnswerWith(""), fresh},
+                    Rooted({"--cache", "-i", "--retry", "1", "--retry-delay", "0", kUrl}))
+                  .error,
+              HasSubstr(kStored));
 }
 
 class QngetCacheRedirect : public CacheFolder {
  protected:
   // What qnget says of the cache when a redirect and its target have such lines.
   std::string Told(const std::string &redirect_lines, const std::string &lines,
-                   const std::string &status = "302 Found") {
-    ScriptedServer target({AnswerWith(Answer("abc", lines))});
-    const std::string location = "Location: " + LocalUrl(target.port()) + "\r\n";
-    ScriptedServer server({AnswerWith(Answer("elsewhere", redirect_lines + location, status))});
-    url_ = LocalUrl(server.port());
-    return Fetch({"-i", url_}).error;
+                   const std::string &status = "302 Found") const {
+    return ToldOf({AnswerWith(Answer("elsewhere", redirect_lines + "Location: /t\r\n", status)),
+                   AnswerWith(Answer("abc", lines))});
   }
-
-  std::string url_;
 };
 
 TEST_F(QngetCacheRedirect, ForbidsToo) {
   EXPECT_THAT(Told(kForbidden, kFresh), EndsWith("\ncache: not stored: redirect 302: no-cache\n"));
-}
-
-TEST_F(QngetCacheRedirect, DoesNotAllowWhatItsTargetDoesNot) {
-  EXPECT_THAT(Told(kFresh, ""), EndsWith("\ncache: not stored: it has no lifetime\n"));
-}
-
-TEST_F(QngetCacheRedirect, NeedsALifetimeOfItsOwn) {
-  EXPECT_THAT(Told("", kFresh),
-              EndsWith("\ncache: not stored: redirect 302: it has no lifetime\n"));
-}
-
-TEST_F(QngetCacheRedirect, LastsADayIfItIsPermanent) {
-  EXPECT_THAT(Told("", kFresh, "301 Moved"), HasSubstr("\ncache: stored, fresh until "));
-}
-
-TEST_F(QngetCacheRedirect, CountsWhereItsHeaderCameOverPauses) {
   EXPECT_THAT(Told(kForbidden + Padding(3 * kPause), kFresh), EndsWith(": no-cache\n"));
 }
 
-TEST_F(QngetCacheRedirect, IsKeptUnderTheUrlThatWasGiven) {
-  Told(kFresh, kFresh);
+TEST_F(QngetCacheRedirect, NeedsALifetimeAsItsTargetDoesUnlessItIsPermanent) {
+  EXPECT_THAT(Told(kFresh, ""), EndsWith("\ncache: not stored: it has no lifetime\n"));
+  EXPECT_THAT(Told("", kFresh),
+              EndsWith("\ncache: not stored: redirect 302: it has no lifetime\n"));
+  EXPECT_THAT(Told("", kFresh, "301 Moved"), HasSubstr(kStored));
+}
 
-  EXPECT_EQ(Fetch({url_}).output, "abc");
+TEST_F(QngetCacheRedirect, IsKeptUnderTheUrlThatWasGiven) {
+  ScriptedServer server({AnswerWith(Answer("", "Location: /t\r\n" + kFresh, "302 Found")),
+                         AnswerWith(Answer("abc", kFresh))});
+  const std::string url = LocalUrl(server.port());
+  Fetch({url});
+
+  EXPECT_EQ(Fetch({url}).output, "abc");
 }
 
 // The cookie that it sets is not known when the next call begins.
 TEST_F(QngetCacheRedirect, MayNotSetWhatItsTargetVariesWith) {
   EXPECT_THAT(Told("Set-Cookie: a=b\r\n" + kFresh, "Vary: cookie\r\n" + kFresh),
               EndsWith("\ncache: not stored: Vary: Cookie, and a cookie was sent\n"));
-}
-
-TEST_F(QngetCacheHeader, OfAnInterimAnswerDoesNotCount) {
-  const std::string interim = "HTTP/1.1 100 Continue\r\n" + kForbidden + "\r\n";
-  ScriptedServer server({AnswerWith(interim + Answer("abc", kFresh))});
-
-  EXPECT_THAT(Fetch({"-i", LocalUrl(server.port())}).error,
-              HasSubstr("cache: stored, fresh until "));
-}
-
-TEST_F(QngetCacheHeader, OfAnEarlierTryDoesNotCount) {
-  ScriptedServer server({AnswerWith(""), AnswerWith(Answer("abc", kFresh))});
-
-  EXPECT_THAT(Fetch({"-i", "--retry", "1", "--retry-delay", "0", LocalUrl(server.port())}).error,
-              HasSubstr("cache: stored, fresh until "));
 }
 
 using QngetCacheHit = CacheFolder;

@@ -2,8 +2,9 @@
 #include "qnget_cache_table.h"
 
 #include <ctime>
-#include <ostream>
 #include <string_view>
+
+#include "qnget_program.h"
 
 namespace qntest {
 namespace {
@@ -115,18 +116,9 @@ std::string ServedFor(const CacheRow &row) {
   return std::to_string(seconds) + " s";
 }
 
-std::string Replaced(std::string text, const std::string &from, const std::string &to) {
-  for (size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
-    text.replace(at, from.size(), to);
-  }
-  return text;
-}
-
 }  // namespace
 
 std::span<const CacheRow> CacheRows() { return kRows; }
-
-void PrintTo(const CacheRow &row, std::ostream *out) { *out << row.name; }
 
 std::optional<int64_t> UntilOf(const CacheRow &row, int64_t now) {
   if (!row.lifetime) return {};

@@ -5,7 +5,6 @@
 #define QNSTACK_TESTS_INTEGRATION_QNGET_CACHE_TABLE_H
 
 #include <cstdint>
-#include <iosfwd>
 #include <optional>
 #include <span>
 #include <string>
@@ -30,9 +29,6 @@ struct CacheRow {
 };
 
 std::span<const CacheRow> CacheRows();
-
-// For the names of tests.
-void PrintTo(const CacheRow &row, std::ostream *out);
 
 // The first second at which the row's answer is not served if it comes at that Unix
 // time; none if it is not kept at all.

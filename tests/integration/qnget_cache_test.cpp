@@ -4,14 +4,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
-
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 
-#include "qnget_cache_folder.h"
 #include "qnget_program.h"
+#include "qnget_root_folder.h"
 #include "support/process.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
@@ -39,27 +37,16 @@ TEST_F(QngetCache, ServesTheSecondFetchWithTheServerStopped) {
     ASSERT_TRUE(Fetch({url}).output == body);
   }
 
-  const ProcessResult result = Fetch({url});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_TRUE(result.output == body);
-  EXPECT_EQ(result.error, "");
+  EXPECT_THAT(Fetch({url}), Delivers(body));
 }
 
-TEST_F(QngetCache, WritesAHitToAFile) {
-  const ScratchFolder folder;
+TEST_F(QngetCache, WritesAHitToAFileAndServesAnEmptyBody) {
   Save("http://127.0.0.1:9/m", "body");
+  Save("http://127.0.0.1:9/empty", "", {.file_no = 8});
 
-  const ProcessResult result = Fetch({"-o", folder.path("f"), "http://127.0.0.1:9/m"});
-
-  EXPECT_EQ(result.output, "");
-  EXPECT_EQ(folder.read("f"), "body");
-}
-
-TEST_F(QngetCache, ServesAnEmptyBody) {
-  Save("http://127.0.0.1:9/m", "");
-
-  EXPECT_EQ(Fetch({"http://127.0.0.1:9/m"}).exit_code, 0);
+  EXPECT_EQ(Fetch({"-o", folder_.path("f"), "http://127.0.0.1:9/m"}).output, "");
+  EXPECT_EQ(folder_.read("f"), "body");
+  EXPECT_THAT(Fetch({"http://127.0.0.1:9/empty"}), Delivers(""));
 }
 
 TEST_F(QngetCache, TellsOfAHit) {
@@ -82,12 +69,10 @@ TEST_F(QngetCache, KeepsMediaTypeAndStatus) {
 }
 
 TEST_F(QngetCache, TellsUntilWhenAnAnswerIsKept) {
-  ScriptedServer server({AnswerWith(Answer("abc", kFresh))});
+  const std::string told = ToldOf({AnswerWith(Answer("abc", kFresh))});
 
-  const ProcessResult result = Fetch({"-i", LocalUrl(server.port())});
-
-  EXPECT_THAT(result.error, ContainsRegex("\ncache: stored, fresh until " + kDate + "\n$"));
-  const std::string until = result.error.substr(result.error.size() - 17, 16);
+  EXPECT_THAT(told, ContainsRegex("\ncache: stored, fresh until " + kDate + "\n$"));
+  const std::string until = told.substr(told.size() - 17, 16);
   EXPECT_THAT(List(), HasSubstr("  " + until + "  fresh\n"));
 }
 
@@ -113,41 +98,28 @@ TEST_F(QngetCache, IsNotLookedAtWithoutItsOption) {
   const std::string url = LocalUrl(server.port());
   Save(url, "old");
 
-  EXPECT_EQ(RunQnget({"--root", root_, url}).output, "new");
+  EXPECT_EQ(Run({url}).output, "new");
 }
 
-struct Unkept {
-  const char *name;
-  std::string answer;
-  std::string reason;
-};
+TEST_F(QngetCache, LeavesOutWhatMayNotBeKept) {
+  const std::pair<std::string, const char *> unkept[] = {
+      {Answer("abc"), "it has no lifetime"},
+      {Answer("abc", "Cache-Control: max-age=600, no-store\r\n"), "no-store"},
+      {Answer("abc", kFresh, "404 Not Found"), "it has status 404"},
+      {Answer("abc", kFresh, "203 Partly"), "it has status 203"},
+      {Answer("abc", kFresh + "Vary: Accept, *\r\n"), "Vary: *"},
+      {Answer(std::string(1048576, 'x'), kFresh), "it has 1 MiB or more"},
+      {Answer("abc", "Vary: " + std::string(9000, 'x') + "\r\n" + kFresh),
+       "its URL and what it varies with are too long for the index"},
+  };
+  for (const auto &[answer, reason] : unkept) {
+    const std::string told = ToldOf({AnswerWith(answer)});
 
-void PrintTo(const Unkept &unkept, std::ostream *out) { *out << unkept.name; }
-
-class QngetCacheLeavesOut : public CacheFolder, public testing::WithParamInterface<Unkept> {};
-
-TEST_P(QngetCacheLeavesOut, WhatMayNotBeKept) {
-  ScriptedServer server({AnswerWith(GetParam().answer)});
-
-  const ProcessResult result = Fetch({"-i", LocalUrl(server.port())});
-
-  EXPECT_THAT(result.error, HasSubstr("\ncache: not stored: " + GetParam().reason + "\n"));
-  EXPECT_THAT(result.error, Not(HasSubstr("qnget: no cache")));
-  EXPECT_EQ(List(), kEmptyTable);
+    EXPECT_THAT(told, HasSubstr(std::string("\ncache: not stored: ") + reason + "\n"));
+    EXPECT_THAT(told, Not(HasSubstr("qnget: no cache")));
+    EXPECT_EQ(List(), kEmptyTable);
+  }
 }
-
-const Unkept kUnkept[] = {
-    {"WithoutLifetime", Answer("abc"), "it has no lifetime"},
-    {"WithNoStore", Answer("abc", "Cache-Control: max-age=600, no-store\r\n"), "no-store"},
-    {"WithAnErrorStatus", Answer("abc", kFresh, "404 Not Found"), "it has status 404"},
-    {"WithAnotherStatus", Answer("abc", kFresh, "203 Partly"), "it has status 203"},
-    {"WithABodyOf1MiB", Answer(std::string(1048576, 'x'), kFresh), "it has 1 MiB or more"},
-    {"WithTooMuchToVaryWith", Answer("abc", "Vary: " + std::string(9000, 'x') + "\r\n" + kFresh),
-     "its URL and what it varies with are too long for the index"},
-};
-
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetCacheLeavesOut, testing::ValuesIn(kUnkept),
-                         [](const auto &test) { return std::string(test.param.name); });
 
 TEST_F(QngetCache, KeepsABodyJustBelow1MiB) {
   const std::string body = ScatteredBytes(1048575);
@@ -158,22 +130,15 @@ TEST_F(QngetCache, KeepsABodyJustBelow1MiB) {
   EXPECT_TRUE(Fetch({url}).output == body);
 }
 
-TEST_F(QngetCache, LeavesOutAnIncompleteBody) {
-  ScriptedServer server(
-      {AnswerWith("HTTP/1.0 200 OK\r\nContent-Length: 4\r\n" + kFresh + "\r\nabc")});
+TEST_F(QngetCache, LeavesOutABodyThatIsNotWhole) {
+  const std::string length = "HTTP/1.0 200 OK\r\nContent-Length: 4\r\n" + kFresh + "\r\nabc";
+  const std::string none = "HTTP/1.0 200 OK\r\n" + kFresh + "\r\nabc";
+  for (const ConnectionScript &script :
+       {AnswerWith(length), ConnectionScript{ReadHeader(), SendBytes(none), Reset()}}) {
+    EXPECT_EQ(RunOn({script}, Rooted({"--cache", kUrl})).exit_code, 4);
 
-  EXPECT_EQ(Fetch({LocalUrl(server.port())}).exit_code, 4);
-
-  EXPECT_EQ(List(), kEmptyTable);
-}
-
-TEST_F(QngetCache, LeavesOutABodyWhoseConnectionBroke) {
-  ScriptedServer server(
-      {{ReadHeader(), SendBytes("HTTP/1.0 200 OK\r\n" + kFresh + "\r\nabc"), Reset()}});
-
-  EXPECT_EQ(Fetch({LocalUrl(server.port())}).exit_code, 4);
-
-  EXPECT_EQ(List(), kEmptyTable);
+    EXPECT_EQ(List(), kEmptyTable);
+  }
 }
 
 struct Damage {
@@ -181,24 +146,8 @@ struct Damage {
   void (*inflict)(const std::string &root);
 };
 
-void PrintTo(const Damage &damage, std::ostream *out) { *out << damage.name; }
-
 void Overwrite(const std::string &file, const std::string &bytes) {
   std::ofstream(file, std::ios::binary) << bytes;
-}
-
-class QngetDamagedCache : public CacheFolder, public testing::WithParamInterface<Damage> {};
-
-TEST_P(QngetDamagedCache, IsAsGoodAsNone) {
-  ScriptedServer server({AnswerWith(Answer("right", kFresh))});
-  const std::string url = LocalUrl(server.port());
-  Save(url, "wrong");
-  GetParam().inflict(root_);
-
-  const ProcessResult result = Fetch({url});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, "right");
 }
 
 const Damage kDamages[] = {
@@ -218,16 +167,28 @@ const Damage kDamages[] = {
     {"WithHalfAnIndex", [](const auto &root) { fs::resize_file(root + "/wap/ca/ca.txt", 12); }},
 };
 
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetDamagedCache, testing::ValuesIn(kDamages),
-                         [](const auto &test) { return std::string(test.param.name); });
+TEST_F(QngetCache, IsAsGoodAsNoneWhereItIsDamaged) {
+  for (const Damage &damage : kDamages) {
+    SCOPED_TRACE(damage.name);
+    fs::remove_all(root_);
+    ScriptedServer server({AnswerWith(Answer("right", kFresh))});
+    const std::string url = LocalUrl(server.port());
+    Save(url, "wrong");
+    damage.inflict(root_);
+
+    const ProcessResult result = Fetch({url});
+
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_EQ(result.output, "right");
+  }
+}
 
 TEST_F(QngetCache, DoesNoHarmWhereItCannotBe) {
   const ScratchFolder folder;
   const std::string caches = folder.write("file", "") + "/caches";
-  ScriptedServer server({AnswerWith(Answer("abc", kFresh))});
 
-  const ProcessResult result = RunQnget({"--cache", "-i", LocalUrl(server.port())},
-                                        {.environment = {"XDG_CACHE_HOME=" + caches}});
+  const Exchange result = RunOnAnswer(Answer("abc", kFresh), {"--cache", "-i", kUrl},
+                                      {.environment = {"XDG_CACHE_HOME=" + caches}});
 
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.output, "abc");
@@ -237,10 +198,9 @@ TEST_F(QngetCache, DoesNoHarmWhereItCannotBe) {
 }
 
 TEST_F(QngetCache, SaysWhenAnAnswerCannotBeWritten) {
-  ScriptedServer server({AnswerWith(Answer("abc", kFresh))});
   fs::create_directories(root_ + "/wap/ca/ca.txt/in-the-way");
 
-  const ProcessResult result = Fetch({"-i", LocalUrl(server.port())});
+  const Exchange result = RunOnAnswer(Answer("abc", kFresh), Rooted({"--cache", "-i", kUrl}));
 
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.output, "abc");
@@ -249,33 +209,29 @@ TEST_F(QngetCache, SaysWhenAnAnswerCannotBeWritten) {
 }
 
 TEST_F(QngetCache, IsForItsOwnerAlone) {
-  ScriptedServer server({AnswerWith(Answer("abc", kFresh))});
   root_ += "/deep/er";
 
-  Fetch({LocalUrl(server.port())});
+  ToldOf({AnswerWith(Answer("abc", kFresh))});
 
   for (const std::string &folder : {folder_.path("root/deep"), root_}) {
-    struct stat found {};
-    ASSERT_EQ(stat(folder.c_str(), &found), 0);
-    EXPECT_EQ(found.st_mode & 07777, 0700u);
+    EXPECT_EQ(fs::status(folder).permissions(), fs::perms(0700)) << folder;
   }
 }
 
 TEST_F(QngetCache, IsBelowTheUsersFolder) {
-  ScriptedServer server({AnswerWith(Answer("a", kFresh)), AnswerWith(Answer("b", kFresh))});
-  const std::string url = LocalUrl(server.port());
-
-  RunQnget({"--cache", url}, {.environment = {"XDG_CACHE_HOME=" + folder_.path("caches")}});
-  RunQnget({"--cache", url}, {.environment = {"XDG_CACHE_HOME=", "HOME=" + folder_.path("home")}});
+  const auto fetch = [](const Words &environment) {
+    RunOnAnswer(Answer("a", kFresh), {"--cache", kUrl}, {.environment = environment});
+  };
+  fetch({"XDG_CACHE_HOME=" + folder_.path("caches")});
+  fetch({"XDG_CACHE_HOME=", "HOME=" + folder_.path("home")});
 
   EXPECT_TRUE(fs::exists(folder_.path("caches/qnget/wap/ca/ca.txt")));
   EXPECT_TRUE(fs::exists(folder_.path("home/.cache/qnget/wap/ca/ca.txt")));
 }
 
-TEST_F(QngetCache, IsNotMadeByAPlainTransfer) {
-  ScriptedServer server({AnswerWith(Answer("abc", kFresh))});
-
-  RunQnget({"--root", root_, LocalUrl(server.port())});
+TEST_F(QngetCache, IsMadeNeitherByAPlainTransferNorByItsList) {
+  RunOnAnswer(Answer("abc", kFresh), Rooted({kUrl}));
+  EXPECT_EQ(List(), kEmptyTable);
 
   EXPECT_FALSE(fs::exists(root_));
 }
@@ -308,12 +264,6 @@ TEST_F(QngetCache, ListsLocalTimes) {
   EXPECT_THAT(list("EST5EDT"), HasSubstr(" 2026-10-26 03:33  "));
 }
 
-TEST_F(QngetCache, IsListedWithoutBeingMade) {
-  EXPECT_EQ(List(), kEmptyTable);
-
-  EXPECT_FALSE(fs::exists(root_));
-}
-
 TEST_F(QngetCache, ListsNoControlCharacters) {
   Save("http://h/\x1b[2J", "");
 
@@ -323,7 +273,7 @@ TEST_F(QngetCache, ListsNoControlCharacters) {
 TEST_F(QngetCache, IsEmptied) {
   Save("http://127.0.0.1:9/m", "body");
 
-  EXPECT_EQ(RunQnget({"--root", root_, "--cache-clear"}).exit_code, 0);
+  EXPECT_EQ(Run({"--cache-clear"}).exit_code, 0);
 
   EXPECT_EQ(List(), kEmptyTable);
   EXPECT_FALSE(fs::exists(root_ + "/wap/ca/7"));
@@ -332,10 +282,7 @@ TEST_F(QngetCache, IsEmptied) {
 TEST_F(QngetCache, SaysWhenItCannotBeEmptied) {
   fs::create_directories(root_ + "/wap/ca/ca.txt/in-the-way");
 
-  const ProcessResult result = RunQnget({"--root", root_, "--cache-clear"});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not empty the cache below " + root_));
+  EXPECT_THAT(Run({"--cache-clear"}), FailsWith(6, "could not empty the cache below " + root_));
 }
 
 }  // namespace

@@ -17,38 +17,20 @@ namespace {
 
 using testing::HasSubstr;
 
-struct Body {
-  const char *name;
-  const char *charset;
-  std::string bytes;
-  std::string text;
-};
-
-void PrintTo(const Body &body, std::ostream *out) { *out << body.name; }
-
-class QngetCharset : public testing::TestWithParam<Body> {};
-
-TEST_P(QngetCharset, IsWrittenAsUtf8) {
-  ScriptedServer server({AnswerWith(Answer(GetParam().bytes))});
-
-  const ProcessResult result = RunQnget({"--charset", GetParam().charset, LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, GetParam().text);
-  EXPECT_EQ(result.error, "");
+TEST(QngetCharset, IsWrittenAsUtf8) {
+  const auto call = [](const char *name, const char *charset, const std::string &bytes,
+                       const std::string &text) {
+    return Call{name, AnswerWith(Answer(bytes)), {"--charset", charset, kUrl}, text};
+  };
+  ExpectEach({
+      call("Latin1", "4", "caf\xE9", "caf\xC3\xA9"),
+      call("Utf8", "106", "caf\xC3\xA9", "caf\xC3\xA9"),
+      call("Ucs2", "1000", std::string("\xFE\xFF\x00h\x00\xE9", 6), "h\xC3\xA9"),
+      call("Utf16", "1015", std::string("\xFF\xFEh\x00\x3D\xD8\x00\xDE", 8), "h\xF0\x9F\x98\x80"),
+      call("UsAscii", "3", "abc", "abc"),
+      call("Empty", "1015", "", ""),
+  });
 }
-
-const Body kBodies[] = {
-    {"Latin1", "4", "caf\xE9", "caf\xC3\xA9"},
-    {"Utf8", "106", "caf\xC3\xA9", "caf\xC3\xA9"},
-    {"Ucs2", "1000", std::string("\xFE\xFF\x00h\x00\xE9", 6), "h\xC3\xA9"},
-    {"Utf16", "1015", std::string("\xFF\xFEh\x00\x3D\xD8\x00\xDE", 8), "h\xF0\x9F\x98\x80"},
-    {"UsAscii", "3", "abc", "abc"},
-    {"Empty", "1015", "", ""},
-};
-
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetCharset, testing::ValuesIn(kBodies),
-                         [](const auto &test) { return std::string(test.param.name); });
 
 // The library gives text in pieces of its own size, and a character may lie
 // across two of them.
@@ -59,20 +41,15 @@ TEST(QngetCharsetOption, DecodesABodyOfManyPiecesAsOne) {
     bytes += "\x2D\x4E";
     text += "\xE4\xB8\xAD";
   }
-  ScriptedServer server({AnswerWith(Answer(bytes))});
 
-  const ProcessResult result = RunQnget({"--charset=1015", LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, text);
+  EXPECT_THAT(RunOnAnswer(Answer(bytes), {"--charset=1015", kUrl}), Delivers(text));
 }
 
 TEST(QngetCharsetOption, LeavesNoFileWhereTheBodyIsNoText) {
   const ScratchFolder folder;
   const std::string file = folder.write("kept", "old");
-  ScriptedServer server({AnswerWith(Answer("no mark here"))});
 
-  const ProcessResult result = RunQnget({"--charset=1000", "-o", file, LocalUrl(server.port())});
+  const Exchange result = RunOnAnswer(Answer("no mark here"), {"--charset=1000", "-o", file, kUrl});
 
   EXPECT_EQ(result.exit_code, 4);
   EXPECT_THAT(result.error, HasSubstr("qnget: the body is no text in the character set 1000"));
@@ -81,17 +58,11 @@ TEST(QngetCharsetOption, LeavesNoFileWhereTheBodyIsNoText) {
 
 TEST(QngetCharsetOption, DecodesWhatTheCacheServesToo) {
   const ScratchFolder folder;
-  std::string url;
-  {
-    ScriptedServer server({AnswerWith(Answer("caf\xE9", "Cache-Control: max-age=1000\r\n"))});
-    url = LocalUrl(server.port());
-    RunQnget({"--cache", "--root", folder.path(), url});
-  }
+  ScriptedServer server({AnswerWith(Answer("caf\xE9", "Cache-Control: max-age=1000\r\n"))});
+  const Words arguments{"--cache", "--root", folder.path(), LocalUrl(server.port())};
+  RunQnget(arguments);
 
-  const ProcessResult result = RunQnget({"--cache", "--root", folder.path(), "--charset=4", url});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, "caf\xC3\xA9");
+  EXPECT_THAT(RunQnget(Joined({"--charset=4"}, arguments)), Delivers("caf\xC3\xA9"));
 }
 
 // An answer with a body of 64 MiB and some bytes more.
@@ -104,25 +75,17 @@ ConnectionScript LargestText(const std::string &more) {
           ReadToEnd()};
 }
 
-TEST(QngetCharsetOption, DecodesATextOf64MiB) {
+TEST(QngetCharsetOption, DecodesATextOf64MiBAndNoLongerOne) {
   const ScratchFolder folder;
-  ScriptedServer server({LargestText("")});
+  const std::string file = folder.path("f");
+  const auto size = [&] { return std::filesystem::file_size(file); };
 
-  RunQnget({"--charset=4", "-o", folder.path("f"), LocalUrl(server.port())});
+  RunOn({LargestText("")}, {"--charset=4", "-o", file, kUrl});
+  EXPECT_EQ(size(), 64U << 20U);
 
-  EXPECT_EQ(std::filesystem::file_size(folder.path("f")), 64U << 20U);
-}
-
-TEST(QngetCharsetOption, DecodesNoTextAbove64MiB) {
-  const ScratchFolder folder;
-  const std::string file = folder.write("kept", "old");
-  ScriptedServer server({LargestText("y")});
-
-  const ProcessResult result = RunQnget({"--charset=4", "-o", file, LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, Message("the body is longer than the 64 MiB that --charset decodes"));
-  EXPECT_EQ(folder.read("kept"), "old");
+  EXPECT_THAT(RunOn({LargestText("y")}, {"--charset=4", "-o", file, kUrl}),
+              FailsWith(4, "the body is longer than the 64 MiB that --charset decodes"));
+  EXPECT_EQ(size(), 64U << 20U);
 }
 
 TEST(QngetCharsetOption, NamesTheSetsThatItKnows) {
@@ -134,13 +97,6 @@ TEST(QngetCharsetOption, NamesTheSetsThatItKnows) {
                                         "'; there are 3 (US-ASCII), 4 (ISO-8859-1), 106 (UTF-8), "
                                         "1000 (UCS-2), 1015 (UTF-16)"));
   }
-}
-
-TEST(QngetCharsetOption, IsRefusedWithARawAnswer) {
-  const ProcessResult raw = RunQnget({"--raw", "--charset=4", "http://127.0.0.1:9/"});
-
-  EXPECT_EQ(raw.exit_code, 1);
-  EXPECT_THAT(raw.error, HasSubstr("not a --raw answer"));
 }
 
 }  // namespace

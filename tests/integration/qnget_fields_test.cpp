@@ -16,8 +16,6 @@ namespace {
 using qnget::HeaderField;
 using qnget::Options;
 using qnget::RequestFields;
-using testing::ElementsAre;
-using testing::EndsWith;
 using testing::Field;
 using testing::HasSubstr;
 
@@ -36,12 +34,6 @@ struct Refused {
   const char *line;
   const char *reason;
 };
-
-class QngetRefusedHeaderLine : public testing::TestWithParam<Refused> {};
-
-TEST_P(QngetRefusedHeaderLine, IsSaidWithItsReason) {
-  EXPECT_THAT(qnget::CheckHeaderLine(GetParam().line), HasSubstr(GetParam().reason));
-}
 
 const Refused kRefused[] = {
     {"", "not 'Name: value'"},
@@ -70,7 +62,12 @@ const Refused kRefused[] = {
     {"Upgrade: h2c", "decides on Upgrade"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetRefusedHeaderLine, testing::ValuesIn(kRefused));
+TEST(QngetRefusedHeaderLine, IsSaidWithItsReason) {
+  for (const Refused &row : kRefused) {
+    SCOPED_TRACE(row.line);
+    EXPECT_THAT(qnget::CheckHeaderLine(row.line), HasSubstr(row.reason));
+  }
+}
 
 // Options with values for the fields of the table and further lines.
 Options OptionsWith(const std::vector<HeaderField> &lines) {
@@ -80,49 +77,40 @@ Options OptionsWith(const std::vector<HeaderField> &lines) {
   return options;
 }
 
+// The fields in one line.
+std::string TextOf(const std::vector<HeaderField> &fields) {
+  std::string text;
+  for (const auto &[name, value] : fields) text += name + ": " + value + "; ";
+  return text;
+}
+
 TEST(QngetFields, HaveTheLibrarysDefaults) {
-  const std::vector<HeaderField> fields = RequestFields(Options());
-
-  ASSERT_EQ(fields.size(), 4u);
-  EXPECT_THAT(fields[0], Is("Accept", "*/*,application/vnd.wap.mms-message,text/html"));
-  EXPECT_EQ(fields[1].name, "User-Agent");
-  EXPECT_THAT(fields[1].value, testing::StartsWith("MRV-WIN K415/"));
-  EXPECT_EQ(fields[2].name, "Profile");
-  EXPECT_THAT(fields[2].value, EndsWith("/mobile/uaprof/MRV-K415.xml"));
-  EXPECT_THAT(fields[3], Is("Accept-Language", "en"));
+  EXPECT_THAT(
+      TextOf(RequestFields(Options())),
+      testing::MatchesRegex("Accept: [*]/[*],application/vnd.wap.mms-message,text/html; "
+                            "User-Agent: MRV-WIN K415/.*; Profile: .*/mobile/uaprof/MRV-K415.xml; "
+                            "Accept-Language: en; "));
 }
 
-TEST(QngetFields, HaveWhatOptionsSay) {
-  EXPECT_THAT(RequestFields(OptionsWith({})),
-              ElementsAre(Is("Accept", "a"), Is("User-Agent", "u"), Is("Profile", "p"),
-                          Is("Accept-Language", "en")));
-}
-
-TEST(QngetFields, AreReplacedByLinesOfTheirName) {
-  EXPECT_THAT(RequestFields(OptionsWith({{"user-agent", "first"}, {"USER-AGENT", "last"}})),
-              ElementsAre(Is("Accept", "a"), Is("User-Agent", "last"), Is("Profile", "p"),
-                          Is("Accept-Language", "en")));
-}
-
-TEST(QngetFields, AreLeftOutByLinesWithoutAValue) {
-  EXPECT_THAT(RequestFields(OptionsWith({{"Accept", ""}, {"profile", ""}})),
-              ElementsAre(Is("User-Agent", "u"), Is("Accept-Language", "en")));
-}
-
-TEST(QngetFields, EndWithTheFurtherOnes) {
-  EXPECT_THAT(RequestFields(OptionsWith({{"X-A", "1"}, {"Accept", "b"}, {"X-A", "2"}})),
-              ElementsAre(Is("Accept", "b"), Is("User-Agent", "u"), Is("Profile", "p"),
-                          Is("Accept-Language", "en"), Is("X-A", "1"), Is("X-A", "2")));
+TEST(QngetFields, AreThoseOfTheOptionsAndTheLines) {
+  const std::pair<std::vector<HeaderField>, const char *> fields[] = {
+      {{}, "Accept: a; User-Agent: u; Profile: p; Accept-Language: en; "},
+      {{{"user-agent", "first"}, {"USER-AGENT", "last"}},
+       "Accept: a; User-Agent: last; Profile: p; Accept-Language: en; "},
+      {{{"Accept", ""}, {"profile", ""}}, "User-Agent: u; Accept-Language: en; "},
+      {{{"X-A", "1"}, {"Accept", "b"}, {"X-A", "2"}},
+       "Accept: b; User-Agent: u; Profile: p; Accept-Language: en; X-A: 1; X-A: 2; "},
+  };
+  for (const auto &[lines, text] : fields)
+    EXPECT_EQ(TextOf(RequestFields(OptionsWith(lines))), text);
 }
 
 TEST(QngetFields, LoseThoseThatTellWhoTheUserIs) {
-  std::vector<HeaderField> fields = RequestFields(
-      OptionsWith({{"authorization", "Basic eA=="}, {"Cookie", "a=b"}, {"X-A", "1"}}));
+  std::vector<HeaderField> fields{{"authorization", "Basic eA=="}, {"Cookie", "a=b"}, {"X-A", "1"}};
 
   DropPrivateFields(fields);
 
-  EXPECT_EQ(fields.size(), 5u);
-  EXPECT_THAT(fields.back(), Is("X-A", "1"));
+  EXPECT_EQ(TextOf(fields), "X-A: 1; ");
 }
 
 TEST(QngetFields, NeedOneOfTheTableToCarryOthers) {
@@ -149,8 +137,11 @@ std::string RequestWith(const std::vector<HeaderField> &fields) {
 }
 
 TEST(QngetHeaderTable, CarriesAllFieldsInTheirOrder) {
-  EXPECT_EQ(RequestWith({{"Accept", "a"}, {"Profile", "p"}, {"X-A", "1"}, {"X-B", "2"}}),
-            "GET / HTTP/1.0\r\nHost: h:80\r\nAccept: a\r\nProfile: p\r\nX-A: 1\r\nX-B: 2\r\n\r\n");
+  const std::string value(5000, 'v');
+
+  EXPECT_EQ(RequestWith({{"Accept", "a"}, {"Profile", "p"}, {"X-A", value}, {"X-B", "2"}}),
+            "GET / HTTP/1.0\r\nHost: h:80\r\nAccept: a\r\nProfile: p\r\nX-A: " + value +
+                "\r\nX-B: 2\r\n\r\n");
 }
 
 TEST(QngetHeaderTable, CarriesNothingElse) {
@@ -159,34 +150,11 @@ TEST(QngetHeaderTable, CarriesNothingElse) {
   EXPECT_EQ(RequestWith({}), "GET / HTTP/1.0\r\nHost: h:80\r\n\r\n");
 }
 
-TEST(QngetHeaderTable, CarriesValuesOfAnyLength) {
-  const std::string value(5000, 'v');
-
-  EXPECT_EQ(RequestWith({{"Accept", "a"}, {"X-A", value}}),
-            "GET / HTTP/1.0\r\nHost: h:80\r\nAccept: a\r\nX-A: " + value + "\r\n\r\n");
-}
-
 struct Redirect {
   const char *method;
   int status;
   const char *next;  // method; nullptr: the answer is final
 };
-
-class QngetFollowing : public testing::TestWithParam<Redirect> {};
-
-TEST_P(QngetFollowing, GoesOnAsTheStatusSays) {
-  const qnget::Request request{GetParam().method, qnget::ReadUrl("http://h/a/b").url, true};
-  const std::string head =
-      "HTTP/1.0 " + std::to_string(GetParam().status) + " x\r\nLocation: c\r\n";
-
-  const auto next = FollowingRequest(request, qnget::ReadAnswerHead(head));
-
-  ASSERT_EQ(next.has_value(), GetParam().next != nullptr);
-  if (!next) return;
-  EXPECT_EQ(next->method, GetParam().next);
-  EXPECT_EQ(next->with_body, next->method == request.method);
-  EXPECT_EQ(next->url.Text(), "http://h/a/c");
-}
 
 const Redirect kRedirects[] = {
     {"GET", 301, "GET"},   {"GET", 302, "GET"},   {"GET", 303, "GET"},   {"GET", 307, "GET"},
@@ -198,10 +166,21 @@ const Redirect kRedirects[] = {
     {"GET", 305, nullptr}, {"GET", 306, nullptr}, {"GET", 309, nullptr}, {"GET", 404, nullptr},
 };
 
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetFollowing, testing::ValuesIn(kRedirects),
-                         [](const auto &test) {
-                           return test.param.method + std::to_string(test.param.status);
-                         });
+TEST(QngetFollowing, GoesOnAsTheStatusSays) {
+  for (const Redirect &row : kRedirects) {
+    SCOPED_TRACE(row.method + std::to_string(row.status));
+    const qnget::Request request{row.method, qnget::ReadUrl("http://h/a/b").url, true};
+    const std::string head = "HTTP/1.0 " + std::to_string(row.status) + " x\r\nLocation: c\r\n";
+
+    const auto next = FollowingRequest(request, qnget::ReadAnswerHead(head));
+
+    EXPECT_EQ(next.has_value(), row.next != nullptr);
+    if (!next || row.next == nullptr) continue;
+    EXPECT_EQ(next->method, row.next);
+    EXPECT_EQ(next->with_body, next->method == request.method);
+    EXPECT_EQ(next->url.Text(), "http://h/a/c");
+  }
+}
 
 TEST(QngetFollowingNothing, WithoutALocation) {
   const qnget::Request request{"GET", qnget::ReadUrl("http://h/").url, false};

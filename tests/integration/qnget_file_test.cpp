@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 
 #include "qnget_program.h"
 #include "qnget_traced.h"
@@ -23,27 +24,11 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ContainsRegex;
 using testing::HasSubstr;
-using Names = std::vector<std::string>;
-
-// Enough of a body that the library hands some of it out, and a rest that waits.
-ConnectionScript HalfABody() {
-  return {ReadHeader(),  SendBytes("HTTP/1.0 200 OK\r\n\r\n" + std::string(30000, 'x')),
-          AwaitSignal(), SendBytes("the rest"),
-          HalfClose(),   ReadToEnd()};
-}
-
-struct stat StatusOf(const std::string &file) {
-  struct stat found {};
-  EXPECT_EQ(stat(file.c_str(), &found), 0);
-  return found;
-}
 
 // The command without the privileges that open every file to root.
-std::vector<std::string> Unprivileged(const std::vector<std::string> &command) {
+Words Unprivileged(const Words &command) {
   if (geteuid() != 0) return command;
-  std::vector<std::string> all{"setpriv", "--inh-caps=-all", "--bounding-set=-all"};
-  all.insert(all.end(), command.begin(), command.end());
-  return all;
+  return Joined({"setpriv", "--inh-caps=-all", "--bounding-set=-all"}, command);
 }
 
 bool HasUnnamedFiles(const std::string &folder) {
@@ -54,12 +39,21 @@ bool HasUnnamedFiles(const std::string &folder) {
 
 class QngetFile : public testing::Test {
  protected:
-  std::string url() const { return LocalUrl(server_.port()); }
-  std::vector<std::string> ToFile() const { return {"-o", file_, url()}; }
+  Words ToFile() const { return {"-o", file_, LocalUrl(server_.port())}; }
+
+  // Lets this happen while a body comes in; what becomes of the call.
+  ProcessResult ResultWhere(const std::function<void()> &happens) const {
+    ScriptedServer server({HalfABody()});
+    Process program(QngetCommand({"-i", "-o", file_, LocalUrl(server.port())}));
+    EXPECT_TRUE(program.WaitForError("url: "));
+    happens();
+    server.Signal();
+    return program.wait();
+  }
 
   const ScratchFolder folder_;
   const std::string file_ = folder_.path("f");
-  ScriptedServer server_{{AnswerWith(Answer("new"))}};
+  ScriptedServer server_{{AnswerWith(Answer("new")), AnswerWith(Answer("new"))}};
 };
 
 TEST_F(QngetFile, KeepsTheModeOfTheOneBefore) {
@@ -69,7 +63,7 @@ TEST_F(QngetFile, KeepsTheModeOfTheOneBefore) {
   RunQnget(ToFile());
 
   EXPECT_EQ(folder_.read("f"), "new");
-  EXPECT_EQ(StatusOf(file_).st_mode & 07777, 0604u);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0604));
 }
 
 TEST_F(QngetFile, KeepsTheOwnerOfTheOneBefore) {
@@ -79,18 +73,18 @@ TEST_F(QngetFile, KeepsTheOwnerOfTheOneBefore) {
   RunQnget(ToFile());
 
   EXPECT_EQ(folder_.read("f"), "new");
-  EXPECT_EQ(StatusOf(file_).st_uid, 1u);
-  EXPECT_EQ(StatusOf(file_).st_gid, 2u);
+  struct stat found {};
+  ASSERT_EQ(stat(file_.c_str(), &found), 0);
+  EXPECT_EQ(found.st_uid, 1u);
+  EXPECT_EQ(found.st_gid, 2u);
 }
 
 TEST_F(QngetFile, IsRefusedBeforeTheRequestWhereItMayNotBeWritten) {
   folder_.write("f", "old");
   chmod(file_.c_str(), 0444);
 
-  const ProcessResult result = RunProgram(Unprivileged(QngetCommand(ToFile())));
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not write " + file_ + ": Permission denied"));
+  EXPECT_THAT(RunProgram(Unprivileged(QngetCommand(ToFile()))),
+              FailsWith(6, "could not write " + file_ + ": Permission denied"));
   EXPECT_EQ(folder_.read("f"), "old");
   EXPECT_EQ(server_.accepted(), 0u);
 }
@@ -101,69 +95,40 @@ TEST_F(QngetFile, IsRefusedBeforeTheRequestWhereTheFolderMayNotBeWritten) {
   const ProcessResult result = RunProgram(Unprivileged(QngetCommand(ToFile())));
   chmod(folder_.path().c_str(), 0700);
 
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not create " + file_ + ": Permission denied"));
+  EXPECT_THAT(result, FailsWith(6, "could not create " + file_ + ": Permission denied"));
   EXPECT_EQ(server_.accepted(), 0u);
 }
 
 TEST_F(QngetFile, ReplacesOneThatAppearsMeanwhile) {
-  ScriptedServer server({HalfABody()});
-  Process program(QngetCommand({"-i", "-o", file_, LocalUrl(server.port())}));
-  ASSERT_TRUE(program.WaitForError("url: "));
-  folder_.write("f", "meanwhile");
+  EXPECT_EQ(ResultWhere([this] { folder_.write("f", "meanwhile"); }).exit_code, 0);
 
-  server.Signal();
-
-  EXPECT_EQ(program.wait().exit_code, 0);
-  EXPECT_EQ(folder_.read("f"), std::string(30000, 'x') + "the rest");
-  EXPECT_EQ(folder_.names(), Names{"f"});
+  EXPECT_EQ(folder_.read("f"), kHalfABody + kRest);
+  EXPECT_EQ(folder_.names(), Words{"f"});
 }
 
 TEST_F(QngetFile, GivesWayToAFolderThatAppearsMeanwhile) {
-  ScriptedServer server({HalfABody()});
-  Process program(QngetCommand({"-i", "-o", file_, LocalUrl(server.port())}));
-  ASSERT_TRUE(program.WaitForError("url: "));
-  fs::create_directory(file_);
+  const ProcessResult result = ResultWhere([this] { fs::create_directory(file_); });
 
-  server.Signal();
-
-  const ProcessResult result = program.wait();
   EXPECT_EQ(result.exit_code, 6);
   EXPECT_THAT(result.error, HasSubstr(Message("could not create " + file_ + ": Is a directory")));
-  EXPECT_EQ(folder_.names(), Names{"f"});
+  EXPECT_EQ(folder_.names(), Words{"f"});
 }
 
-class QngetKilled : public testing::Test {
- protected:
-  // Kills the program when a part of the body has been written to the file.
-  void KillWithHalfABody() {
-    Process program(QngetCommand({"-o", folder_.path("f"), LocalUrl(server_.port())}),
+TEST_F(QngetFile, IsLeftAsItWasWhereTheProgramIsKilled) {
+  if (!HasUnnamedFiles(folder_.path())) GTEST_SKIP() << "no unnamed files on this medium";
+  for (const Words &names : {Words{}, Words{"f"}}) {
+    if (!names.empty()) folder_.write("f", "old");
+    ScriptedServer server({HalfABody()});
+    Process program(QngetCommand({"-o", file_, LocalUrl(server.port())}),
                     {.error = Sink::kTerminal});
     ASSERT_TRUE(program.WaitForError(" kB"));
+
     program.SendSignal(SIGKILL);
-    ASSERT_EQ(program.wait().signal, SIGKILL);
+
+    EXPECT_EQ(program.wait().signal, SIGKILL);
+    EXPECT_EQ(folder_.names(), names);
+    EXPECT_EQ(folder_.read("f"), names.empty() ? "" : "old");
   }
-
-  const ScratchFolder folder_;
-  ScriptedServer server_{{HalfABody()}};
-};
-
-TEST_F(QngetKilled, LeavesNothingOfANewFile) {
-  if (!HasUnnamedFiles(folder_.path())) GTEST_SKIP() << "no unnamed files on this medium";
-
-  KillWithHalfABody();
-
-  EXPECT_EQ(folder_.names(), Names{});
-}
-
-TEST_F(QngetKilled, LeavesAnOldFileAsItWas) {
-  if (!HasUnnamedFiles(folder_.path())) GTEST_SKIP() << "no unnamed files on this medium";
-  folder_.write("f", "old");
-
-  KillWithHalfABody();
-
-  EXPECT_EQ(folder_.names(), Names{"f"});
-  EXPECT_EQ(folder_.read("f"), "old");
 }
 
 class QngetTracedFile : public QngetFile {
@@ -175,13 +140,6 @@ class QngetTracedFile : public QngetFile {
   // Lets a system call fail.
   ProcessResult RunInjected(const std::string &fault) const {
     return RunTraced({"-o", "/dev/null", "-e", "inject=" + fault}, ToFile());
-  }
-
-  void ExpectNotReplaced(const ProcessResult &result, const std::string &message) const {
-    EXPECT_EQ(result.exit_code, 6);
-    EXPECT_EQ(result.error, Message(message));
-    EXPECT_EQ(folder_.names(), Names{"f"});
-    EXPECT_EQ(folder_.read("f"), "old");
   }
 };
 
@@ -199,10 +157,17 @@ TEST_F(QngetTracedFile, HasAPassingNameWhereTheMediumKnowsNoUnnamedOnes) {
   RunTraced(NoUnnamedFilesIn(folder_.path()), ToFile());
 
   EXPECT_EQ(folder_.read("f"), "new");
-  EXPECT_EQ(folder_.names(), Names{"f"});
+  EXPECT_EQ(folder_.names(), Words{"f"});
   const mode_t mask = umask(0);
   umask(mask);
-  EXPECT_EQ(StatusOf(file_).st_mode & 07777, 0666 & ~mask);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0666 & ~mask));
+
+  folder_.write("f", "old");
+  chmod(file_.c_str(), 0604);
+  RunTraced(NoUnnamedFilesIn(folder_.path()), ToFile());
+
+  EXPECT_EQ(folder_.read("f"), "new");
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0604));
 }
 
 // By /proc an unnamed file gets its name.
@@ -215,38 +180,24 @@ TEST_F(QngetTracedFile, HasAPassingNameWhereThereIsNoProc) {
 
   EXPECT_THAT(folder.read("calls"), HasSubstr("/.qnget-"));
   EXPECT_EQ(folder_.read("f"), "new");
-  EXPECT_EQ(folder_.names(), Names{"f"});
+  EXPECT_EQ(folder_.names(), Words{"f"});
 }
 
-TEST_F(QngetTracedFile, KeepsTheModeUnderAPassingNameToo) {
-  folder_.write("f", "old");
-  chmod(file_.c_str(), 0604);
-
-  RunTraced(NoUnnamedFilesIn(folder_.path()), ToFile());
-
-  EXPECT_EQ(folder_.read("f"), "new");
-  EXPECT_EQ(StatusOf(file_).st_mode & 07777, 0604u);
-}
-
-TEST_F(QngetTracedFile, LeavesTheOldOneWhenTheMediumFails) {
+TEST_F(QngetTracedFile, LeavesTheOldOneWhenItCannotBeWrittenOrReplaced) {
   folder_.write("f", "old");
 
-  ExpectNotReplaced(RunInjected("fsync:error=EIO"),
-                    "could not write " + file_ + ": Input/output error");
-}
-
-TEST_F(QngetTracedFile, LeavesTheOldOneWhenItCannotBeReplaced) {
-  folder_.write("f", "old");
-
-  ExpectNotReplaced(RunInjected("?rename,?renameat,?renameat2:error=EPERM"),
-                    "could not create " + file_ + ": Operation not permitted");
+  EXPECT_THAT(RunInjected("fsync:error=EIO"),
+              FailsWith(6, "could not write " + file_ + ": Input/output error"));
+  EXPECT_EQ(folder_.read("f"), "old");
+  EXPECT_THAT(RunInjected("?rename,?renameat,?renameat2:error=EPERM"),
+              FailsWith(6, "could not create " + file_ + ": Operation not permitted"));
+  EXPECT_EQ(folder_.read("f"), "old");
+  EXPECT_EQ(folder_.names(), Words{"f"});
 }
 
 TEST_F(QngetTracedFile, IsNoSuccessUntilTheFolderIsOnTheMedium) {
-  const ProcessResult result = RunInjected("fsync:error=EIO:when=2");
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not write " + file_ + ": Input/output error"));
+  EXPECT_THAT(RunInjected("fsync:error=EIO:when=2"),
+              FailsWith(6, "could not write " + file_ + ": Input/output error"));
 }
 
 TEST_F(QngetTracedFile, NeedsNoWordOfFoldersThatCannotBeSynced) {

@@ -14,221 +14,123 @@
 namespace qntest {
 namespace {
 
-using testing::HasSubstr;
+using testing::EndsWith;
+using testing::StartsWith;
 
-struct Told {
-  const char *name;
-  const char *lines;  // of the header, and a body of 3 bytes
-  const char *info;   // without the URL's line
-};
+TEST(QngetInfo, IsWrittenToStandardError) {
+  // The lines of the header before a body of 3 bytes, and what is said of them.
+  const std::pair<const char *, const char *> told[] = {
+      {"Content-Type: application/vnd.wap.mms-message\r\nContent-Length: 3\r\n"
+       "Content-Encoding: gzip\r\n",
+       "type: application/vnd.wap.mms-message\nlength: 3\nencoding: gzip\n"},
+      {"", "type: unknown\nlength: unknown\nencoding: none\n"},
+      {"Content-Type:text/html; charset=utf-8\r\nContent-Encoding:gzip\r\n",
+       "type: text/html\nlength: unknown\nencoding: gzip\n"},
+      {"Content-Type: \x1B[2J\r\n", "type: \\x1b[2J\nlength: unknown\nencoding: none\n"},
+      {"Content-Encoding: deflate\r\n", "type: unknown\nlength: unknown\nencoding: other\n"},
+  };
+  for (const auto &[lines, info] : told) {
+    SCOPED_TRACE(lines);
+    const Exchange result = RunOnAnswer("HTTP/1.0 200 OK\r\n" + std::string(lines) + "\r\nabc",
+                                        {"--info", "http://HOST:PORT/m"});
 
-void PrintTo(const Told &told, std::ostream *out) { *out << told.name; }
-
-class QngetInfo : public testing::TestWithParam<Told> {};
-
-TEST_P(QngetInfo, IsWrittenToStandardError) {
-  ScriptedServer server(
-      {AnswerWith("HTTP/1.0 200 OK\r\n" + std::string(GetParam().lines) + "\r\nabc")});
-  const std::string url = LocalUrl(server.port(), "/m");
-
-  const ProcessResult result = RunQnget({"-i", url});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, "abc");
-  EXPECT_EQ(result.error, "status: 200\n" + std::string(GetParam().info) + "url: " + url + "\n");
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_EQ(result.output, "abc");
+    EXPECT_EQ(result.error, "status: 200\n" + std::string(info) + "url: http://HOST:PORT/m\n");
+  }
 }
 
-const Told kTold[] = {
-    {"WithEverything",
-     "Content-Type: application/vnd.wap.mms-message\r\nContent-Length: 3\r\n"
-     "Content-Encoding: gzip\r\n",
-     "type: application/vnd.wap.mms-message\nlength: 3\nencoding: gzip\n"},
-    {"WithNothing", "", "type: unknown\nlength: unknown\nencoding: none\n"},
-    {"WithATypeThatHasParameters", "Content-Type: text/html; charset=utf-8\r\n",
-     "type: text/html\nlength: unknown\nencoding: none\n"},
-    {"WithoutABlankBehindTheColon", "Content-Type:text/html\r\nContent-Encoding:gzip\r\n",
-     "type: text/html\nlength: unknown\nencoding: gzip\n"},
-    {"WithATypeThatATerminalObeys", "Content-Type: \x1B[2J\r\n",
-     "type: \\x1b[2J\nlength: unknown\nencoding: none\n"},
-    {"WithAnotherEncoding", "Content-Encoding: deflate\r\n",
-     "type: unknown\nlength: unknown\nencoding: other\n"},
-};
+TEST(QngetInfo, HasNoLengthForChunks) {
+  const std::string lines = "Content-Length: 7\r\nTransfer-Encoding: chunked\r\n";
 
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetInfo, testing::ValuesIn(kTold),
-                         [](const auto &test) { return std::string(test.param.name); });
-
-TEST(QngetInfoOption, ComesBeforeTheMessageOfAnErrorStatus) {
-  ScriptedServer server({AnswerWith(Answer("", "", "404 Not Found"))});
-
-  const ProcessResult result = RunQnget({"--info", LocalUrl(server.port())});
-
-  EXPECT_THAT(result.error, testing::StartsWith("status: 404\n"));
-  EXPECT_THAT(result.error, testing::EndsWith(Message("the answer has status 404")));
-}
-
-TEST(QngetInfoOption, IsSilentWhenItIsNotGiven) {
-  ScriptedServer server({AnswerWith(Answer("abc"))});
-
-  EXPECT_EQ(RunQnget({LocalUrl(server.port())}).error, "");
+  EXPECT_THAT(RunOnAnswer("HTTP/1.1 200 OK\r\n" + lines + "\r\n0\r\n\r\n", {"-i", kUrl}).error,
+              testing::HasSubstr("\nlength: unknown\n"));
 }
 
 TEST(QngetRaw, DeliversTheAnswerAsItCame) {
-  const std::string answer = Answer("abc", "Content-Type: text/plain\r\n", "404 Not Found");
-  ScriptedServer server({AnswerWith(answer)});
-
-  const ProcessResult result = RunQnget({"--raw", LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, answer);
-}
-
-TEST(QngetRaw, DeliversALargeAnswer) {
-  const std::string answer = Answer(ScatteredBytes(100000));
-  ScriptedServer server({AnswerWith(answer)});
-
-  EXPECT_TRUE(RunQnget({"--raw", LocalUrl(server.port())}).output == answer);
-}
-
-TEST(QngetRaw, DeliversChunksAsTheyCame) {
-  const std::string answer =
-      "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3;x\r\nabc\r\n0\r\nT: u\r\n\r\n";
-  ScriptedServer server({{ReadHeader(), SendBytes(answer), AwaitSignal()}});
-
-  const ProcessResult result = RunQnget({"--raw", LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, answer);
-}
-
-TEST(QngetRaw, DeliversInterimAnswersToo) {
-  const std::string answer = "HTTP/1.1 100 Continue\r\n\r\n" + Answer("abc");
-  ScriptedServer server({AnswerWith(answer)});
-
-  EXPECT_EQ(RunQnget({"--raw", LocalUrl(server.port())}).output, answer);
-}
-
-TEST(QngetRaw, DeliversWhatIsNoAnswerAtAll) {
-  ScriptedServer server({AnswerWith("hello")});
-
-  const ProcessResult result = RunQnget({"--raw", LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, "hello");
-}
-
-TEST(QngetRaw, FollowsNoRedirect) {
-  const std::string answer = RedirectTo("http://mms.invalid/");
-  ScriptedServer server({AnswerWith(answer)});
-
-  const ProcessResult result = RunQnget({"--raw", LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, answer);
+  const std::string answers[] = {
+      Answer("abc", "Content-Type: text/plain\r\n", "404 Not Found"),
+      Answer(ScatteredBytes(100000)),
+      "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n3;x\r\nabc\r\n0\r\nT: u\r\n\r\n",
+      "HTTP/1.1 100 Continue\r\n\r\n" + Answer("abc"),
+      "hello",
+      RedirectTo("http://mms.invalid/"),
+  };
+  for (const std::string &answer : answers) {
+    SCOPED_TRACE(answer.substr(0, 100));
+    EXPECT_THAT(RunOnAnswer(answer, {"--raw", kUrl}), Delivers(answer));
+  }
 }
 
 TEST(QngetRaw, KnowsNothingOfTheAnswer) {
-  ScriptedServer server({AnswerWith(Answer("abc"))});
-  const std::string url = LocalUrl(server.port());
-
   EXPECT_EQ(
-      RunQnget({"--raw", "-i", url}).error,
-      "status: unknown\ntype: unknown\nlength: unknown\nencoding: unknown\nurl: " + url + "\n");
-}
-
-TEST(QngetRaw, FailsWithoutAnAnswer) {
-  ScriptedServer server({AnswerWith("")});
-
-  const ProcessResult result = RunQnget({"--raw", LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, Message("no answer from server " + Loopback(server.port())));
+      RunOnAnswer(Answer("abc"), {"--raw", "-i", kUrl}).error,
+      "status: unknown\ntype: unknown\nlength: unknown\nencoding: unknown\nurl: " + kUrl + "\n");
 }
 
 TEST(QngetRaw, FailsWhereTheAnswerIsCut) {
-  const std::string cut = "HTTP/1.0 200 OK\r\nContent-Length: 5\r\n\r\nabc";
-  const std::string open = "HTTP/1.0 200 OK\r\n\r\nabc";
-  ScriptedServer server({AnswerWith(cut),
-                         AnswerWith("HTTP/1.0 200 OK\r\nX: y"),
-                         {ReadHeader(), SendBytes(open), Reset()}});
-  const std::string answer = "the answer from server " + Loopback(server.port());
-  const std::vector<std::string> arguments{"--raw", LocalUrl(server.port())};
-
-  for (const std::string reason : {" ends after 3 of 5 bytes", " ends within its header",
-                                   " ends after 22 bytes: Connection reset by peer"}) {
-    const ProcessResult result = RunQnget(arguments);
-    EXPECT_EQ(result.exit_code, 4);
-    EXPECT_EQ(result.error, Message(answer + reason));
+  const std::pair<ConnectionScript, const char *> cuts[] = {
+      {AnswerWith("HTTP/1.0 200 OK\r\nContent-Length: 5\r\n\r\nabc"), "ends after 3 of 5 bytes"},
+      {AnswerWith("HTTP/1.0 200 OK\r\nX: y"), "ends within its header"},
+      {{ReadHeader(), SendBytes("HTTP/1.0 200 OK\r\n\r\nabc"), Reset()},
+       "ends after 22 bytes: Connection reset by peer"}};
+  for (const auto &[script, reason] : cuts) {
+    EXPECT_THAT(RunOn({script}, {"--raw", kUrl}),
+                FailsWith(4, "the answer from server HOST:PORT " + std::string(reason)));
   }
 }
 
 TEST(QngetRaw, FailsWithTheStatesExitCodes) {
   const RefusingPort port;
-  ScriptedServer server({{ReadHeader(), Reset()}});
 
   EXPECT_EQ(RunQnget({"--raw", "http://1.2.3.4.5/"}).exit_code, 2);
   EXPECT_EQ(RunQnget({"--raw", LocalUrl(port.port())}).exit_code, 3);
-  EXPECT_EQ(RunQnget({"--raw", LocalUrl(server.port())}).exit_code, 4);
+  EXPECT_EQ(RunOn({{ReadHeader(), Reset()}}, {"--raw", kUrl}).exit_code, 4);
+  EXPECT_THAT(RunOnAnswer("", {"--raw", kUrl}), FailsWith(4, "no answer from server HOST:PORT"));
 }
 
+// It replaces what a file had.
 TEST(QngetTrace, KeepsTheLibrarysLines) {
   const ScratchFolder folder;
-  ScriptedServer server({AnswerWith(Answer("abc"))});
+  const std::string file = folder.write("trace", std::string(10000, 'o'));
 
-  const ProcessResult result = RunQnget({"--trace", folder.path("trace"), LocalUrl(server.port())});
+  const Exchange result = RunOnAnswer(Answer("abc"), {"--trace", file, kUrl});
 
-  EXPECT_EQ(result.output, "abc");
-  const std::string port = std::to_string(server.port());
-  EXPECT_EQ(folder.read("trace"), "create socket 1host:127.0.0.1," + port +
-                                      "connet socket:1 result:1hostname  = 127.0.0.1"
-                                      "ParseAnswer HTTP/1.0 200 OK Ctx->retValue 200HTTP/1.0"
-                                      "ParseAnswer Content-Length: 3Ctx->retCtxLen 3ParseAnswer ");
+  EXPECT_THAT(result, Delivers("abc"));
+  EXPECT_THAT(folder.read("trace"),
+              testing::MatchesRegex("create socket 1host:127.0.0.1,[0-9]+"
+                                    "connet socket:1 result:1hostname  = 127.0.0.1"
+                                    "ParseAnswer HTTP/1.0 200 OK Ctx->retValue 200HTTP/1.0"
+                                    "ParseAnswer Content-Length: 3Ctx->retCtxLen 3ParseAnswer "));
 }
 
 TEST(QngetTrace, GoesToStandardErrorForADash) {
-  ScriptedServer server({AnswerWith(Answer("abc"))});
-
-  const ProcessResult result = RunQnget({"--trace", "-", LocalUrl(server.port())});
+  const Exchange result = RunOnAnswer(Answer("abc"), {"--trace", "-", kUrl});
 
   EXPECT_EQ(result.output, "abc");
-  EXPECT_THAT(result.error, testing::StartsWith("create socket 1"));
-  EXPECT_THAT(result.error, testing::EndsWith("ParseAnswer "));
-}
-
-TEST(QngetTrace, ReplacesTheFile) {
-  const ScratchFolder folder;
-  const std::string file = folder.write("trace", std::string(10000, 'o'));
-  ScriptedServer server({AnswerWith(Answer("abc"))});
-
-  RunQnget({"--trace", file, LocalUrl(server.port())});
-
-  EXPECT_THAT(folder.read("trace"), testing::StartsWith("create socket 1"));
-  EXPECT_THAT(folder.read("trace"), testing::EndsWith("ParseAnswer "));
+  EXPECT_THAT(result.error, StartsWith("create socket 1"));
+  EXPECT_THAT(result.error, EndsWith("ParseAnswer "));
 }
 
 TEST(QngetTrace, IsKeptOfATransferThatIsKilled) {
   const ScratchFolder folder;
-  ScriptedServer server(
-      {{ReadHeader(), SendBytes("HTTP/1.0 200 OK\r\n\r\n" + std::string(30000, 'x')),
-        AwaitSignal()}});
+  ScriptedServer server({HalfABody()});
   Process program(QngetCommand({"--trace", folder.path("trace"), "-i", LocalUrl(server.port())}));
   ASSERT_TRUE(program.WaitForError("url: "));
 
   program.SendSignal(SIGKILL);
 
   EXPECT_EQ(program.wait().signal, SIGKILL);
-  EXPECT_THAT(folder.read("trace"), HasSubstr("ParseAnswer HTTP/1.0 200 OK"));
+  EXPECT_THAT(folder.read("trace"), testing::HasSubstr("ParseAnswer HTTP/1.0 200 OK"));
 }
 
 TEST(QngetTrace, IsExitCode6WhenItCannotBeOpened) {
-  ScriptedServer server({AnswerWith(Answer("abc"))});
+  const Exchange result = RunOnAnswer("", {"--trace", "/no/such/folder/trace", kUrl});
 
-  const ProcessResult result =
-      RunQnget({"--trace", "/no/such/folder/trace", LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not open trace file /no/such/folder/trace: "
-                                  "No such file or directory"));
-  EXPECT_EQ(server.accepted(), 0u);
+  EXPECT_THAT(result, FailsWith(6,
+                                "could not open trace file /no/such/folder/trace: "
+                                "No such file or directory"));
+  EXPECT_EQ(result.requests, Words{});
 }
 
 }  // namespace

@@ -93,14 +93,7 @@ TEST_F(QngetAtAnOrigin, AsksForAHeader) {
   EXPECT_THAT(result.error, HasSubstr("length: " + std::to_string(kLarge) + "\n"));
 }
 
-TEST_F(QngetAtAnOrigin, DecodesChunks) {
-  const ProcessResult result = RunQnget({Url("/chunks")});
-
-  EXPECT_EQ(result.exit_code, 0) << result.error;
-  EXPECT_EQ(result.output, "in pieces");
-}
-
-TEST_F(QngetAtAnOrigin, FollowsARelativeRedirect) {
+TEST_F(QngetAtAnOrigin, FollowsARelativeRedirectToChunks) {
   const ProcessResult result = RunQnget({"-i", Url("/down/here")});
 
   EXPECT_EQ(result.output, "in pieces");
@@ -113,13 +106,6 @@ TEST_F(QngetAtAnOrigin, FollowsARedirectWithItsCookie) {
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.output, "handset");
   EXPECT_THAT(result.error, HasSubstr("url: " + Url("/inside") + "\n"));
-}
-
-TEST_F(QngetAtAnOrigin, ReportsWhatIsNotThere) {
-  const ProcessResult result = RunQnget({Url("/nothing")});
-
-  EXPECT_EQ(result.exit_code, 22);
-  EXPECT_EQ(result.error, Message("the answer has status 404"));
 }
 
 }  // namespace

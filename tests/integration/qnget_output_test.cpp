@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "qnget_program.h"
+#include "support/loopback.h"
 #include "support/process.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
@@ -19,44 +20,15 @@ namespace qntest {
 namespace {
 
 namespace fs = std::filesystem;
-using Names = std::vector<std::string>;
 
-// A FIFO with a reading end that is opened here, so that writers need not wait for one.
-class HeldFifo {
- public:
-  explicit HeldFifo(const std::string &path) : path_(path) {
-    mkfifo(path.c_str(), 0600);
-    reader_ = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  }
-  ~HeldFifo() { CloseReader(); }
-  HeldFifo(const HeldFifo &) = delete;
-  HeldFifo &operator=(const HeldFifo &) = delete;
+// Makes a FIFO; gives a reading end of it, so that writers need not wait for one.
+Descriptor HeldFifo(const std::string &path) {
+  mkfifo(path.c_str(), 0600);
+  return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+}
 
-  const std::string &path() const { return path_; }
-
-  void CloseReader() {
-    if (reader_ >= 0) close(reader_);
-    reader_ = -1;
-  }
-
-  std::string ReadAll() const {
-    char bytes[4096];
-    const ssize_t count = read(reader_, bytes, sizeof bytes);
-    return {bytes, count > 0 ? static_cast<std::size_t>(count) : 0};
-  }
-
- private:
-  std::string path_;
-  int reader_ = -1;
-};
-
-// A shell line that has the program and its arguments as "$@".
-ProcessResult RunInShell(const std::string &line, const std::vector<std::string> &arguments,
-                         const ProcessOptions &options = {}) {
-  std::vector<std::string> command{"sh", "-c", line, "sh"};
-  const std::vector<std::string> program = QngetCommand(arguments);
-  command.insert(command.end(), program.begin(), program.end());
-  return RunProgram(command, options);
+ProcessResult RunInShell(const std::string &line, const Words &arguments) {
+  return RunProgram(InShell(line, QngetCommand(arguments)));
 }
 
 class QngetOutput : public testing::Test {
@@ -66,22 +38,17 @@ class QngetOutput : public testing::Test {
   const ScratchFolder folder_;
   const std::string file_ = folder_.path("f");
   const std::string body_ = ScatteredBytes(300000);
-  ScriptedServer server_{{AnswerWith(Answer(body_))}};
+  ScriptedServer server_{std::vector<ConnectionScript>(4, AnswerWith(Answer(body_)))};
 };
 
-TEST_F(QngetOutput, IsStandardOutputByDefault) {
-  const ProcessResult result = RunQnget({url()});
+TEST_F(QngetOutput, IsStandardOutputByDefaultAndByItsNames) {
+  for (const Words &options : {Words{}, {"-o", "-"}, {"-o", "/dev/stdout"}}) {
+    const ProcessResult result = RunQnget(Joined(options, {url()}));
 
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_TRUE(result.output == body_);
-}
-
-TEST_F(QngetOutput, IsStandardOutputForADash) {
-  EXPECT_TRUE(RunQnget({"-o", "-", url()}).output == body_);
-}
-
-TEST_F(QngetOutput, IsStandardOutputUnderItsDeviceName) {
-  EXPECT_TRUE(RunQnget({"-o", "/dev/stdout", url()}).output == body_);
+    EXPECT_EQ(result.exit_code, 0);
+    EXPECT_TRUE(result.output == body_) << testing::PrintToString(options);
+  }
+  EXPECT_TRUE(RunInShell("exec \"$@\" 3>&1", {"-o", "/dev/fd/3", url()}).output == body_);
 }
 
 TEST_F(QngetOutput, IsWrittenInPlaceWhenStandardOutputIsAFile) {
@@ -93,53 +60,34 @@ TEST_F(QngetOutput, IsWrittenInPlaceWhenStandardOutputIsAFile) {
   EXPECT_TRUE(folder_.read("same") == body_);
 }
 
-TEST_F(QngetOutput, IsAnyDescriptorUnderItsDeviceName) {
-  EXPECT_TRUE(RunInShell("exec \"$@\" 3>&1", {"-o", "/dev/fd/3", url()}).output == body_);
+TEST_F(QngetOutput, MakesAndReplacesAFile) {
+  for (const std::string before : {"", "longer"}) {
+    if (!before.empty()) folder_.write("f", std::string(400000, 'o'));
+    const ProcessResult result = RunQnget({"-o", file_, url()});
+
+    EXPECT_THAT(result, Delivers(""));
+    EXPECT_TRUE(folder_.read("f") == body_);
+    EXPECT_EQ(folder_.names(), Words{"f"});
+  }
 }
 
-TEST_F(QngetOutput, MakesAFile) {
-  const ProcessResult result = RunQnget({"-o", file_, url()});
+// Of which a dash is no name for standard output.
+TEST_F(QngetOutput, IsAFileOfTheGivenOrTheUrlsNameInTheWorkingFolder) {
+  const std::pair<Words, const char *> names[] = {
+      {{"--output", "f", url()}, "f"},
+      {{"-O", LocalUrl(server_.port(), "/a/b%20c.mms?id=1")}, "b c.mms"},
+      {{"--remote-name", LocalUrl(server_.port(), "/-")}, "-"}};
+  for (const auto &[arguments, name] : names) {
+    RunQnget(arguments, {.folder = folder_.path()});
 
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, "");
-  EXPECT_TRUE(folder_.read("f") == body_);
-  EXPECT_EQ(folder_.names(), Names{"f"});
-}
-
-TEST_F(QngetOutput, MakesAFileOfTheUrlsNameInTheWorkingFolder) {
-  const std::string url = LocalUrl(server_.port(), "/a/b%20c.mms?id=1");
-
-  RunQnget({"-O", url}, {.folder = folder_.path()});
-
-  EXPECT_TRUE(folder_.read("b c.mms") == body_);
-}
-
-TEST_F(QngetOutput, IsAFileOfItsOwnWhereTheUrlsNameIsADash) {
-  RunQnget({"--remote-name", LocalUrl(server_.port(), "/-")}, {.folder = folder_.path()});
-
-  EXPECT_TRUE(folder_.read("-") == body_);
-}
-
-TEST_F(QngetOutput, MakesAFileInTheWorkingFolder) {
-  RunQnget({"--output", "f", url()}, {.folder = folder_.path()});
-
-  EXPECT_TRUE(folder_.read("f") == body_);
-}
-
-TEST_F(QngetOutput, ReplacesAFile) {
-  folder_.write("f", std::string(400000, 'o'));
-
-  RunQnget({"-o", file_, url()});
-
-  EXPECT_TRUE(folder_.read("f") == body_);
+    EXPECT_TRUE(folder_.read(name) == body_) << name;
+  }
 }
 
 TEST_F(QngetOutput, GivesTheFileTheModeOfTheUmask) {
   RunInShell("umask 027; exec \"$@\"", {"-o", file_, url()});
 
-  struct stat found {};
-  ASSERT_EQ(stat(file_.c_str(), &found), 0);
-  EXPECT_EQ(found.st_mode & 07777, 0640u);
+  EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0640));
 }
 
 TEST_F(QngetOutput, ReplacesTheFileBehindALink) {
@@ -153,12 +101,13 @@ TEST_F(QngetOutput, ReplacesTheFileBehindALink) {
 }
 
 TEST_F(QngetOutput, WritesStraightIntoAFifo) {
-  HeldFifo fifo(file_);
-  ScriptedServer server({AnswerWith(Answer("through"))});
+  const Descriptor fifo = HeldFifo(file_);
 
-  EXPECT_EQ(RunQnget({"-o", file_, LocalUrl(server.port())}).exit_code, 0);
+  EXPECT_EQ(RunOnAnswer(Answer("through"), {"-o", file_, kUrl}).exit_code, 0);
 
-  EXPECT_EQ(fifo.ReadAll(), "through");
+  char bytes[100];
+  EXPECT_EQ(read(fifo.get(), bytes, sizeof bytes), 7);
+  EXPECT_EQ(std::string(bytes, 7), "through");
   EXPECT_TRUE(fs::is_fifo(file_));
 }
 
@@ -170,10 +119,8 @@ TEST_F(QngetOutput, IsWrittenToAFileWhenStandardOutputIsClosed) {
 }
 
 TEST_F(QngetOutput, FailsWhenStandardOutputIsClosed) {
-  const ProcessResult result = RunInShell("exec \"$@\" >&-", {url()});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not write standard output: Bad file descriptor"));
+  EXPECT_THAT(RunInShell("exec \"$@\" >&-", {url()}),
+              FailsWith(6, "could not write standard output: Bad file descriptor"));
   EXPECT_EQ(server_.accepted(), 0u);
 }
 
@@ -190,57 +137,32 @@ TEST_F(QngetOutput, MayBeClosedWhereNothingIsWritten) {
 }
 
 TEST_F(QngetOutput, FailsWhenStandardOutputIsFull) {
-  const ProcessResult result =
-      RunQnget({url()}, {.output = Sink::kFile, .output_file = "/dev/full"});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not write standard output: No space left on device"));
+  EXPECT_THAT(RunQnget({url()}, {.output = Sink::kFile, .output_file = "/dev/full"}),
+              FailsWith(6, "could not write standard output: No space left on device"));
 }
 
 TEST_F(QngetOutput, FailsWhenTheDeviceIsFull) {
   const std::string full = FullDevice(folder_);
 
-  const ProcessResult result = RunQnget({"-o", full, url()});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not write " + full + ": No space left on device"));
+  EXPECT_THAT(RunQnget({"-o", full, url()}),
+              FailsWith(6, "could not write " + full + ": No space left on device"));
   EXPECT_TRUE(fs::is_character_file(full));
 }
 
 TEST_F(QngetOutput, FailsWhenTheReaderOfAPipeHasGone) {
-  HeldFifo fifo(file_);
+  Descriptor fifo = HeldFifo(file_);
   Process program(QngetCommand({url()}), {.output = Sink::kFile, .output_file = file_});
-  fifo.CloseReader();
+  fifo.Close();
 
-  const ProcessResult result = program.wait();
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not write standard output: Broken pipe"));
+  EXPECT_THAT(program.wait(), FailsWith(6, "could not write standard output: Broken pipe"));
 }
 
-TEST_F(QngetOutput, FailsBeforeTheRequestWhenTheFolderIsMissing) {
-  const ProcessResult result = RunQnget({"-o", "/no/such/folder/f", url()});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not create /no/such/folder/f: No such file or directory"));
+TEST_F(QngetOutput, FailsBeforeTheRequestForAFolderAndInNone) {
+  EXPECT_THAT(RunQnget({"-o", "/no/such/folder/f", url()}),
+              FailsWith(6, "could not create /no/such/folder/f: No such file or directory"));
+  EXPECT_THAT(RunQnget({"-o", folder_.path(), url()}),
+              FailsWith(6, "could not open " + folder_.path() + ": Is a directory"));
   EXPECT_EQ(server_.accepted(), 0u);
-}
-
-TEST_F(QngetOutput, FailsForAFolder) {
-  const ProcessResult result = RunQnget({"-o", folder_.path(), url()});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not open " + folder_.path() + ": Is a directory"));
-}
-
-TEST_F(QngetOutput, LeavesAFileAloneWhenTheConnectionFails) {
-  const RefusingPort port;
-  folder_.write("f", "old");
-
-  EXPECT_EQ(RunQnget({"-o", file_, LocalUrl(port.port())}).exit_code, 3);
-
-  EXPECT_EQ(folder_.read("f"), "old");
-  EXPECT_EQ(folder_.names(), Names{"f"});
 }
 
 // A medium of 64 KB, mounted where only the program and the shell around it see it.
@@ -248,18 +170,14 @@ TEST_F(QngetOutput, LeavesNothingOnAFullMedium) {
   const std::string mount = "mount -t tmpfs -o size=64k none \"$0\" || exit 99; ";
   const std::string line =
       mount + "echo old > \"$0/f\"; \"$@\"; code=$?; ls -A \"$0\"; " + "cat \"$0/f\"; exit $code";
-  std::vector<std::string> command{"unshare", "--map-root-user", "--mount", "sh", "-c",
-                                   line,      folder_.path()};
-  const std::vector<std::string> program = QngetCommand({"-o", file_, url()});
-  command.insert(command.end(), program.begin(), program.end());
-
-  const ProcessResult result = RunProgram(command);
+  const ProcessResult result =
+      RunProgram(Joined({"unshare", "--map-root-user", "--mount", "sh", "-c", line, folder_.path()},
+                        QngetCommand({"-o", file_, url()})));
   if (result.exit_code == 99 || result.error.find("unshare") != std::string::npos) {
     GTEST_SKIP() << "no small medium can be mounted here: " << result.error;
   }
 
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not write " + file_ + ": No space left on device"));
+  EXPECT_THAT(result, FailsWith(6, "could not write " + file_ + ": No space left on device"));
   EXPECT_EQ(result.output, "f\nold\n");
 }
 

@@ -17,24 +17,16 @@ std::optional<double> WaitOf(const std::string &lines) {
   return AnnouncedWait(ReadAnswerHead("HTTP/1.0 503 Busy\r\n" + lines), kNow);
 }
 
-TEST(QngetRetryAfter, IsANumberOfSeconds) {
-  EXPECT_EQ(WaitOf("Retry-After: 120\r\n"), 120);
-  EXPECT_EQ(WaitOf("Retry-After: 0\r\n"), 0);
-  EXPECT_EQ(WaitOf("retry-after:5\r\n"), 5);
-}
-
-TEST(QngetRetryAfter, IsADateThatCountsFromTheAnswersOwn) {
-  EXPECT_EQ(WaitOf("Date: Sun, 06 Nov 1994 10:00:00 GMT\r\n"
-                   "Retry-After: Sun, 06 Nov 1994 10:01:30 GMT\r\n"),
-            90);
-}
-
-TEST(QngetRetryAfter, IsADateThatCountsFromNowWhereTheAnswerHasNone) {
-  EXPECT_EQ(WaitOf("Retry-After: Sun, 06 Nov 1994 08:50:37 GMT\r\n"), 60);
-}
-
-TEST(QngetRetryAfter, IsNegativeForADateThatIsOver) {
-  EXPECT_EQ(WaitOf("Retry-After: Sun, 06 Nov 1994 08:49:36 GMT\r\n"), -1);
+// By its own date, if the answer has one, else from now.
+TEST(QngetRetryAfter, IsANumberOfSecondsOrADate) {
+  const std::pair<const char *, double> waits[] = {
+      {"Retry-After: 120\r\n", 120},
+      {"Retry-After: 0\r\n", 0},
+      {"retry-after:5\r\n", 5},
+      {"Date: Sun, 06 Nov 1994 10:00:00 GMT\r\nRetry-After: Sun, 06 Nov 1994 10:01:30 GMT\r\n", 90},
+      {"Retry-After: Sun, 06 Nov 1994 08:50:37 GMT\r\n", 60},
+      {"Retry-After: Sun, 06 Nov 1994 08:49:36 GMT\r\n", -1}};
+  for (const auto &[lines, wait] : waits) EXPECT_EQ(WaitOf(lines), wait) << lines;
 }
 
 TEST(QngetRetryAfter, IsNothingWhereItCannotBeRead) {
@@ -46,14 +38,10 @@ TEST(QngetRetryAfter, IsNothingWhereItCannotBeRead) {
   }
 }
 
-TEST(QngetPauses, DoubleUpTo30Seconds) {
-  EXPECT_EQ(qnget::PauseBehind(0), 0);
-  EXPECT_EQ(qnget::PauseBehind(1), 2);
-  EXPECT_EQ(qnget::PauseBehind(16), 30);
-  EXPECT_EQ(qnget::PauseBehind(30), 30);
+TEST(QngetPauses, DoubleUpTo30SecondsOrStayAsLongAsALongerFirstOne) {
+  const std::pair<double, double> pauses[] = {{0, 0}, {1, 2}, {16, 30}, {30, 30}, {100, 100}};
+  for (const auto &[first, next] : pauses) EXPECT_EQ(qnget::PauseBehind(first), next);
 }
-
-TEST(QngetPauses, StayAsLongAsALongerFirstOne) { EXPECT_EQ(qnget::PauseBehind(100), 100); }
 
 }  // namespace
 }  // namespace qntest

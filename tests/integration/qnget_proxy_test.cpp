@@ -8,8 +8,8 @@
 
 #include "options.h"
 #include "qnget_program.h"
+#include "qnget_root_folder.h"
 #include "support/process.h"
-#include "support/scratch_folder.h"
 #include "support/scripted_server.h"
 
 namespace qntest {
@@ -141,125 +141,94 @@ TEST(QngetNoProxy, IsNothingWithoutAProxy) {
   EXPECT_FALSE(qnget::ProxyFor({}, "a.example", 80).has_value());
 }
 
-// A gateway that answers one request, and what qnget is given to name it.
-class QngetGateway : public testing::Test {
- protected:
-  // What the gateway is asked for; empty if nothing came.
-  std::string Asked(const std::vector<std::string> &variables,
-                    const std::vector<std::string> &arguments) {
-    ScriptedServer gateway({AnswerWith(Answer("by the gateway"))});
-    std::vector<std::string> environment;
-    for (const std::string &variable : variables) {
-      environment.push_back(variable.ends_with('=') ? variable + Loopback(gateway.port())
-                                                    : variable);
-    }
-    result_ = RunQnget(arguments, {.environment = environment});
-    return gateway.accepted() == 0 ? "" : gateway.Received(0);
-  }
+// Nobody is there.
+const char *const kNobodysUrl = "http://127.0.0.1:9/";
+const char *const kMmsUrl = "http://mms.invalid/m";
 
-  const RefusingPort nobody_;
-  const std::string url_ = LocalUrl(nobody_.port());
-  ProcessResult result_;
-};
-
-TEST_F(QngetGateway, IsNamedByTheEnvironment) {
-  EXPECT_THAT(Asked({"http_proxy="}, {"http://mms.invalid/m"}),
-              StartsWith("GET http://mms.invalid/m HTTP/1.0\r\n"));
-  EXPECT_EQ(result_.output, "by the gateway");
+// What a call makes of a gateway that answers one request.
+Exchange CallOf(const Words &environment, const Words &arguments) {
+  return RunOnAnswer(Answer("by the gateway"), arguments, {.environment = environment});
 }
 
-TEST_F(QngetGateway, IsNamedByTheEnvironmentAsAUrl) {
-  EXPECT_THAT(Asked({"http_proxy=http://"}, {url_}), "");
-  ScriptedServer gateway({AnswerWith(Answer("by the gateway"))});
-
-  EXPECT_EQ(
-      RunQnget({"http://mms.invalid/"}, {.environment = {"http_proxy=" + LocalUrl(gateway.port())}})
-          .output,
-      "by the gateway");
+bool IsAsked(const Words &environment, const Words &arguments = {kNobodysUrl}) {
+  return CallOf(environment, arguments).output == "by the gateway";
 }
 
-TEST_F(QngetGateway, IsNotNamedInCapitals) {
-  EXPECT_EQ(Asked({"HTTP_PROXY="}, {url_}), "");
-  EXPECT_EQ(result_.exit_code, 3);
+TEST(QngetGateway, IsNamedByTheEnvironment) {
+  const Exchange result = CallOf({"http_proxy=HOST:PORT"}, {kMmsUrl});
+
+  EXPECT_EQ(result.output, "by the gateway");
+  EXPECT_THAT(result.requests, testing::ElementsAre(StartsWith("GET http://mms.invalid/m HTTP")));
+  EXPECT_TRUE(IsAsked({"http_proxy=http://HOST:PORT/"}));
 }
 
-TEST_F(QngetGateway, IsNotAskedForHostsThatNoProxyNames) {
-  EXPECT_EQ(Asked({"http_proxy=", "no_proxy=127.0.0.1"}, {url_}), "");
-  EXPECT_EQ(Asked({"http_proxy=", "NO_PROXY=127.0.0.1"}, {url_}), "");
-  EXPECT_NE(Asked({"http_proxy=", "no_proxy=mms", "NO_PROXY=127.0.0.1"}, {url_}), "");
+TEST(QngetGateway, IsNotNamedInCapitals) {
+  EXPECT_EQ(CallOf({"HTTP_PROXY=HOST:PORT"}, {kNobodysUrl}).exit_code, 3);
 }
 
-TEST_F(QngetGateway, IsNotAskedWhereTheCallWantsNone) {
-  EXPECT_EQ(Asked({"http_proxy="}, {"--no-proxy", url_}), "");
-  EXPECT_EQ(Asked({"http_proxy="}, {"--proxy", "", url_}), "");
+TEST(QngetGateway, IsNotAskedForHostsThatNoProxyNames) {
+  EXPECT_FALSE(IsAsked({"http_proxy=HOST:PORT", "no_proxy=127.0.0.1"}));
+  EXPECT_FALSE(IsAsked({"http_proxy=HOST:PORT", "NO_PROXY=127.0.0.1"}));
+  EXPECT_TRUE(IsAsked({"http_proxy=HOST:PORT", "no_proxy=mms", "NO_PROXY=127.0.0.1"}));
 }
 
-TEST_F(QngetGateway, IsTheOneOfTheOption) {
-  const std::string named = Loopback(nobody_.port());
+TEST(QngetGateway, IsNotAskedWhereTheCallWantsNone) {
+  EXPECT_FALSE(IsAsked({"http_proxy=HOST:PORT"}, {"--no-proxy", kNobodysUrl}));
+  EXPECT_FALSE(IsAsked({"http_proxy=HOST:PORT"}, {"--proxy", "", kNobodysUrl}));
+}
 
-  EXPECT_EQ(Asked({"http_proxy="}, {"-p", named, "http://mms.invalid/"}), "");
-  EXPECT_THAT(result_.error, HasSubstr("proxy " + named));
+TEST(QngetGateway, IsTheOneOfTheOption) {
+  const Exchange result = CallOf({"http_proxy=HOST:PORT"}, {"-p", "127.0.0.1:9", kMmsUrl});
+
+  EXPECT_EQ(result.requests, Words{});
+  EXPECT_THAT(result.error, HasSubstr("proxy 127.0.0.1:9"));
 }
 
 // no_proxy is about the proxy that stands beside it.
-TEST_F(QngetGateway, OfTheOptionIsAskedWhateverNoProxyNames) {
-  ScriptedServer gateway({AnswerWith(Answer("by the gateway"))});
-
-  EXPECT_EQ(RunQnget({"--proxy", LocalUrl(gateway.port()), "http://mms.invalid/"},
-                     {.environment = {"no_proxy=*"}})
-                .output,
-            "by the gateway");
+TEST(QngetGateway, OfTheOptionIsAskedWhateverNoProxyNames) {
+  EXPECT_TRUE(IsAsked({"no_proxy=*"}, {"--proxy", "http://HOST:PORT", kMmsUrl}));
 }
 
-TEST_F(QngetGateway, OfASettingGoesBeforeTheEnvironmentAndIsLeftOutForOneCall) {
-  const ScratchFolder folder;
-  const std::vector<std::string> root{"--root", folder.path()};
-  const auto with = [&](std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), root.begin(), root.end());
-    return arguments;
+using QngetGatewaySetting = RootFolder;
+
+TEST_F(QngetGatewaySetting, GoesBeforeTheEnvironmentAndIsLeftOutForOneCall) {
+  Set("proxy", "http://127.0.0.1:9/");
+  const auto error = [this](const Words &arguments) {
+    return CallOf({"http_proxy=HOST:PORT"}, Rooted(arguments)).error;
   };
-  ASSERT_EQ(RunQnget(with({"config", "set", "proxy", "http://127.0.0.1:9/"})).exit_code, 0);
 
-  EXPECT_EQ(Asked({"http_proxy="}, with({"http://mms.invalid/"})), "");
-  EXPECT_THAT(result_.error, HasSubstr("proxy 127.0.0.1:9"));
-  EXPECT_EQ(Asked({"http_proxy="}, with({"--no-proxy", url_})), "");
-  EXPECT_THAT(result_.error, HasSubstr("server " + Loopback(nobody_.port())));
-  EXPECT_EQ(Asked({"http_proxy="}, with({"--proxy=", url_})), "");
-  EXPECT_THAT(result_.error, HasSubstr("server " + Loopback(nobody_.port())));
+  EXPECT_THAT(error({kMmsUrl}), HasSubstr("proxy 127.0.0.1:9"));
+  EXPECT_THAT(error({"--no-proxy", kNobodysUrl}), HasSubstr("server 127.0.0.1:9"));
+  EXPECT_THAT(error({"--proxy=", kNobodysUrl}), HasSubstr("server 127.0.0.1:9"));
 }
 
-TEST_F(QngetGateway, IsNoneWhereTheSettingIsEmpty) {
-  const ScratchFolder folder;
-  ASSERT_EQ(RunQnget({"--root", folder.path(), "config", "set", "proxy", ""}).exit_code, 0);
+TEST_F(QngetGatewaySetting, ThatIsEmptyIsNone) {
+  Set("proxy", "");
 
-  EXPECT_EQ(Asked({"http_proxy="}, {"--root", folder.path(), url_}), "");
+  EXPECT_FALSE(IsAsked({"http_proxy=HOST:PORT"}, Rooted({kNobodysUrl})));
 }
 
-TEST_F(QngetGateway, ThatCannotBeAskedIsNotPassedBy) {
+TEST(QngetGateway, ThatCannotBeAskedIsNotPassedBy) {
   for (const std::string text : {"https://a:1", "http://user:secret@a:1", "gateway", "a\nb:1"}) {
-    ScriptedServer server({AnswerWith(Answer("abc"))});
-
-    const ProcessResult result =
-        RunQnget({LocalUrl(server.port())}, {.environment = {"http_proxy=" + text}});
+    const Exchange result = CallOf({"http_proxy=" + text}, {kUrl});
 
     EXPECT_EQ(result.exit_code, 1) << text;
     EXPECT_THAT(result.error,
                 testing::MatchesRegex("qnget: http_proxy: .* [(]--no-proxy goes without[)]\n"));
-    EXPECT_EQ(server.accepted(), 0u);
+    EXPECT_EQ(result.requests, Words{});
   }
 }
 
-TEST_F(QngetGateway, IsAskedForARedirectUnlessNoProxyNamesItsHost) {
+TEST(QngetGateway, IsAskedForARedirectUnlessNoProxyNamesItsHost) {
   ScriptedServer server({AnswerWith(Answer("there"))});
-  ScriptedServer gateway(
-      {AnswerWith(RedirectTo(LocalUrl(server.port()))), AnswerWith(Answer("by the gateway"))});
-  const std::string proxy = "http_proxy=" + Loopback(gateway.port());
-  const std::string url = "http://mms.invalid/";
+  const std::vector<ConnectionScript> gateway = {AnswerWith(RedirectTo(LocalUrl(server.port()))),
+                                                 AnswerWith(Answer("by the gateway"))};
+  const Words named{"http_proxy=HOST:PORT"};
 
-  EXPECT_EQ(RunQnget({url}, {.environment = {proxy, "no_proxy=127.0.0.1"}}).output, "there");
-  ScriptedServer again({AnswerWith(RedirectTo(url_)), AnswerWith(Answer("by the gateway"))});
-  EXPECT_EQ(RunQnget({url}, {.environment = {"http_proxy=" + Loopback(again.port())}}).output,
-            "by the gateway");
+  EXPECT_EQ(
+      RunOn(gateway, {kMmsUrl}, {.environment = Joined(named, {"no_proxy=127.0.0.1"})}).output,
+      "there");
+  EXPECT_EQ(RunOn(gateway, {kMmsUrl}, {.environment = named}).output, "by the gateway");
 }
 
 }  // namespace

@@ -9,8 +9,8 @@
 #include <string>
 
 #include "qnget_program.h"
+#include "qnget_root_folder.h"
 #include "support/process.h"
-#include "support/scratch_folder.h"
 
 namespace qntest {
 namespace {
@@ -30,43 +30,28 @@ void PrintTo(const Refusal &refusal, std::ostream *out) {
 
 constexpr char kOld[] = "proxy: 127.0.0.1:1\naccept: a/b\n";
 
-class QngetRefused : public testing::TestWithParam<Refusal> {
+class QngetRefused : public RootFolder, public testing::WithParamInterface<Refusal> {
  protected:
   QngetRefused() {
-    Run({"config", "set", "proxy", "127.0.0.1:1"});
-    Run({"config", "set", "accept", "a/b"});
+    Set("proxy", "127.0.0.1:1");
+    Set("accept", "a/b");
     EXPECT_EQ(List(), kOld);
-  }
-
-  ProcessResult Run(const std::vector<std::string> &arguments) const {
-    return RunQnget(Arguments(arguments));
   }
 
   std::string List() const { return Run({"config", "list"}).output; }
 
   // The same where the call is refused, perhaps after some that are not.
-  ProcessResult RunRefused(const std::vector<std::string> &arguments, int after = 0) const {
-    const std::vector<std::string> environment = {
-        std::string("QNSTACK_REFUSED_CALL=") + GetParam().call,
-        "QNSTACK_REFUSED_ERROR=" + std::to_string(GetParam().error),
-        "QNSTACK_REFUSED_AFTER=" + std::to_string(after)};
-    return RunProgram(RefusedCallCommand(Arguments(arguments)), {.environment = environment});
+  ProcessResult RunRefused(const Words &arguments, int after = 0) const {
+    const Words environment = {std::string("QNSTACK_REFUSED_CALL=") + GetParam().call,
+                               "QNSTACK_REFUSED_ERROR=" + std::to_string(GetParam().error),
+                               "QNSTACK_REFUSED_AFTER=" + std::to_string(after)};
+    return RunProgram(RefusedCallCommand(Rooted(arguments)), {.environment = environment});
   }
 
   static void ExpectRefused(const ProcessResult &result) {
     EXPECT_EQ(result.exit_code, 6);
     EXPECT_EQ(result.output, "");
     EXPECT_THAT(result.error, MatchesRegex("qnget: [^\n]+\n"));
-  }
-
-  const ScratchFolder folder_;
-  const std::string root_ = folder_.path("root");
-
- private:
-  std::vector<std::string> Arguments(const std::vector<std::string> &arguments) const {
-    std::vector<std::string> all{"--root", root_};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return all;
   }
 };
 
@@ -89,7 +74,7 @@ TEST_P(QngetRefused, SetKeepsTheSettings) {
 
 // Until so many calls go through that the value is set.
 TEST_P(QngetRefused, SetKeepsTheSettingsWhereverTheRefusalBegins) {
-  const std::vector<std::string> set = {"config", "set", "accept", "c/d"};
+  const Words set = {"config", "set", "accept", "c/d"};
   int after = 1;
   ProcessResult result = RunRefused(set, after);
   while (result.exit_code != 0 && after < 50) {

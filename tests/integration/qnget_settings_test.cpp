@@ -12,6 +12,7 @@
 #include <filesystem>
 
 #include "qnget_program.h"
+#include "qnget_root_folder.h"
 #include "support/process.h"
 #include "support/scratch_folder.h"
 #include "support/scripted_server.h"
@@ -27,63 +28,40 @@ using testing::StartsWith;
 // By it one qnget at a time works in a root.
 constexpr const char *kLockFile = "/.qnget.lock";
 
-class QngetSettings : public testing::Test {
+class QngetSettings : public RootFolder {
  protected:
-  ProcessResult Run(const std::vector<std::string> &arguments) const {
-    return RunQnget(Rooted(arguments));
-  }
-
-  std::vector<std::string> Rooted(const std::vector<std::string> &arguments) const {
-    std::vector<std::string> all{"--root", root_};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return all;
-  }
-
-  void Set(const std::string &key, const std::string &value,
-           const std::string &operator_name = {}) const {
-    std::vector<std::string> words{"config", "set", key, value};
-    if (!operator_name.empty()) words.insert(words.end(), {"--operator", operator_name});
-    EXPECT_EQ(Run(words).exit_code, 0);
-  }
-
   // The request that a call makes straight to a server.
-  std::string Request(std::vector<std::string> words = {}) const {
-    ScriptedServer server({AnswerWith(Answer("abc"))});
-    words.push_back(LocalUrl(server.port()));
-    EXPECT_EQ(Run(words).exit_code, 0);
-    return server.Received(0);
+  std::string Request(const Words &words = {}) const {
+    return RequestOf(Rooted(Joined(words, {kUrl})));
   }
-
-  const ScratchFolder folder_;
-  const std::string root_ = folder_.path("root");
 };
+
+const Words kOfRed{"--operator", "red"};
 
 TEST_F(QngetSettings, AreTheGeneralOnesWithTheOperatorsOverThem) {
   Set("user-agent", "anybody's");
   Set("accept", "a/b");
-  Set("user-agent", "red's", "red");
+  Set("user-agent", "red's", kOfRed);
 
   EXPECT_THAT(Request(), HasSubstr("User-Agent: anybody's\r\n"));
-  const std::string red = Request({"--operator", "red"});
+  const std::string red = Request(kOfRed);
   EXPECT_THAT(red, HasSubstr("User-Agent: red's\r\n"));
   EXPECT_THAT(red, HasSubstr("Accept: a/b\r\n"));
 }
 
 TEST_F(QngetSettings, OfSeveralOperatorsStandApart) {
-  Set("user-agent", "red's", "red");
-  Set("user-agent", "blue's", "blue-2_x");
+  Set("user-agent", "red's", kOfRed);
+  Set("user-agent", "blue's", {"--operator", "blue-2_x"});
 
-  EXPECT_THAT(Request({"--operator", "red"}), HasSubstr("User-Agent: red's\r\n"));
+  EXPECT_THAT(Request(kOfRed), HasSubstr("User-Agent: red's\r\n"));
   EXPECT_THAT(Request({"--operator", "blue-2_x"}), HasSubstr("User-Agent: blue's\r\n"));
   EXPECT_EQ(Run({"--operator", "red", "config", "list"}).output, "user-agent: red's\n");
   EXPECT_TRUE(fs::exists(root_ + "/operator-red.ini"));
 }
 
 TEST_F(QngetSettings, OfAnOperatorMustBeThere) {
-  const ProcessResult result = Run({"--operator", "green", "http://127.0.0.1:9/"});
-
-  EXPECT_EQ(result.exit_code, 1);
-  EXPECT_EQ(result.error, Message("there are no settings of operator green"));
+  EXPECT_THAT(Run({"--operator", "green", "http://127.0.0.1:9/"}),
+              FailsWith(1, "there are no settings of operator green"));
   EXPECT_FALSE(fs::exists(root_));
 }
 
@@ -119,9 +97,9 @@ TEST_F(QngetSettings, AreOverriddenByAnEmptyTimeout) {
 TEST_F(QngetSettings, OfAnOperatorCanUndoAGeneralOne) {
   const RefusingPort nobody;
   Set("proxy", Loopback(nobody.port()));
-  Set("proxy", "", "red");
+  Set("proxy", "", kOfRed);
 
-  EXPECT_THAT(Request({"--operator", "red"}), StartsWith("GET / HTTP/1.0\r\n"));
+  EXPECT_THAT(Request(kOfRed), StartsWith("GET / HTTP/1.0\r\n"));
 }
 
 TEST_F(QngetSettings, StandInTheUsersConfigurationFolder) {
@@ -140,10 +118,8 @@ TEST_F(QngetSettings, StandInTheUsersConfigurationFolder) {
 struct Unreadable {
   const char *name;
   void (*make)(const std::string &root);
-  std::string reason;  // behind the root's name
+  const char *reason;  // behind the root's name
 };
-
-void PrintTo(const Unreadable &unreadable, std::ostream *out) { *out << unreadable.name; }
 
 void Write(const std::string &file) {
   EXPECT_EQ(RunProgram({"cp", "/dev/null", file}).exit_code, 0);
@@ -179,71 +155,54 @@ const Unreadable kUnreadables[] = {
      "/settings.ini.bak: not a file"},
 };
 
-class QngetUnreadableSettings : public QngetSettings,
-                                public testing::WithParamInterface<Unreadable> {
- protected:
-  void SetUp() override {
-    fs::create_directory(root_);
-    GetParam().make(root_);
-  }
-
-  // As a user whom permissions concern.
-  ProcessResult RunAsUser(const std::vector<std::string> &arguments) const {
-    std::vector<std::string> command = QngetCommand(Rooted(arguments));
-    if (geteuid() == 0) {
-      const std::string none = "-dac_override,-dac_read_search";
-      command.insert(command.begin(),
-                     {"/usr/bin/setpriv", "--bounding-set=" + none, "--inh-caps=" + none, "--"});
-    }
-    return RunProgram(command);
-  }
-
-  void ExpectRefused(const std::vector<std::string> &arguments) const {
-    SCOPED_TRACE(testing::PrintToString(arguments));
-    const ProcessResult result = RunAsUser(arguments);
-
-    EXPECT_EQ(result.exit_code, 6);
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(result.error, Message("could not read " + root_ + GetParam().reason));
-  }
-};
-
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetUnreadableSettings, testing::ValuesIn(kUnreadables),
-                         [](const auto &test) { return std::string(test.param.name); });
-
-TEST_P(QngetUnreadableSettings, LetNoRequestGoOut) {
-  ScriptedServer server({});
-
-  ExpectRefused({LocalUrl(server.port())});
-  ExpectRefused({"--cache", LocalUrl(server.port())});
-  EXPECT_EQ(server.accepted(), 0u);
+// A command as a user whom permissions concern.
+Words AsUser(const Words &command) {
+  const std::string none = "-dac_override,-dac_read_search";
+  if (geteuid() != 0) return command;
+  return Joined({"/usr/bin/setpriv", "--bounding-set=" + none, "--inh-caps=" + none, "--"},
+                command);
 }
 
-TEST_P(QngetUnreadableSettings, AreNeitherShownNorChanged) {
-  ExpectRefused({"config", "get", "proxy"});
-  ExpectRefused({"config", "list"});
-  ExpectRefused({"config", "set", "accept", "a/b"});
-  ExpectRefused({"config", "unset", "proxy"});
+TEST_F(QngetSettings, ThatCannotBeReadLetNoRequestGoOutAndAreNeitherShownNorChanged) {
+  ScriptedServer server({});
+  for (const Unreadable &row : kUnreadables) {
+    SCOPED_TRACE(row.name);
+    fs::remove_all(root_);
+    fs::create_directory(root_);
+    row.make(root_);
+    for (const Words &arguments : {Words{LocalUrl(server.port())},
+                                   {"--cache", LocalUrl(server.port())},
+                                   {"config", "get", "proxy"},
+                                   {"config", "list"},
+                                   {"config", "set", "accept", "a/b"},
+                                   {"config", "unset", "proxy"}}) {
+      SCOPED_TRACE(testing::PrintToString(arguments));
+      const ProcessResult result = RunProgram(AsUser(QngetCommand(Rooted(arguments))));
+
+      EXPECT_THAT(result, FailsWith(6, "could not read " + root_ + row.reason));
+      EXPECT_EQ(result.output, "");
+    }
+  }
+  EXPECT_EQ(server.accepted(), 0u);
 }
 
 TEST_F(QngetSettings, BelowAFolderThatCannotBeOpenedLetNoRequestGoOut) {
   folder_.write("root", "");
   ScriptedServer server({});
 
-  const ProcessResult result = Run({LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not open folder " + root_ + ": Not a directory"));
+  for (const Words &arguments :
+       {Words{LocalUrl(server.port())}, {"config", "set", "accept", "a/b"}}) {
+    EXPECT_THAT(Run(arguments),
+                FailsWith(6, "could not open folder " + root_ + ": Not a directory"));
+  }
   EXPECT_EQ(server.accepted(), 0u);
 }
 
 TEST_F(QngetSettings, OfAnOperatorMustBeReadableToo) {
   fs::create_directories(root_ + "/operator-red.ini");
 
-  const ProcessResult result = Run({"--operator", "red", "http://127.0.0.1:9/"});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not read " + root_ + "/operator-red.ini: not a file"));
+  EXPECT_THAT(Run({"--operator", "red", "http://127.0.0.1:9/"}),
+              FailsWith(6, "could not read " + root_ + "/operator-red.ini: not a file"));
 }
 
 // The folder of the settings in the hand of another qnget.
@@ -260,23 +219,16 @@ class QngetLockedSettings : public QngetSettings {
 };
 
 TEST_F(QngetLockedSettings, AreWaitedForAsLongAsTheTimeLasts) {
-  for (const std::vector<std::string> &words : {std::vector<std::string>{"http://127.0.0.1:9/"},
-                                                {"config", "list"},
-                                                {"config", "set", "accept", "a/b"}}) {
+  for (const Words &words :
+       {Words{"http://127.0.0.1:9/"}, {"config", "list"}, {"config", "set", "accept", "a/b"}}) {
     SCOPED_TRACE(testing::PrintToString(words));
-    std::vector<std::string> all{"--timeout", "0.05"};
-    all.insert(all.end(), words.begin(), words.end());
-
-    const ProcessResult result = Run(all);
-
-    EXPECT_EQ(result.exit_code, 6);
-    EXPECT_EQ(result.error, Message("folder " + root_ + " is in use by another qnget"));
+    EXPECT_THAT(Run(Joined({"--timeout", "0.05"}, words)),
+                FailsWith(6, "folder " + root_ + " is in use by another qnget"));
   }
 }
 
 TEST_F(QngetSettings, AreLockedByAFileThatReadingDoesNotMake) {
-  fs::create_directory(root_);
-  folder_.write("root/settings.ini", std::string("accept\0a/b\0\n", 12));
+  WriteSettings(SettingLine("accept", "a/b"));
 
   EXPECT_EQ(Run({"config", "get", "accept"}).output, "a/b\n");
   EXPECT_FALSE(fs::exists(root_ + kLockFile));
@@ -288,14 +240,12 @@ TEST_F(QngetSettings, AreLockedByAFileThatReadingDoesNotMake) {
 TEST_F(QngetSettings, AreNotLockedByWhatIsNoFile) {
   fs::create_directories(root_ + kLockFile);
 
-  const ProcessResult result = Run({"config", "set", "accept", "a/b"});
-
-  EXPECT_EQ(result.exit_code, 6);
-  EXPECT_EQ(result.error, Message("could not lock folder " + root_ + ": Is a directory"));
+  EXPECT_THAT(Run({"config", "set", "accept", "a/b"}),
+              FailsWith(6, "could not lock folder " + root_ + ": Is a directory"));
 }
 
 TEST_F(QngetLockedSettings, CountWhenTheyAreLetGo) {
-  folder_.write("root/settings.ini", std::string("accept\0a/b\0\n", 12));
+  WriteSettings(SettingLine("accept", "a/b"));
   Process program(QngetCommand(Rooted({"config", "get", "accept"})));
   EXPECT_FALSE(program.WaitForOutput("a/b", std::chrono::milliseconds(50)));
   close(lock_);

@@ -13,47 +13,42 @@
 namespace qntest {
 namespace {
 
-// Enough of a body that the library hands some of it out, and a rest that waits.
-ConnectionScript HalfABody() {
-  return {ReadHeader(),  SendBytes("HTTP/1.0 200 OK\r\n\r\n" + std::string(30000, 'x')),
-          AwaitSignal(), SendBytes("the rest"),
-          HalfClose(),   ReadToEnd()};
-}
-
 class QngetSignal : public testing::TestWithParam<int> {
  protected:
+  Words ToOldFile() const {
+    return {"-i", "-o", folder_.write("kept", "old"), LocalUrl(server_.port())};
+  }
+
+  // The signal comes when there are so many files.
+  void ExpectEndsWithItsHalfFile(Process &program, std::size_t files) const {
+    ASSERT_TRUE(program.WaitForError("url: "));
+    ASSERT_EQ(folder_.names().size(), files);
+
+    program.SendSignal(GetParam());
+
+    EXPECT_EQ(program.wait().signal, GetParam());
+    EXPECT_EQ(folder_.names(), Words{"kept"});
+    EXPECT_EQ(folder_.read("kept"), "old");
+  }
+
   const ScratchFolder folder_;
   ScriptedServer server_{{HalfABody()}};
 };
 
 TEST_P(QngetSignal, EndsTheProgramAndItsHalfFile) {
-  const std::string file = folder_.write("kept", "old");
-  Process program(QngetCommand({"-i", "-o", file, LocalUrl(server_.port())}));
-  ASSERT_TRUE(program.WaitForError("url: "));
+  Process program(QngetCommand(ToOldFile()));
 
-  program.SendSignal(GetParam());
-
-  EXPECT_EQ(program.wait().signal, GetParam());
-  EXPECT_EQ(folder_.names(), std::vector<std::string>{"kept"});
-  EXPECT_EQ(folder_.read("kept"), "old");
+  ExpectEndsWithItsHalfFile(program, 1);
 }
 
 // There the half file has a name while it grows.
 TEST_P(QngetSignal, EndsTheHalfFileOfAMediumWithoutUnnamedOnes) {
   if (const std::string problem = ProblemOfTracing(); !problem.empty()) GTEST_SKIP() << problem;
-  const std::string file = folder_.write("kept", "old");
-  std::vector<std::string> strace = NoUnnamedFilesIn(folder_.path());
-  strace.push_back("-D");  // the tracer is not what a signal reaches
-  Process program(TracedCommand(strace, {"-i", "-o", file, LocalUrl(server_.port())}),
+  // The tracer is not what a signal reaches.
+  Process program(TracedCommand(Joined(NoUnnamedFilesIn(folder_.path()), {"-D"}), ToOldFile()),
                   {.environment = kTracedEnvironment});
-  ASSERT_TRUE(program.WaitForError("url: "));
-  ASSERT_EQ(folder_.names().size(), 2u);
 
-  program.SendSignal(GetParam());
-
-  EXPECT_EQ(program.wait().signal, GetParam());
-  EXPECT_EQ(folder_.names(), std::vector<std::string>{"kept"});
-  EXPECT_EQ(folder_.read("kept"), "old");
+  ExpectEndsWithItsHalfFile(program, 2);
 }
 
 TEST_P(QngetSignal, EndsAPauseBeforeARetry) {
@@ -64,22 +59,19 @@ TEST_P(QngetSignal, EndsAPauseBeforeARetry) {
   program.SendSignal(GetParam());
 
   EXPECT_EQ(program.wait().signal, GetParam());
-  EXPECT_EQ(folder_.names(), std::vector<std::string>{});
+  EXPECT_EQ(folder_.names(), Words{});
 }
 
 TEST_P(QngetSignal, IsIgnoredWhereTheCallerIgnoresIt) {
-  std::vector<std::string> command{"sh", "-c", "trap '' HUP INT TERM; exec \"$@\"", "sh"};
-  const std::vector<std::string> qnget =
-      QngetCommand({"-i", "-o", folder_.path("f"), LocalUrl(server_.port())});
-  command.insert(command.end(), qnget.begin(), qnget.end());
-  Process program(command);
+  Process program(InShell("trap '' HUP INT TERM; exec \"$@\"",
+                          QngetCommand({"-i", "-o", folder_.path("f"), LocalUrl(server_.port())})));
   ASSERT_TRUE(program.WaitForError("url: "));
 
   program.SendSignal(GetParam());
   server_.Signal();
 
   EXPECT_EQ(program.wait().exit_code, 0);
-  EXPECT_EQ(folder_.read("f"), std::string(30000, 'x') + "the rest");
+  EXPECT_EQ(folder_.read("f"), kHalfABody + kRest);
 }
 
 INSTANTIATE_TEST_SUITE_P(Qnget, QngetSignal, testing::Values(SIGINT, SIGTERM, SIGHUP),

@@ -15,6 +15,7 @@
 namespace qntest {
 namespace {
 
+using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
@@ -47,18 +48,20 @@ TEST(QngetProgressText, TellsBytesPercentAndRate) {
   }
 }
 
-class QngetProgress : public testing::Test {
- protected:
-  std::string url() const { return LocalUrl(server_.port()); }
+const Words kPost{"--data", "-", kUrl};
+const std::string kBody(300000, 'x');
+const ProcessOptions kErrorOnTerminal{.error = Sink::kTerminal};
+const ProcessOptions kUploadOnTerminal{.input = kBody, .error = Sink::kTerminal};
 
-  const ScratchFolder folder_;
-  const std::string file_ = folder_.path("f");
-  ScriptedServer server_{{AnswerWith(Answer(std::string(300000, 'x')))}};
-};
+// An answer of which half comes.
+const std::string kHalf =
+    "HTTP/1.0 200 OK\r\nContent-Length: 60000\r\n\r\n" + std::string(30000, 'x');
 
-TEST_F(QngetProgress, IsShownOnATerminalWhileTheBodyGoesToAFile) {
-  const ProcessResult result =
-      RunQnget({"-o", file_, url()}, {.output = Sink::kTerminal, .error = Sink::kTerminal});
+TEST(QngetProgress, IsShownOnATerminalWhileTheBodyGoesToAFile) {
+  const ScratchFolder folder;
+
+  const Exchange result = RunOnAnswer(Answer(kBody), {"-o", folder.path("f"), kUrl},
+                                      {.output = Sink::kTerminal, .error = Sink::kTerminal});
 
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_THAT(result.output, StartsWith("\r"));
@@ -66,71 +69,54 @@ TEST_F(QngetProgress, IsShownOnATerminalWhileTheBodyGoesToAFile) {
   EXPECT_THAT(result.output, EndsWith("/s\n"));
 }
 
-TEST_F(QngetProgress, IsShownOnATerminalWhileTheBodyGoesToAPipe) {
-  const ProcessResult result = RunQnget({url()}, {.error = Sink::kTerminal});
+TEST(QngetProgress, IsShownOnATerminalWhileTheBodyGoesToAPipe) {
+  const Exchange result = RunOnAnswer(Answer(kBody), {kUrl}, kErrorOnTerminal);
 
-  EXPECT_EQ(result.output.size(), 300000u);
+  EXPECT_EQ(result.output.size(), kBody.size());
   EXPECT_THAT(result.error, HasSubstr("\r300.0 kB of 300.0 kB, 100 %, "));
 }
 
-TEST_F(QngetProgress, TellsNoPercentOfAnUnknownLength) {
-  ScriptedServer server({AnswerWith("HTTP/1.0 200 OK\r\n\r\nabc")});
+TEST(QngetProgress, TellsNoPercentOfAnUnknownLength) {
+  const std::string shown =
+      RunOnAnswer("HTTP/1.0 200 OK\r\n\r\nabc", {kUrl}, kErrorOnTerminal).error;
 
-  const ProcessResult result = RunQnget({LocalUrl(server.port())}, {.error = Sink::kTerminal});
-
-  EXPECT_THAT(result.error, StartsWith("\r3 B, "));
-  EXPECT_THAT(result.error, Not(HasSubstr("%")));
+  EXPECT_THAT(shown, StartsWith("\r3 B, "));
+  EXPECT_THAT(shown, Not(HasSubstr("%")));
 }
 
-TEST_F(QngetProgress, IsNotShownOnTheTerminalOfTheBody) {
-  ScriptedServer server({AnswerWith(Answer("abc"))});
+TEST(QngetProgress, IsNotShownWhereNobodyWouldSeeItOrItIsNotWanted) {
+  const ScratchFolder folder;
+  const std::string file = folder.path("f");
+  const ProcessOptions terminal{.output = Sink::kTerminal, .error = Sink::kTerminal};
 
-  const ProcessResult result =
-      RunQnget({LocalUrl(server.port())}, {.output = Sink::kTerminal, .error = Sink::kTerminal});
-
-  EXPECT_EQ(result.output, "abc");
+  EXPECT_EQ(RunOnAnswer(Answer("abc"), {kUrl}, terminal).output, "abc") << "the body's terminal";
+  EXPECT_THAT(RunOnAnswer(Answer(kBody), {"-o", file, kUrl}, {.output = Sink::kTerminal}),
+              Delivers(""));
+  EXPECT_EQ(RunOnAnswer(Answer(kBody), {"-s", kUrl}, kErrorOnTerminal).error, "");
+  EXPECT_EQ(RunOnAnswer(Answer(""), {kUrl}, kErrorOnTerminal).error, "") << "no body";
+  EXPECT_EQ(RunOnAnswer(Answer("x"), kPost, {.input = kBody}).error, "") << "an upload in a pipe";
 }
 
-TEST_F(QngetProgress, IsNotShownInAPipe) {
-  const ProcessResult result = RunQnget({"-o", file_, url()}, {.output = Sink::kTerminal});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output + result.error, "");
-}
-
-TEST_F(QngetProgress, IsNotShownWhereSilenceIsWanted) {
-  const ProcessResult result = RunQnget({"-s", url()}, {.error = Sink::kTerminal});
-
-  EXPECT_EQ(result.output.size(), 300000u);
-  EXPECT_EQ(result.error, "");
-}
-
-TEST_F(QngetProgress, IsNotShownWithoutABody) {
-  ScriptedServer server({AnswerWith(Answer(""))});
-
-  EXPECT_EQ(RunQnget({LocalUrl(server.port())}, {.error = Sink::kTerminal}).error, "");
-}
-
-TEST_F(QngetProgress, LeavesALineOfItsOwnToAMessage) {
-  const std::string half = "HTTP/1.0 200 OK\r\nContent-Length: 60000\r\n\r\n";
-  ScriptedServer server({AnswerWith(half + std::string(30000, 'x'))});
-
-  const ProcessResult result = RunQnget({LocalUrl(server.port())}, {.error = Sink::kTerminal});
+TEST(QngetProgress, LeavesALineOfItsOwnToAMessage) {
+  const Exchange result = RunOnAnswer(kHalf, {kUrl}, kErrorOnTerminal);
 
   EXPECT_EQ(result.exit_code, 4);
   EXPECT_THAT(result.error, HasSubstr(", 50 %, "));
   // A line that is shorter than the one before it is padded.
-  EXPECT_THAT(result.error, testing::ContainsRegex("/s *\nqnget: the answer from server "));
+  EXPECT_THAT(result.error, ContainsRegex("/s *\nqnget: the answer from server "));
+  EXPECT_THAT(RunOn({{ReadHeader(), SendBytes(kHalf), AwaitSignal()}}, {"--timeout=0.5", kUrl},
+                    kErrorOnTerminal)
+                  .error,
+              testing::MatchesRegex("\r.* %, .*/s *\nqnget: timed out .*\n"));
 }
 
-TEST_F(QngetProgress, EndsItsLineWhenTheTransferBreaksOff) {
-  const std::string half = "HTTP/1.0 200 OK\r\nContent-Length: 60000\r\n\r\n";
-  ScriptedServer server({{ReadHeader(), SendBytes(half + std::string(30000, 'x')), AwaitSignal()}});
+// Each of a hundred pieces of the answer comes out of the library by itself.
+TEST(QngetProgress, IsWrittenAtMostTenTimesASecond) {
+  const Exchange result =
+      RunOnAnswer(Answer(std::string(100 * 20480, 'x')), {kUrl}, kErrorOnTerminal);
 
-  const ProcessResult result =
-      RunQnget({"--timeout=0.5", LocalUrl(server.port())}, {.error = Sink::kTerminal});
-
-  EXPECT_THAT(result.error, testing::MatchesRegex("\r.* %, .*/s *\nqnget: timed out .*\n"));
+  EXPECT_EQ(result.exit_code, 0);
+  EXPECT_LT(std::count(result.error.begin(), result.error.end(), '\r'), 50);
 }
 
 TEST(QngetSilence, HoldsNoErrorsBack) {
@@ -139,96 +125,47 @@ TEST(QngetSilence, HoldsNoErrorsBack) {
   EXPECT_THAT(RunQnget({"--silent", LocalUrl(port.port())}).error, StartsWith("qnget: "));
 }
 
-class QngetUpload : public testing::Test {
- protected:
-  const std::string body_ = std::string(300000, 'x');
-  ScriptedServer server_{{AnswerBodyWith(body_.size(), Answer("taken"))}};
-  const std::string url_ = LocalUrl(server_.port());
-};
+TEST(QngetUpload, HasALineOfItsOwnBeforeThatOfTheAnswer) {
+  const std::string shown = RunOnAnswer(Answer("taken"), kPost, kUploadOnTerminal).error;
 
-TEST_F(QngetUpload, HasALineOfItsOwnBeforeThatOfTheAnswer) {
-  const ProcessResult result =
-      RunQnget({"--data", "-", url_}, {.input = body_, .error = Sink::kTerminal});
-
-  EXPECT_THAT(result.error, StartsWith("\rsent "));
-  EXPECT_THAT(result.error, testing::ContainsRegex(
-                                "\rsent 300.0 kB of 300.0 kB, 100 %, [^/]*/s *\n\r5 B of 5 B"));
+  EXPECT_THAT(shown, StartsWith("\rsent "));
+  EXPECT_THAT(shown, ContainsRegex("\rsent 300.0 kB of 300.0 kB, 100 %, [^/]*/s *\n\r5 B of 5 B"));
+  EXPECT_THAT(RunOnAnswer(Answer("x"), Joined({"--raw"}, kPost), kUploadOnTerminal).error,
+              HasSubstr("\rsent 300.0 kB of 300.0 kB, 100 %, "));
 }
 
-TEST_F(QngetUpload, IsOverBeforeAnythingIsSaidOfTheAnswer) {
-  const ProcessResult result =
-      RunQnget({"--data", "-", "-i", url_}, {.input = body_, .error = Sink::kTerminal});
-
-  EXPECT_THAT(result.error, HasSubstr("\nstatus: 200\n"));
+TEST(QngetUpload, IsOverBeforeAnythingIsSaidOfTheAnswer) {
+  EXPECT_THAT(RunOnAnswer(Answer("x"), Joined({"-i"}, kPost), kUploadOnTerminal).error,
+              HasSubstr("\nstatus: 200\n"));
+  EXPECT_THAT(RunOn({{ReadHeader(), Reset()}}, kPost,
+                    {.input = std::string(20000000, 'x'), .error = Sink::kTerminal})
+                  .error,
+              ContainsRegex("/s *\nqnget: "));
 }
 
-TEST_F(QngetUpload, IsShownOfARawExchangeToo) {
-  const ProcessResult result =
-      RunQnget({"--data", "-", "--raw", url_}, {.input = body_, .error = Sink::kTerminal});
+const std::string kBinary("MMS\0x", 5);
 
-  EXPECT_THAT(result.error, HasSubstr("\rsent 300.0 kB of 300.0 kB, 100 %, "));
+// On a terminal.
+Exchange Show(const std::string &body, const Words &arguments = {kUrl}) {
+  return RunOnAnswer(Answer(body), arguments, {.output = Sink::kTerminal});
 }
 
-TEST_F(QngetUpload, IsNotShownInAPipe) {
-  EXPECT_EQ(RunQnget({"--data", "-", url_}, {.input = body_}).error, "");
-}
+TEST(QngetBinary, IsKeptFromATerminalUnlessItIsAskedFor) {
+  const Exchange result = Show(kBinary);
 
-TEST(QngetUploadThatFails, LeavesALineOfItsOwnToAMessage) {
-  ScriptedServer server({{ReadHeader(), Reset()}});
-
-  const ProcessResult result =
-      RunQnget({"--data", "-", LocalUrl(server.port())},
-               {.input = std::string(20000000, 'x'), .error = Sink::kTerminal});
-
-  EXPECT_THAT(result.error, testing::ContainsRegex("/s *\nqnget: "));
-}
-
-class QngetBinary : public testing::Test {
- protected:
-  // Runs qnget on a terminal against a server that gives such a body.
-  static ProcessResult Show(const std::string &body, std::vector<std::string> arguments = {}) {
-    ScriptedServer server({AnswerWith(Answer(body))});
-    arguments.push_back(LocalUrl(server.port()));
-    return RunQnget(arguments, {.output = Sink::kTerminal});
-  }
-
-  const std::string binary_{"MMS\0x", 5};
-};
-
-TEST_F(QngetBinary, IsKeptFromATerminal) {
-  const ProcessResult result = Show(binary_);
-
-  EXPECT_EQ(result.exit_code, 6);
   EXPECT_EQ(result.output, "");
-  EXPECT_EQ(result.error, Message("the body is binary and would spoil the terminal; -o FILE keeps "
-                                  "it, -o - shows it all the same"));
+  EXPECT_THAT(result, FailsWith(6,
+                                "the body is binary and would spoil the terminal; -o FILE keeps "
+                                "it, -o - shows it all the same"));
+  EXPECT_EQ(Show(kBinary, {"-o", "-", kUrl}).output, kBinary);
+  EXPECT_EQ(RunOnAnswer(Answer(kBinary)).output, kBinary) << "in a pipe";
 }
 
-TEST_F(QngetBinary, IsShownToWhomAsksForIt) {
-  EXPECT_EQ(Show(binary_, {"-o", "-"}).output, binary_);
-}
-
-TEST_F(QngetBinary, IsWhatHasAZeroAmongItsFirstBytes) {
+TEST(QngetBinary, IsWhatHasAZeroAmongItsFirstBytes) {
   const std::string zero(1, '\0');
 
   EXPECT_EQ(Show(std::string(1999, 'x') + zero).exit_code, 6);
   EXPECT_EQ(Show(std::string(2000, 'x') + zero).exit_code, 0);
-}
-
-TEST_F(QngetBinary, GoesIntoAPipe) {
-  ScriptedServer server({AnswerWith(Answer(binary_))});
-
-  EXPECT_EQ(RunQnget({LocalUrl(server.port())}).output, binary_);
-}
-
-// Each of a hundred pieces of the answer comes out of the library by itself.
-TEST_F(QngetProgress, IsWrittenAtMostTenTimesASecond) {
-  ScriptedServer server({AnswerWith(Answer(std::string(100 * 20480, 'x')))});
-
-  const ProcessResult result = RunQnget({LocalUrl(server.port())}, {.error = Sink::kTerminal});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_LT(std::count(result.error.begin(), result.error.end(), '\r'), 50);
 }
 
 }  // namespace

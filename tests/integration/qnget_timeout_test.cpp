@@ -6,9 +6,9 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <chrono>
+#include <memory>
 
 #include "qnget_program.h"
 #include "support/loopback.h"
@@ -21,123 +21,80 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kMoreThanWaitsUnread = 30000;  // so that the library hands some out
 const char *const kTimeout = "--timeout=0.5";
 
 std::string TimedOut(const std::string &doing) {
-  return Message("timed out after 0.5 seconds, while " + doing);
+  return "timed out after 0.5 seconds, while " + doing;
 }
 
-TEST(QngetTimeout, EndsTheWaitForAConnection) {
-  const FullPort port;
+struct Wait {
+  Words arguments;
+  std::string doing;
+  ProcessOptions options = {};
+};
 
-  const ProcessResult result = RunQnget({kTimeout, LocalUrl(port.port())});
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, TimedOut("connecting to server " + Loopback(port.port())));
+// The waits last beside each other, so that the test waits once.
+void ExpectTimeouts(const std::vector<Wait> &waits) {
+  std::vector<std::unique_ptr<Process>> programs;
+  for (const Wait &wait : waits) {
+    programs.push_back(
+        std::make_unique<Process>(QngetCommand(Joined({kTimeout}, wait.arguments)), wait.options));
+  }
+  for (std::size_t i = 0; i < waits.size(); ++i) {
+    SCOPED_TRACE(testing::PrintToString(waits[i].arguments));
+    EXPECT_THAT(programs[i]->wait(), FailsWith(4, TimedOut(waits[i].doing)));
+  }
 }
 
-TEST(QngetTimeout, EndsTheWaitForAnAnswer) {
-  ScriptedServer server({{ReadHeader(), AwaitSignal()}});
-
-  const ProcessResult result = RunQnget({kTimeout, LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, TimedOut("receiving from server " + Loopback(server.port())));
-}
-
-TEST(QngetTimeout, NamesTheProxyWhenOneIsSet) {
-  ScriptedServer proxy({{ReadHeader(), AwaitSignal()}});
-
-  const ProcessResult result =
-      RunQnget({kTimeout, "-p", Loopback(proxy.port()), "http://mms.invalid/"});
-
-  EXPECT_EQ(result.error, TimedOut("receiving from proxy " + Loopback(proxy.port())));
-}
-
-TEST(QngetTimeout, EndsTheWaitForTheRestOfABody) {
-  const std::string most(kMoreThanWaitsUnread, 'x');
-  ScriptedServer server(
-      {{ReadHeader(), SendBytes("HTTP/1.0 200 OK\r\n\r\n" + most), AwaitSignal()}});
-
-  const ProcessResult result = RunQnget({kTimeout, LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, TimedOut("receiving from server " + Loopback(server.port())));
-}
-
-// The library takes the interruption for the end of the answer.
-TEST(QngetTimeout, IsNotTakenForTheEndOfTheAnswer) {
+TEST(QngetTimeout, EndsTheWaitForAPeer) {
   const ScratchFolder folder;
-  ScriptedServer server({{ReadHeader(), SendBytes("HTTP/1.0 200 OK\r\n\r\nabc"), AwaitSignal()}});
+  const FullPort full;
+  const ConnectionScript silence{ReadHeader(), AwaitSignal()};
+  ScriptedServer silent({silence, silence});
+  const std::string url = LocalUrl(silent.port());
+  // The library takes the interruption for the end of the answer.
+  const ConnectionScript beginning{ReadHeader(), SendBytes("HTTP/1.0 200 OK\r\n\r\nabc"),
+                                   AwaitSignal()};
+  ScriptedServer begun({beginning, beginning, HalfABody()});
+  const std::string begun_url = LocalUrl(begun.port());
+  const std::string file = folder.path("f");
 
-  EXPECT_EQ(RunQnget({kTimeout, "-o", folder.path("f"), LocalUrl(server.port())}).exit_code, 4);
+  ExpectTimeouts({
+      {{LocalUrl(full.port())}, "connecting to server " + Loopback(full.port())},
+      {{url}, "receiving from server " + Loopback(silent.port())},
+      {{"-p", Loopback(silent.port()), "http://mms.invalid/"},
+       "receiving from proxy " + Loopback(silent.port())},
+      {{"-o", file, begun_url}, "receiving from server " + Loopback(begun.port())},
+      {{"--raw", begun_url}, "receiving from server " + Loopback(begun.port())},
+      {{"-o", file, begun_url}, "receiving from server " + Loopback(begun.port())},
+  });
 
-  EXPECT_EQ(folder.names(), std::vector<std::string>{});
+  EXPECT_EQ(folder.names(), Words{});
 }
 
-TEST(QngetTimeout, EndsARawTransferToo) {
-  ScriptedServer server({{ReadHeader(), SendBytes("HTTP/1.0 200 OK\r\n\r\nabc"), AwaitSignal()}});
+TEST(QngetTimeout, EndsTheWaitForAFile) {
+  const ScratchFolder folder;
+  const std::string fifo = folder.path("fifo");
+  const std::string full_fifo = folder.path("full");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600) + mkfifo(full_fifo.c_str(), 0600), 0);
+  const Descriptor reader(open(full_fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  ScriptedServer server({AnswerWith(Answer(std::string(300000, 'x')))});
+  const std::string nowhere = "http://127.0.0.1:9/";
 
-  EXPECT_EQ(RunQnget({kTimeout, "--raw", LocalUrl(server.port())}).exit_code, 4);
+  ExpectTimeouts({
+      {{"--data", "-", nowhere}, "reading the request body", {.keep_input_open = true}},
+      {{"-o", fifo, nowhere}, "writing the output"},
+      {{"--trace", fifo, nowhere}, "opening the trace file"},
+      {{"-o", full_fifo, LocalUrl(server.port())}, "writing the output"},
+  });
 }
 
 TEST(QngetTimeout, EndsTheWaitForAPeerThatDoesNotRead) {
-  ScriptedServer server({{ReadHeader(), AwaitSignal()}});
-
-  const ProcessResult result = RunQnget({"--timeout=1", "--data", "-", LocalUrl(server.port())},
-                                        {.input = std::string(20000000, 'x')});
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, Message("timed out after 1 second, while sending to server " +
-                                  Loopback(server.port())));
-}
-
-TEST(QngetTimeout, EndsTheWaitForTheInput) {
-  const RefusingPort port;
-
-  Process program(QngetCommand({kTimeout, "--data", "-", LocalUrl(port.port())}),
-                  {.keep_input_open = true});
-  const ProcessResult result = program.wait();
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, TimedOut("reading the request body"));
-}
-
-TEST(QngetTimeout, EndsTheWaitForAReaderOfTheOutput) {
   const ScratchFolder folder;
-  const std::string fifo = folder.path("fifo");
-  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  const std::string body = folder.write("body", std::string(20000000, 'x'));
 
-  const ProcessResult result = RunQnget({kTimeout, "-o", fifo, "http://127.0.0.1:9/"});
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, TimedOut("writing the output"));
-}
-
-TEST(QngetTimeout, EndsTheWaitForAReaderOfTheTrace) {
-  const ScratchFolder folder;
-  const std::string fifo = folder.path("fifo");
-  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-
-  const ProcessResult result = RunQnget({kTimeout, "--trace", fifo, "http://127.0.0.1:9/"});
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, TimedOut("opening the trace file"));
-}
-
-TEST(QngetTimeout, EndsTheWaitForRoomInTheOutput) {
-  const ScratchFolder folder;
-  const std::string fifo = folder.path("fifo");
-  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-  const int reader = open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  ScriptedServer server({AnswerWith(Answer(std::string(300000, 'x')))});
-
-  const ProcessResult result = RunQnget({kTimeout, "-o", fifo, LocalUrl(server.port())});
-  close(reader);
-
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, TimedOut("writing the output"));
+  EXPECT_THAT(RunOn({{ReadHeader(), AwaitSignal()}}, {"--timeout=1", "--data", body, kUrl}),
+              FailsWith(4, "timed out after 1 second, while sending to server HOST:PORT"));
 }
 
 TEST(QngetTimeout, EndsThePauseBeforeARetry) {
@@ -146,7 +103,7 @@ TEST(QngetTimeout, EndsThePauseBeforeARetry) {
   const ProcessResult result = RunQnget({kTimeout, "--retry", "1", LocalUrl(port.port())});
 
   EXPECT_EQ(result.exit_code, 4);
-  EXPECT_THAT(result.error, testing::EndsWith(TimedOut("waiting to try again")));
+  EXPECT_THAT(result.error, testing::EndsWith(Message(TimedOut("waiting to try again"))));
 }
 
 TEST(QngetTimeout, EndsTheResolverOneSecondLater) {
@@ -157,20 +114,14 @@ TEST(QngetTimeout, EndsTheResolverOneSecondLater) {
   const ProcessResult result = RunProgram(
       SlowResolverCommand({kTimeout, "-o", file, "-p", "1.2.3.4.5:80", "http://mms.invalid/"}));
 
-  EXPECT_EQ(result.exit_code, 4);
-  EXPECT_EQ(result.error, TimedOut("resolving proxy 1.2.3.4.5:80"));
+  EXPECT_THAT(result, FailsWith(4, TimedOut("resolving proxy 1.2.3.4.5:80")));
   EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(1500));
   EXPECT_EQ(folder.read("kept"), "old");
-  EXPECT_EQ(folder.names(), std::vector<std::string>{"kept"});
+  EXPECT_EQ(folder.names(), Words{"kept"});
 }
 
 TEST(QngetTimeout, DoesNothingToATransferThatIsQuickEnough) {
-  ScriptedServer server({AnswerWith(Answer("abc"))});
-
-  const ProcessResult result = RunQnget({"--timeout", "30", LocalUrl(server.port())});
-
-  EXPECT_EQ(result.exit_code, 0);
-  EXPECT_EQ(result.output, "abc");
+  EXPECT_THAT(RunOnAnswer(Answer("abc"), {"--timeout", "30", kUrl}), Delivers("abc"));
 }
 
 }  // namespace

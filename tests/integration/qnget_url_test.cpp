@@ -20,15 +20,6 @@ struct Written {
   const char *url;
 };
 
-class QngetUrl : public testing::TestWithParam<Written> {};
-
-TEST_P(QngetUrl, IsMadeRight) {
-  const UrlReading reading = ReadUrl(GetParam().text);
-
-  EXPECT_EQ(reading.problem, "");
-  EXPECT_EQ(reading.url.Text(), GetParam().url);
-}
-
 const Written kWritten[] = {
     {"http://h/p?q", "http://h/p?q"},
     {"h", "http://h/"},
@@ -58,22 +49,21 @@ const Written kWritten[] = {
     {"http://h/%20", "http://h/%20"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetUrl, testing::ValuesIn(kWritten));
+void ExpectRead(const Written &written, const UrlReading &reading) {
+  SCOPED_TRACE(written.text);
+  EXPECT_EQ(reading.problem, "");
+  EXPECT_EQ(reading.url.Text(), written.url);
+}
+
+TEST(QngetUrl, IsMadeRight) {
+  for (const Written &written : kWritten) ExpectRead(written, ReadUrl(written.text));
+}
 
 struct Bad {
   std::string text;
   UrlFault fault;
   const char *problem;
 };
-
-class QngetBadUrl : public testing::TestWithParam<Bad> {};
-
-TEST_P(QngetBadUrl, IsRefusedWithAReason) {
-  const UrlReading reading = ReadUrl(GetParam().text);
-
-  EXPECT_EQ(reading.fault, GetParam().fault);
-  EXPECT_THAT(reading.problem, HasSubstr(GetParam().problem));
-}
 
 const Bad kBad[] = {
     {"https://h/", UrlFault::kSecure, "plain HTTP, not https"},
@@ -114,7 +104,15 @@ const Bad kBad[] = {
     {"h/" + std::string(664, '\xFF'), UrlFault::kOther, "longer than 2000 bytes"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetBadUrl, testing::ValuesIn(kBad));
+void ExpectRefused(const Bad &bad, const UrlReading &reading) {
+  SCOPED_TRACE(bad.text);
+  EXPECT_EQ(reading.fault, bad.fault);
+  EXPECT_THAT(reading.problem, HasSubstr(bad.problem));
+}
+
+TEST(QngetBadUrl, IsRefusedWithAReason) {
+  for (const Bad &bad : kBad) ExpectRefused(bad, ReadUrl(bad.text));
+}
 
 TEST(QngetUrlLength, MayBe2000Bytes) {
   const std::string text = "http://h/" + std::string(1991, 'x');
@@ -130,24 +128,8 @@ TEST(QngetUrlServer, IsTheSameWithItsPortAndWhateverCase) {
   EXPECT_FALSE(HaveSameServer(url, ReadUrl("http://other.example/a").url));
 }
 
-struct Reference {
-  const char *text;
-  const char *url;
-};
-
-class QngetReference : public testing::TestWithParam<Reference> {
- protected:
-  const qnget::Url base_ = ReadUrl("http://a/b/c/d;p?q").url;
-};
-
-TEST_P(QngetReference, IsResolved) {
-  const UrlReading reading = ResolveReference(base_, GetParam().text);
-
-  EXPECT_EQ(reading.problem, "");
-  EXPECT_EQ(reading.url.Text(), GetParam().url);
-}
-
-const Reference kReferences[] = {
+// To "http://a/b/c/d;p?q".
+const Written kReferences[] = {
     // RFC 3986, section 5.4.1, without the fragments.
     {"./g", "http://a/b/c/g"},
     {"g", "http://a/b/c/g"},
@@ -200,19 +182,15 @@ const Reference kReferences[] = {
     {"/..//g", "http://a//g"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetReference, testing::ValuesIn(kReferences));
-
-TEST(QngetReferenceOfAHost, ReplacesTheRootAlone) {
-  EXPECT_EQ(ResolveReference(ReadUrl("http://h:81").url, "g").url.Text(), "http://h:81/g");
+TEST(QngetReference, IsResolved) {
+  const qnget::Url base = ReadUrl("http://a/b/c/d;p?q").url;
+  for (const Written &written : kReferences) {
+    ExpectRead(written, ResolveReference(base, written.text));
+  }
 }
 
-class QngetBadReference : public testing::TestWithParam<Bad> {};
-
-TEST_P(QngetBadReference, IsRefusedWithAReason) {
-  const UrlReading reading = ResolveReference(ReadUrl("http://a/b").url, GetParam().text);
-
-  EXPECT_EQ(reading.fault, GetParam().fault);
-  EXPECT_THAT(reading.problem, HasSubstr(GetParam().problem));
+TEST(QngetReference, ToAHostReplacesTheRootAlone) {
+  EXPECT_EQ(ResolveReference(ReadUrl("http://h:81").url, "g").url.Text(), "http://h:81/g");
 }
 
 const Bad kBadReferences[] = {
@@ -232,7 +210,11 @@ const Bad kBadReferences[] = {
     {"?" + std::string(1992, 'x'), UrlFault::kOther, "longer than 2000 bytes"},
 };
 
-INSTANTIATE_TEST_SUITE_P(Qnget, QngetBadReference, testing::ValuesIn(kBadReferences));
+TEST(QngetBadReference, IsRefusedWithAReason) {
+  for (const Bad &bad : kBadReferences) {
+    ExpectRefused(bad, ResolveReference(ReadUrl("http://a/b").url, bad.text));
+  }
+}
 
 }  // namespace
 }  // namespace qntest

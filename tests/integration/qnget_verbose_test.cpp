@@ -17,56 +17,43 @@ using testing::Not;
 const std::vector<std::string> kPlain{
     "-v", "-H", "Accept: a", "-H", "User-Agent:", "-H", "Profile:", "-H", "Accept-Language:"};
 
-std::string ShownWith(std::vector<std::string> arguments, const ProcessOptions &options = {}) {
-  arguments.insert(arguments.begin(), kPlain.begin(), kPlain.end());
-  return RunQnget(arguments, options).error;
+std::string ShownOf(const std::vector<ConnectionScript> &scripts, const Words &arguments = {kUrl},
+                    const ProcessOptions &options = {}) {
+  return RunOn(scripts, Joined(kPlain, arguments), options).error;
 }
 
 TEST(QngetVerbose, ShowsEachHop) {
-  ScriptedServer server({AnswerWith("HTTP/1.0 302 Found\r\nLocation: new\r\n\r\n"),
-                         AnswerWith("HTTP/1.0 200 OK\r\nX: y\r\n\r\nbody")});
-  const std::string connected =
-      "* connected to server " + Loopback(server.port()) + " at 127.0.0.1\n";
-  const std::string header = "> Host: " + Loopback(server.port()) + "\n> Accept: a\n> \n";
+  const std::string connected = "* connected to server HOST:PORT at 127.0.0.1\n";
+  const std::string header = "> Host: HOST:PORT\n> Accept: a\n> \n";
 
-  EXPECT_EQ(ShownWith({LocalUrl(server.port(), "/m")}),
+  EXPECT_EQ(ShownOf({AnswerWith("HTTP/1.0 302 Found\r\nLocation: new\r\n\r\n"),
+                     AnswerWith("HTTP/1.0 200 OK\r\nX: y\r\n\r\nbody")},
+                    {"http://HOST:PORT/m"}),
             connected + "> GET /m HTTP/1.0\n" + header +
-                "< HTTP/1.0 302 Found\n< Location: new\n< \n" + "* status 302 redirects to " +
-                LocalUrl(server.port(), "/new") + "\n" + connected + "> GET /new HTTP/1.0\n" +
-                header + "< HTTP/1.0 200 OK\n< X: y\n< \n");
+                "< HTTP/1.0 302 Found\n< Location: new\n< \n"
+                "* status 302 redirects to http://HOST:PORT/new\n" +
+                connected + "> GET /new HTTP/1.0\n" + header + "< HTTP/1.0 200 OK\n< X: y\n< \n");
 }
 
 TEST(QngetVerbose, ShowsTheProxyThatIsAsked) {
-  ScriptedServer proxy({AnswerWith(Answer("x"))});
+  const std::string shown =
+      ShownOf({AnswerWith(Answer("x"))}, {"-p", "HOST:PORT", "http://mms.invalid/"});
 
-  const std::string shown = ShownWith({"-p", Loopback(proxy.port()), "http://mms.invalid/"});
-
-  EXPECT_THAT(shown, HasSubstr("* connected to proxy " + Loopback(proxy.port())));
+  EXPECT_THAT(shown, HasSubstr("* connected to proxy HOST:PORT"));
   EXPECT_THAT(shown, HasSubstr("> GET http://mms.invalid/ HTTP/1.0\n"));
 }
 
-TEST(QngetVerbose, ShowsInterimAnswers) {
-  ScriptedServer server({AnswerWith("HTTP/1.1 100 Continue\r\n\r\n" + Answer("x"))});
+TEST(QngetVerbose, ShowsInterimAnswersAndMakesControlCharactersVisible) {
+  const std::string interim = "HTTP/1.1 100 Continue\r\nX: \x1B[2J\x07\x9B 1m\t\xC3\xBC\r\n\r\n";
 
-  EXPECT_THAT(ShownWith({LocalUrl(server.port())}),
-              HasSubstr("< HTTP/1.1 100 Continue\n< \n< HTTP/1.0 200 OK\n"));
-}
-
-TEST(QngetVerbose, MakesControlCharactersVisible) {
-  const std::string line =
-      "X: \x1B[2J\x07\x9B"
-      "1m\t\xC3\xBC\r\n";
-  ScriptedServer server({AnswerWith(Answer("x", line))});
-
-  EXPECT_THAT(ShownWith({LocalUrl(server.port())}),
-              HasSubstr("< X: \\x1b[2J\\x07\\x9b1m\\x09\\xc3\\xbc\n"));
+  EXPECT_THAT(ShownOf({AnswerWith(interim + Answer("x"))}),
+              HasSubstr("< HTTP/1.1 100 Continue\n< X: \\x1b[2J\\x07\\x9b 1m\\x09\\xc3\\xbc\n< \n"
+                        "< HTTP/1.0 200 OK\n"));
 }
 
 TEST(QngetVerbose, ShowsNoBody) {
-  ScriptedServer server({AnswerBodyWith(6, Answer("answer"))});
-
   const std::string shown =
-      ShownWith({"--data", "-", LocalUrl(server.port())}, {.input = "secret"});
+      ShownOf({AnswerWith(Answer("answer"))}, {"--data", "-", kUrl}, {.input = "secret"});
 
   EXPECT_THAT(shown, HasSubstr("> Content-Length: 6\n> \n"));
   EXPECT_THAT(shown, Not(HasSubstr("secret")));
@@ -74,16 +61,16 @@ TEST(QngetVerbose, ShowsNoBody) {
 }
 
 TEST(QngetVerbose, ShowsTheHeaderOfARawAnswer) {
-  ScriptedServer server({AnswerWith(Answer("x"))});
-
-  EXPECT_THAT(ShownWith({"--raw", LocalUrl(server.port())}), HasSubstr("\n< HTTP/1.0 200 OK\n"));
+  EXPECT_THAT(ShownOf({AnswerWith(Answer("x"))}, {"--raw", kUrl}),
+              HasSubstr("\n< HTTP/1.0 200 OK\n"));
 }
 
 TEST(QngetVerbose, ShowsAConnectionThatIsRefusedAsAFailureAlone) {
   const RefusingPort port;
 
-  EXPECT_EQ(ShownWith({LocalUrl(port.port())}),
-            Message("no connection to server " + Loopback(port.port()) + ": Connection refused"));
+  EXPECT_THAT(
+      RunQnget({"-v", LocalUrl(port.port())}),
+      FailsWith(3, "no connection to server " + Loopback(port.port()) + ": Connection refused"));
 }
 
 }  // namespace

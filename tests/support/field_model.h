@@ -53,6 +53,13 @@ class FieldWriter {
   // What stands in the storage up to the position.
   const std::string &Image() const { return image_; }
 
+  // The file that is saved of it: up to the position, which empty fields move too.
+  std::string Saved() const {
+    std::string file = image_;
+    file.resize(static_cast<std::size_t>(position_ + 1), '\0');
+    return file;
+  }
+
  private:
   uint32_t capacity_;
   int32_t position_ = -1;

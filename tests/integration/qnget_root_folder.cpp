@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "qnget_cache_folder.h"
+#include "qnget_root_folder.h"
 
 #include <ctime>
 #include <filesystem>
@@ -22,13 +22,18 @@ std::string LabelFor(const std::string &body, const Kept &kept) {
 
 }  // namespace
 
-ProcessResult CacheFolder::Fetch(const std::vector<std::string> &arguments) const {
-  std::vector<std::string> all{"--root", root_, "--cache"};
-  all.insert(all.end(), arguments.begin(), arguments.end());
-  return RunQnget(all);
+void RootFolder::Set(const std::string &key, const std::string &value, const Words &more) const {
+  EXPECT_EQ(Run(Joined({"config", "set", key, value}, more)).exit_code, 0);
 }
 
-std::string CacheFolder::List() const { return RunQnget({"--root", root_, "--cache-list"}).output; }
+void RootFolder::WriteSettings(const std::string &content) const {
+  std::filesystem::create_directories(root_);
+  std::ofstream(root_ + "/settings.ini", std::ios::binary) << content;
+}
+
+std::string SettingLine(const std::string &key, const std::string &value) {
+  return key + '\0' + value + std::string("\0\n", 2);
+}
 
 void CacheFolder::Save(const std::string &url, const std::string &body, const Kept &kept) const {
   const std::string folder = root_ + "/wap/ca/";
