@@ -47,11 +47,23 @@ bool LeavesNothing(const FileOutcome &outcome) { return outcome.fails && !outcom
 // The elements of `size` bytes that a write of `count` of them completes.
 size_t WriteElements(const FileOutcome &outcome, const void *data, size_t size, uint32_t count,
                      FILE *stream) {
-  if (!outcome.fails) {
-    return fwrite(data, size, count, stream);
-  }
+  if (!outcome.fails) return fwrite(data, size, count, stream);
   const size_t kept = std::min(outcome.kept, size * count);
   return size == 0 ? 0 : fwrite(data, 1, kept, stream) / size;
+}
+
+// Writes a file by one of the ways that the application is told of.
+int32_t WriteWhole(std::string_view function,
+                   bool (MemoryFiles::*write)(std::string_view name, std::string_view bytes),
+                   const void *data, int32_t length, const char *name) {
+  const std::string_view bytes = Bytes(data, length);
+  const FileOutcome outcome = FilePort().Enter(function, {Shown(data, length), Shown(name)}, bytes);
+  if (outcome.answer) return *outcome.answer;
+  if (LeavesNothing(outcome) || !IsWritable(data, length, name)) return -1;
+  const bool done = (FilePort().files().*write)(name, Reaching(outcome, bytes));
+  if (!done || outcome.fails) return -1;
+  FilePort().TellWritten(name);
+  return length;
 }
 
 }  // namespace
@@ -68,25 +80,19 @@ void fnQNFS_SetCardSynFileFunc(QNFSCardSynFile callback) {
 
 int32_t fnQNFS_isFileExisted(const char *name) {
   const FileOutcome outcome = FilePort().Enter("isFileExisted", {Shown(name)});
-  if (outcome.answer) {
-    return *outcome.answer;
-  }
+  if (outcome.answer) return *outcome.answer;
   return !outcome.fails && FilePort().files().Exists(Name(name)) ? 1 : 0;
 }
 
 int32_t fnQNFS_MkDir(const char *path) {
   const FileOutcome outcome = FilePort().Enter("MkDir", {Shown(path)});
-  if (outcome.fails || path == nullptr) {
-    return 0;
-  }
+  if (outcome.fails || path == nullptr) return 0;
   return FilePort().files().MakeDirectory(path) ? 1 : 0;
 }
 
 QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
   const FileOutcome outcome = FilePort().Enter("File_Open", {Shown(name), Shown(mode)});
-  if (outcome.fails || name == nullptr || mode == nullptr) {
-    return nullptr;
-  }
+  if (outcome.fails || name == nullptr || mode == nullptr) return nullptr;
   FILE *stream = FilePort().files().Open(name, mode);
   return stream != nullptr ? FilePort().NewHandle(stream) : nullptr;
 }
@@ -100,9 +106,7 @@ int32_t fnQNFS_File_Write(const void *data, uint32_t size, uint32_t count, QNFSF
   const FileOutcome outcome = FilePort().Enter(
       "File_Write", {std::to_string(size), std::to_string(count), FilePort().HandleText(handle)},
       bytes);
-  if (!usable) {
-    return -1;
-  }
+  if (!usable) return -1;
   const size_t written = WriteElements(outcome, data, element, count, *handle);
   return written == 0 && (element != 0 || outcome.fails) ? -1 : static_cast<int32_t>(written);
 }
@@ -110,9 +114,7 @@ int32_t fnQNFS_File_Write(const void *data, uint32_t size, uint32_t count, QNFSF
 int32_t fnQNFS_File_Read(void *buffer, uint32_t size, uint32_t count, QNFSFile handle) {
   const FileOutcome outcome = FilePort().Enter(
       "File_Read", {std::to_string(size), std::to_string(count), FilePort().HandleText(handle)});
-  if (outcome.fails || buffer == nullptr || handle == nullptr || *handle == nullptr) {
-    return -1;
-  }
+  if (outcome.fails || buffer == nullptr || handle == nullptr || *handle == nullptr) return -1;
   const size_t taken = fread(buffer, 1, size * count, *handle);
   return taken == 0 && size != 0 ? -1 : static_cast<int32_t>(taken);
 }
@@ -120,35 +122,24 @@ int32_t fnQNFS_File_Read(void *buffer, uint32_t size, uint32_t count, QNFSFile h
 int32_t fnQNFS_File_Seek(QNFSFile handle, int32_t origin, int32_t offset) {
   const FileOutcome outcome =
       FilePort().Enter("File_Seek", {FilePort().HandleText(handle), Shown(origin), Shown(offset)});
-  if (outcome.fails || handle == nullptr || *handle == nullptr) {
-    return -1;
-  }
-  int whence = SEEK_CUR;
-  if (origin == QNFS_SEEK_BEGIN) {
-    whence = SEEK_SET;
-  } else if (origin == QNFS_SEEK_END) {
-    whence = SEEK_END;
-  }
+  if (outcome.fails || handle == nullptr || *handle == nullptr) return -1;
+  const int whence = origin == QNFS_SEEK_BEGIN ? SEEK_SET
+                     : origin == QNFS_SEEK_END ? SEEK_END
+                                               : SEEK_CUR;
   return fseek(*handle, offset, whence);
 }
 
 void fnQNFS_File_Close(QNFSFile handle) {
   FilePort().Enter("File_Close", {FilePort().HandleText(handle)});
-  if (handle == nullptr) {
-    return;
-  }
-  if (*handle != nullptr) {
-    fclose(*handle);
-  }
+  if (handle == nullptr) return;
+  if (*handle != nullptr) fclose(*handle);
   FilePort().ForgetHandle(handle);
   std::free(handle);
 }
 
 int32_t fnQNFS_getFileSize(const char *name) {
   const FileOutcome outcome = FilePort().Enter("getFileSize", {Shown(name)});
-  if (outcome.answer) {
-    return *outcome.answer;
-  }
+  if (outcome.answer) return *outcome.answer;
   const std::optional<std::string> content = FilePort().files().Content(Name(name));
   return outcome.fails || !content ? -1 : static_cast<int32_t>(content->size());
 }
@@ -156,9 +147,7 @@ int32_t fnQNFS_getFileSize(const char *name) {
 int32_t fnQNFS_CopyFile(const char *destination, const char *source) {
   const FileOutcome outcome = FilePort().Enter("CopyFile", {Shown(destination), Shown(source)});
   const std::optional<std::string> content = FilePort().files().Content(Name(source));
-  if (LeavesNothing(outcome) || destination == nullptr || !content) {
-    return 0;
-  }
+  if (LeavesNothing(outcome) || destination == nullptr || !content) return 0;
   const bool done = FilePort().files().Write(destination, Reaching(outcome, *content));
   return done && !outcome.fails ? 1 : 0;
 }
@@ -175,9 +164,7 @@ int32_t fnQNFS_DeleteFile(const char *name) {
 
 int32_t fnQNFS_DelAllFiles(const char *path) {
   const FileOutcome outcome = FilePort().Enter("DelAllFiles", {Shown(path)});
-  if (outcome.fails || path == nullptr) {
-    return 0;
-  }
+  if (outcome.fails || path == nullptr) return 0;
   return FilePort().files().DeleteFilesIn(path) ? 1 : 0;
 }
 
@@ -190,18 +177,14 @@ uint32_t fnQNFS_File_CreateDir(const char *path) {
   const FileOutcome outcome = FilePort().Enter("File_CreateDir", {Shown(path)});
   const std::string_view whole = Name(path);
   for (size_t i = 1; i < whole.size() && !outcome.fails; ++i) {
-    if (whole[i] == '/') {
-      FilePort().files().MakeDirectory(whole.substr(0, i));
-    }
+    if (whole[i] == '/') FilePort().files().MakeDirectory(whole.substr(0, i));
   }
   return static_cast<uint32_t>(whole.size());
 }
 
 int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination, int32_t *count) {
   const FileOutcome outcome = FilePort().Enter("ReadFromFile", {Shown(name), Shown(maximum)});
-  if (outcome.answer) {
-    return *outcome.answer;
-  }
+  if (outcome.answer) return *outcome.answer;
   const std::optional<std::string> content = FilePort().files().Content(Name(name));
   if (outcome.fails || !content || maximum < 0 || destination == nullptr || count == nullptr) {
     return -1;
@@ -213,46 +196,18 @@ int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination
 }
 
 int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name) {
-  const FileOutcome outcome =
-      FilePort().Enter("WriteToFile", {Shown(data, length), Shown(name)}, Bytes(data, length));
-  if (outcome.answer) {
-    return *outcome.answer;
-  }
-  if (LeavesNothing(outcome) || !IsWritable(data, length, name)) {
-    return -1;
-  }
-  const bool done = FilePort().files().Write(name, Reaching(outcome, Bytes(data, length)));
-  if (!done || outcome.fails) {
-    return -1;
-  }
-  FilePort().TellWritten(name);
-  return length;
+  return WriteWhole("WriteToFile", &MemoryFiles::Write, data, length, name);
 }
 
 int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name) {
-  const FileOutcome outcome =
-      FilePort().Enter("AppendToFile", {Shown(data, length), Shown(name)}, Bytes(data, length));
-  if (outcome.answer) {
-    return *outcome.answer;
-  }
-  if (LeavesNothing(outcome) || !IsWritable(data, length, name)) {
-    return -1;
-  }
-  const bool done = FilePort().files().Append(name, Reaching(outcome, Bytes(data, length)));
-  if (!done || outcome.fails) {
-    return -1;
-  }
-  FilePort().TellWritten(name);
-  return length;
+  return WriteWhole("AppendToFile", &MemoryFiles::Append, data, length, name);
 }
 
 int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t position,
                                 const char *name) {
   const FileOutcome outcome = FilePort().Enter(
       "WriteToFileAtPos", {Shown(data, length), Shown(position), Shown(name)}, Bytes(data, length));
-  if (LeavesNothing(outcome) || !IsWritable(data, length, name) || position < 0) {
-    return -1;
-  }
+  if (LeavesNothing(outcome) || !IsWritable(data, length, name) || position < 0) return -1;
   const bool done = FilePort().files().WriteAt(name, static_cast<size_t>(position),
                                                Reaching(outcome, Bytes(data, length)));
   return done && !outcome.fails ? length : -1;
@@ -263,9 +218,7 @@ int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t len
   const FileOutcome outcome =
       FilePort().Enter("ReadFromFileAtPos", {Shown(name), Shown(position), Shown(length)});
   const std::optional<std::string> content = FilePort().files().Content(Name(name));
-  if (outcome.fails || !content || position < 0 || length < 0 || destination == nullptr) {
-    return -1;
-  }
+  if (outcome.fails || !content || position < 0 || length < 0 || destination == nullptr) return -1;
   const size_t start = std::min(static_cast<size_t>(position), content->size());
   return static_cast<int32_t>(
       content->copy(static_cast<char *>(destination), static_cast<size_t>(length), start));
