@@ -322,7 +322,8 @@ TEST_P(PosixNames, ReachARootThatIsALink) {
 // A device can only be made by root.
 TEST_P(PosixNames, OfAFifoASocketOrADeviceAreRefusedAtOnce) {
   folder_.write("inside", "inside");
-  for (const mode_t type : {S_IFIFO, S_IFSOCK, S_IFCHR}) {
+  constexpr mode_t kTypes[] = {S_IFIFO, S_IFSOCK, S_IFCHR};
+  for (const mode_t type : kTypes) {
     SCOPED_TRACE(type);
     const std::string path = folder_.path("it");
     if (mknod(path.c_str(), type | 0600, makedev(1, 3)) != 0) {
