@@ -92,9 +92,7 @@ class Table : public testing::Environment {
  public:
   void TearDown() override {
     if (!rows.empty()) PrintScenarios();
-    if (!rows_of_kinds.empty()) {
-      PrintShares("Every call of one kind fails", "call", rows_of_kinds);
-    }
+    if (!rows_of_kinds.empty()) PrintShares("Every call of one kind fails", "call", rows_of_kinds);
     if (!rows_of_descriptors.empty()) {
       PrintShares("Descriptors are left", "left", rows_of_descriptors);
     }

@@ -76,8 +76,8 @@ class StoreAct : public FileScenario {
     FileFaults unforced;
     const Verdict verdict = JudgeContent(scenario_.load(), heap_refused);
     if (!verdict.complaint.empty()) return verdict;
-    const std::string left = RunAgain();
-    return left.empty() ? verdict : Broken("a run later: " + left);
+    const std::string left = ComplaintOfARun(scenario_, folder_.path());
+    return left.empty() ? verdict : Broken(left);
   }
 
  private:
@@ -97,19 +97,6 @@ class StoreAct : public FileScenario {
   // A cache save is done when the body is stored, whatever became of the index,
   // and a hit when it is found.
   bool MustBeStored() const { return !std::string(scenario_.name).starts_with("cache"); }
-
-  // Undisturbed, the act succeeds on what is left, and sweeps.
-  std::string RunAgain() const {
-    ForgetCache();
-    const bool done = scenario_.act();
-    ForgetCache();
-    if (!done) return "it fails";
-    if (scenario_.files.empty()) fnQNStack_Cache_Delete_All();
-    const std::set<std::string> swept = {"wap/ca/ca.txt"};
-    const auto files = FilesBelow(folder_.path());
-    if (files == (scenario_.files.empty() ? swept : scenario_.files)) return "";
-    return "files: " + Joined({files.begin(), files.end()});
-  }
 
   const StoreScenario scenario_;
   const bool has_backup_;

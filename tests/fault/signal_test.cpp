@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Guards what a true signal makes of each call that waits: connecting, sending
-// and receiving fail as for any other reason, and waiting for the lock on a
-// file goes on.
-#include <fcntl.h>
-#include <gmock/gmock.h>
+// Guards what a true signal makes of each call of the network that waits: connecting,
+// sending and receiving fail as for any other reason.
 #include <gtest/gtest.h>
-#include <sys/file.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -13,7 +9,6 @@
 #include <cstdlib>
 #include <string>
 
-#include "posix/posix_root.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_porting.h"
 #include "support/captured_output.h"

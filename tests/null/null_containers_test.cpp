@@ -41,7 +41,11 @@ class NullInList : public testing::Test {
   QNList list_ = {};
 };
 
-TEST_F(NullInList, AsListIsAnEmptyOne) {
+TEST_F(NullInList, AsListIsAnEmptyOneAndAsIteratorTheEnd) {
+  EXPECT_EQ(fnQNList_IsValid(nullptr), 0);
+  EXPECT_EQ(fnQNList_GetData(nullptr), nullptr);
+  EXPECT_EQ(fnQNList_NextIter(nullptr), nullptr);
+  EXPECT_EQ(fnQNList_PrevIter(nullptr), nullptr);
   fnQNList_Init(nullptr);
   EXPECT_EQ(fnQNList_IsEmpty(nullptr), 1);
   EXPECT_EQ(fnQNList_GetCount(nullptr), -1);
@@ -67,13 +71,6 @@ TEST_F(NullInList, AsListIsLeftAlone) {
   fnQNList_Free(nullptr);
 
   EXPECT_EQ(Elements(), "ab");
-}
-
-TEST_F(NullInList, AsIteratorIsTheEnd) {
-  EXPECT_EQ(fnQNList_IsValid(nullptr), 0);
-  EXPECT_EQ(fnQNList_GetData(nullptr), nullptr);
-  EXPECT_EQ(fnQNList_NextIter(nullptr), nullptr);
-  EXPECT_EQ(fnQNList_PrevIter(nullptr), nullptr);
 }
 
 TEST_F(NullInList, IsNotAdded) {
@@ -112,14 +109,11 @@ TEST_F(NullInList, AsNodeOrFunctionChangesNothing) {
   EXPECT_EQ(Elements(), "ab");
 }
 
-TEST_F(NullInList, AsPlaceIsBehindTheTail) {
+TEST_F(NullInList, AsPlaceIsBehindTheTailAndAsReleaseFunctionReleasesNothing) {
   fnQNList_Move(&list_, list_.head, nullptr);
-
   EXPECT_EQ(Elements(), "ba");
-}
-
-TEST_F(NullInList, AsReleaseFunctionReleasesNothing) {
   fnQNList_Clear(&list_, nullptr);
+  EXPECT_EQ(Elements(), "");
   fnQNList_AddTail(&list_, elements_);
   fnQNList_Clear_ByType(&list_, nullptr, 1);
 
@@ -141,7 +135,7 @@ TEST(NullInBuffer, AsBufferDoesNothing) {
   EXPECT_STREQ(piece, "x");
 }
 
-TEST(NullInBuffer, AsTextAppendsNothing) {
+TEST(NullInBuffer, AsTextAppendsNothingAndAsDestinationOrDelimiterTakesNothing) {
   const std::unique_ptr<QNMemBuffer, void (*)(QNMemBuffer *)> buffer(fnQN_MemBuffer_New(8),
                                                                      fnQN_MemBuffer_Free);
 
@@ -149,15 +143,8 @@ TEST(NullInBuffer, AsTextAppendsNothing) {
   fnQN_MemBuffer_WriteItem(buffer.get(), nullptr, "b");
   fnQN_MemBuffer_WriteItem(buffer.get(), "a", nullptr);
   EXPECT_EQ(fnQN_MemBuffer_Printf(buffer.get(), nullptr), -1);
-
   EXPECT_EQ(buffer->total, 0U);
-}
-
-TEST(NullInBuffer, AsDestinationOrDelimiterTakesNothing) {
-  const std::unique_ptr<QNMemBuffer, void (*)(QNMemBuffer *)> buffer(fnQN_MemBuffer_New(8),
-                                                                     fnQN_MemBuffer_Free);
   fnQN_MemBuffer_Write(buffer.get(), "a,b", 3);
-
   EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 3), -1);
   EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 0), 0);
   EXPECT_EQ(fnQN_MemBuffer_ReadBySubstr(buffer.get(), nullptr), nullptr);
@@ -174,37 +161,24 @@ int32_t Format(char *buf, uint32_t len, const char *format, ...) {
   va_list args;
   va_start(args, format);
   // A call for each pointer, so that it is seen that none is left out.
-  int32_t result = 0;
-  if (buf == nullptr) {
-    result = fnQNRTL_vsnprintf(nullptr, len, format, args);
-  } else {
-    result = fnQNRTL_vsnprintf(buf, len, nullptr, args);
-  }
+  const int32_t result = buf == nullptr ? fnQNRTL_vsnprintf(nullptr, len, format, args)
+                                        : fnQNRTL_vsnprintf(buf, len, nullptr, args);
   va_end(args);
   return result;
 }
 
-TEST(NullInPrintf, FormatsNothing) {
+TEST(NullInPrintf, FormatsNothingButCountsIntoNoBytesAndShowsAString) {
   char text[8] = "text";
+  const char *missing = nullptr;
 
   EXPECT_EQ(fnQNRTL_snprintf(nullptr, 8, "%d", 12), -1);
   EXPECT_EQ(fnQNRTL_snprintf(text, 8, nullptr), -1);
   EXPECT_EQ(Format(nullptr, 8, "%d", 12), -1);
   EXPECT_EQ(Format(text, 8, "", 12), -1);
-
   EXPECT_STREQ(text, "text");
-}
-
-TEST(NullInPrintf, AsAreaOfNoBytesIsCountedInto) {
   EXPECT_EQ(fnQNRTL_snprintf(nullptr, 0, "%d", 12), 2);
   EXPECT_EQ(Format(nullptr, 0, "%d", 12), 2);
-}
-
-TEST(NullInPrintf, AsStringIsShown) {
-  char text[16] = "";
-  const char *missing = nullptr;
-
-  fnQNRTL_snprintf(text, sizeof text, "%s", missing);
+  EXPECT_EQ(fnQNRTL_snprintf(text, sizeof text, "%s", missing), 6);
 
   EXPECT_STREQ(text, "(null)");
 }

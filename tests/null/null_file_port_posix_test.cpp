@@ -35,7 +35,7 @@ class NullInPosixPort : public testing::Test {
   qntest::ScratchFolder folder_;
 };
 
-TEST_F(NullInPosixPort, AsNameIsNoFile) {
+TEST_F(NullInPosixPort, AsNameIsNoFileAndNoFolder) {
   EXPECT_EQ(fnQNFS_isFileExisted(nullptr), 0);
   EXPECT_EQ(fnQNFS_getFileSize(nullptr), -1);
   EXPECT_EQ(fnQNFS_DeleteFile(nullptr), 0);
@@ -45,9 +45,6 @@ TEST_F(NullInPosixPort, AsNameIsNoFile) {
   EXPECT_EQ(fnQNFS_MoveFile("/moved", nullptr), 0);
   EXPECT_EQ(fnQNFS_File_Open(nullptr, "w"), nullptr);
   EXPECT_EQ(fnQNFS_File_Open("/file", nullptr), nullptr);
-}
-
-TEST_F(NullInPosixPort, AsFolderIsNone) {
   EXPECT_EQ(fnQNFS_MkDir(nullptr), 0);
   EXPECT_EQ(fnQNFS_DelAllFiles(nullptr), 0);
   EXPECT_EQ(fnQNFS_RmDir(nullptr), 0);
@@ -97,7 +94,8 @@ TEST_F(NullInPosixPort, AsBytesOrHandleOfAStreamFails) {
 TEST_F(NullInPosixPort, AsCallbackTellsNobody) {
   fnQNFS_SetCardSynFileFunc(nullptr);
 
-  EXPECT_EQ(fnQNFS_WriteToFile("content", 7, "/file"), 7);
+  EXPECT_EQ(fnQNFS_WriteToFile("con", 3, "/file"), 3);
+  EXPECT_EQ(fnQNFS_AppendToFile("tent", 4, "/file"), 4);
 }
 
 TEST_F(NullInPosixPort, AsRootIsNoneAndNoFileIsFound) {

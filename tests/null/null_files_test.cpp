@@ -33,17 +33,17 @@ class NullInFiles : public testing::Test {
   }
   ~NullInFiles() override { fnQNFS_SetFullPath(nullptr); }
 
-  qntest::ScratchFolder folder_;
+  ScratchFolder folder_;
 };
 
 TEST_F(NullInFiles, InARecordFileLoadsNothing) {
   TextList list({"held"});
 
-  fnQNFS_Load_File_To_List(nullptr, list.get(), qntest::ReadText);
-  fnQNFS_Load_File_To_List(kName, nullptr, qntest::ReadText);
+  fnQNFS_Load_File_To_List(nullptr, list.get(), ReadText);
+  fnQNFS_Load_File_To_List(kName, nullptr, ReadText);
   fnQNFS_Load_File_To_List(kName, list.get(), nullptr);
-  fnQNFS_Load_File_To_ListEx(nullptr, list.get(), qntest::ReadText);
-  fnQNFS_Load_File_To_ListEx(kName, nullptr, qntest::ReadText);
+  fnQNFS_Load_File_To_ListEx(nullptr, list.get(), ReadText);
+  fnQNFS_Load_File_To_ListEx(kName, nullptr, ReadText);
   fnQNFS_Load_File_To_ListEx(kName, list.get(), nullptr);
 
   EXPECT_EQ(list.Texts(), (std::vector<std::string>{"held"}));
@@ -52,27 +52,26 @@ TEST_F(NullInFiles, InARecordFileLoadsNothing) {
 TEST_F(NullInFiles, InARecordFileSavesNothing) {
   TextList list({"held"});
 
-  EXPECT_EQ(fnQNFS_Save_List_To_File(nullptr, list.get(), qntest::WriteText), 0);
-  EXPECT_EQ(fnQNFS_Save_List_To_File(kName, nullptr, qntest::WriteText), 0);
+  EXPECT_EQ(fnQNFS_Save_List_To_File(nullptr, list.get(), WriteText), 0);
+  EXPECT_EQ(fnQNFS_Save_List_To_File(kName, nullptr, WriteText), 0);
   EXPECT_EQ(fnQNFS_Save_List_To_File(kName, list.get(), nullptr), 0);
-  EXPECT_EQ(fnQNFS_Save_List_To_FileEx(nullptr, list.get(), qntest::WriteText), 0);
-  EXPECT_EQ(fnQNFS_Save_List_To_FileEx(kName, nullptr, qntest::WriteText), 0);
+  EXPECT_EQ(fnQNFS_Save_List_To_FileEx(nullptr, list.get(), WriteText), 0);
+  EXPECT_EQ(fnQNFS_Save_List_To_FileEx(kName, nullptr, WriteText), 0);
   EXPECT_EQ(fnQNFS_Save_List_To_FileEx(kName, list.get(), nullptr), 0);
-  EXPECT_EQ(fnQNFS_Append_List_To_File(nullptr, list.get(), qntest::WriteText), 0);
-  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, nullptr, qntest::WriteText), 0);
+  EXPECT_EQ(fnQNFS_Append_List_To_File(nullptr, list.get(), WriteText), 0);
+  EXPECT_EQ(fnQNFS_Append_List_To_File(kName, nullptr, WriteText), 0);
   EXPECT_EQ(fnQNFS_Append_List_To_File(kName, list.get(), nullptr), 0);
 
   EXPECT_EQ(folder_.read("file"), kContent);
 }
 
-TEST_F(NullInFiles, InALookUpOfARecordFindsNothing) {
+TEST_F(NullInFiles, InALookUpOfARecordOrABackupFindsNothing) {
   TextList list({"held"});
 
   EXPECT_EQ(fnQNFS_List_Find_Node(nullptr, 1, fnQNFS_INI_Compare), nullptr);
   EXPECT_EQ(fnQNFS_List_Find_Node(list.get(), 1, nullptr), nullptr);
+  EXPECT_EQ(fnQNFS_getBak_FileName(nullptr), nullptr);
 }
-
-TEST_F(NullInFiles, HasNoBackup) { EXPECT_EQ(fnQNFS_getBak_FileName(nullptr), nullptr); }
 
 TEST_F(NullInFiles, AsBufferIsNeitherWrittenNorRead) {
   char byte = '?';
@@ -102,39 +101,26 @@ TEST_F(NullInFiles, AsBufferIsAValidDateOfZeros) {
 
   EXPECT_EQ(flag, 1);
   EXPECT_EQ(time.year, 0U);
+  EXPECT_EQ(fnQNFS_Buffer_ReadDateTime(nullptr, nullptr).year, 0U);
 }
 
-TEST_F(NullInFiles, AsTextIsAnEmptyField) {
+TEST_F(NullInFiles, AsTextOrBlockIsAnEmptyFieldAndAsLineNone) {
   TypedBuffer buffer(16);
 
   fnQNFS_Buffer_WriteString(buffer.get(), nullptr, 3);
   fnQNFS_Buffer_WriteMem(buffer.get(), nullptr, 3);
+  fnQNFS_Buffer_WriteLine(buffer.get(), nullptr);
 
   EXPECT_EQ(buffer.Image(), std::string(2, '\0'));
 }
 
-TEST_F(NullInFiles, AsLineIsNone) {
-  TypedBuffer buffer(16);
-
-  fnQNFS_Buffer_WriteLine(buffer.get(), nullptr);
-
-  EXPECT_EQ(buffer.Image(), "");
-}
-
-TEST_F(NullInFiles, AsStatusReceivesNothing) {
+TEST_F(NullInFiles, AsStatusReceivesNothingAndAsDestinationReadsNothing) {
   TypedBuffer buffer(std::string_view("1\0002\0003:1:1:1:1:1:1\0", 18));
 
+  fnQNFS_Buffer_ReadMem(buffer.get(), 3, nullptr);
   EXPECT_EQ(fnQNFS_Buffer_ReadInteger(buffer.get(), nullptr), 1);
   EXPECT_EQ(fnQNFS_Buffer_ReadLong(buffer.get(), nullptr), 2);
   EXPECT_EQ(fnQNFS_Buffer_ReadDateTime(buffer.get(), nullptr).year, 3U);
-}
-
-TEST_F(NullInFiles, AsDestinationOfABlockReadsNothing) {
-  TypedBuffer buffer(kContent);
-
-  fnQNFS_Buffer_ReadMem(buffer.get(), 3, nullptr);
-
-  EXPECT_EQ(buffer->pos, -1);
 }
 
 TEST_F(NullInFiles, IsNeitherSavedNorLoaded) {
@@ -151,20 +137,17 @@ TEST_F(NullInFiles, IsNeitherSavedNorLoaded) {
   EXPECT_EQ(buffer.Read(), "field");
 }
 
-TEST_F(NullInFiles, AsFileOfSettingsEmptiesTheList) {
+TEST_F(NullInFiles, AsFileOfSettingsEmptiesTheListAndAsListLoadsNothing) {
   SettingsList loaded({{"key", "value"}});
   QNList initialised = {};
 
   fnQNFS_Load_INI_To_List(nullptr, loaded.get());
   fnQNFS_INI_List_Init(nullptr, &initialised);
+  fnQNFS_Load_INI_To_List(kName, nullptr);
+  fnQNFS_INI_List_Init(kName, nullptr);
 
   EXPECT_EQ(loaded.Held(), Settings());
   EXPECT_EQ(initialised.count, 0);
-}
-
-TEST_F(NullInFiles, AsListOfSettingsLoadsNothing) {
-  fnQNFS_Load_INI_To_List(kName, nullptr);
-  fnQNFS_INI_List_Init(kName, nullptr);
 }
 
 TEST_F(NullInFiles, InSettingsIsNotWritten) {
@@ -204,21 +187,17 @@ TEST_F(NullInFiles, InSettingsIsNotFound) {
   EXPECT_STREQ(value, "before");
 }
 
-TEST_F(NullInFiles, AsKeyOrEntryEqualsNothing) {
+TEST_F(NullInFiles, AsKeyOrEntryEqualsNothingAndIsReleasedWithoutAnEffect) {
   SettingsList list({{"key", "value"}});
   const char *key = "key";
   const char *missing = nullptr;
-
-  EXPECT_EQ(fnQNFS_INI_Compare(nullptr, list.Entry(0)), -1);
-  EXPECT_EQ(fnQNFS_INI_Compare(&key, nullptr), -1);
-  EXPECT_EQ(fnQNFS_INI_Compare(&missing, list.Entry(0)), -1);
-}
-
-TEST_F(NullInFiles, AsEntryIsReleasedWithoutAnEffect) {
   QNFSIniEntry *entry = nullptr;
 
   fnQNFS_INI_FreeNode(nullptr);
   fnQNFS_INI_FreeNode(&entry);
+  EXPECT_EQ(fnQNFS_INI_Compare(nullptr, list.Entry(0)), -1);
+  EXPECT_EQ(fnQNFS_INI_Compare(&key, nullptr), -1);
+  EXPECT_EQ(fnQNFS_INI_Compare(&missing, list.Entry(0)), -1);
 
   EXPECT_EQ(entry, nullptr);
 }
@@ -234,17 +213,12 @@ class NullInCache : public NullInFiles {
   static int32_t Later() { return fnQNFS_getLocalTime() + 10000; }
 };
 
-TEST_F(NullInCache, AsUrlIsRefused) {
+TEST_F(NullInCache, AsUrlOrBodyIsRefusedWhateverItsLength) {
   EXPECT_EQ(fnQNStack_Cache_Save(nullptr, "label", "body", 4, Later(), 0), 0);
-  EXPECT_EQ(fnQNStack_Cache_FindbyUrl(nullptr), nullptr);
-  EXPECT_EQ(fnQNStack_Cache_FindbyUrl_NoExpired(nullptr), nullptr);
-
-  EXPECT_EQ(fnQNList_GetCount(fnQNFS_http_cache_list()), 0);
-}
-
-TEST_F(NullInCache, AsBodyIsNotSavedWhateverItsLength) {
   EXPECT_EQ(fnQNStack_Cache_Save("url", "label", nullptr, 4, Later(), 0), 0);
   EXPECT_EQ(fnQNStack_Cache_Save("url", "label", nullptr, 0, Later(), 0), 0);
+  EXPECT_EQ(fnQNStack_Cache_FindbyUrl(nullptr), nullptr);
+  EXPECT_EQ(fnQNStack_Cache_FindbyUrl_NoExpired(nullptr), nullptr);
 
   EXPECT_EQ(fnQNList_GetCount(fnQNFS_http_cache_list()), 0);
 }

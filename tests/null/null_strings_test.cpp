@@ -30,25 +30,13 @@ TEST(NullInMemory, IsFreedWithoutAnEffect) {
   EXPECT_EQ(text, nullptr);
 }
 
-TEST(NullInMemory, AsSourcePathIsNotRead) {
+TEST(NullInMemory, AsSourcePathIsNotReadAndAsBlockIsResizedToANewOne) {
   Text block(static_cast<char *>(fnQN_Malloc_Local(4, nullptr, 0)));
   ASSERT_NE(block, nullptr);
 
-  Text grown(static_cast<char *>(fnQN_Realloc_Local(block.release(), 8, nullptr, 0)));
-
-  EXPECT_NE(grown, nullptr);
-}
-
-TEST(NullInMemory, IsResizedToANewBlock) {
+  EXPECT_NE(Text(static_cast<char *>(fnQN_Realloc_Local(block.release(), 8, nullptr, 0))), nullptr);
   EXPECT_NE(Text(static_cast<char *>(fnQN_Realloc_Local(nullptr, 4, __FILE__, 0))), nullptr);
   EXPECT_NE(Text(static_cast<char *>(fnQNStack_ReMalloc(nullptr, 4))), nullptr);
-}
-
-TEST(NullInMemory, HasNoMatch) {
-  const char area[] = "area";
-
-  EXPECT_EQ(fnQN_MEMSTR(nullptr, "a", 4), nullptr);
-  EXPECT_EQ(fnQN_MEMSTR(area, nullptr, 4), nullptr);
 }
 
 TEST(NullInCopies, IsAnEmptyTextForOneFunctionAlone) {
@@ -87,6 +75,8 @@ TEST(NullInStrings, CountsAsNothing) {
 }
 
 TEST(NullInStrings, HasNoMatch) {
+  EXPECT_EQ(fnQN_MEMSTR(nullptr, "a", 4), nullptr);
+  EXPECT_EQ(fnQN_MEMSTR("area", nullptr, 4), nullptr);
   EXPECT_EQ(fnQN_STRSTR(nullptr, "a"), nullptr);
   EXPECT_EQ(fnQN_STRSTR("a", nullptr), nullptr);
   EXPECT_EQ(fnQN_STRISTR(nullptr, "a"), nullptr);
@@ -127,14 +117,11 @@ TEST(NullInTokens, GivesNoTokenAndLeavesThePosition) {
   EXPECT_EQ(position, 1U);
 }
 
-TEST(NullInTokens, SkipsNothing) {
+TEST(NullInTokens, SkipsNothingAndIsAPrefixOfNullAlone) {
   char text[] = "  a";
 
   EXPECT_EQ(fnQNStack_StrArraySkip(nullptr, " "), nullptr);
   EXPECT_EQ(fnQNStack_StrArraySkip(text, nullptr), text);
-}
-
-TEST(NullInTokens, IsAPrefixOfNullAlone) {
   EXPECT_EQ(fnQNStack_StrCMPI(nullptr, "a"), 1);
   EXPECT_EQ(fnQNStack_StrCMPI("a", nullptr), 1);
   EXPECT_EQ(fnQNStack_StrCMPI(nullptr, nullptr), 0);

@@ -62,20 +62,14 @@ TEST(NullInDates, ReceivesNothing) {
   EXPECT_EQ(fnQNFS_SysTime(nullptr), nullptr);
 }
 
-TEST(NullInTools, IsFilledWithNothing) {
-  GETRAND(nullptr, 4);
-  fnQNFS_getPseudoRandom(nullptr, 4);
-}
-
-TEST(NullInTools, IsNotCalled) {
+TEST(NullInTools, IsNeitherFilledNorCalledNorLogged) {
   QNFSCallBack record = {};
 
+  GETRAND(nullptr, 4);
+  fnQNFS_getPseudoRandom(nullptr, 4);
   EXPECT_EQ(fnQNFS_SetTimer(1, 1, nullptr, 0), 1);
   EXPECT_EQ(fnQNFS_CallBackOper(nullptr, 1, 2, 3, 4, 5, 6, 7), 0);
   EXPECT_EQ(fnQNFS_CallBackOper(&record, 1, 2, 3, 4, 5, 6, 7), 0);
-}
-
-TEST(NullInTools, IsLoggedNowhere) {
   fnQNFS_printLog_param("/source", 1);
   fnQNFS_printLog_param(nullptr, 1);
   fnQNFS_printLog(nullptr);

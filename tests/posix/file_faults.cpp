@@ -5,6 +5,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <linux/openat2.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -156,6 +157,21 @@ FileFaults::FileFaults(FileFault fault)
 }
 
 FileFaults::~FileFaults() { active = nullptr; }
+
+int NumberOf(std::string_view name, const std::function<void()> &act) {
+  const FileFaults counting;
+  act();
+  const auto &names = counting.Names();
+  const auto first = std::find(names.begin(), names.end(), name);
+  EXPECT_NE(first, names.end()) << "there is no " << name;
+  return static_cast<int>(first - names.begin()) + 1;
+}
+
+void RunWithFaultAt(std::string_view name, FileFault fault, const std::function<void()> &act) {
+  fault.at = NumberOf(name, act);
+  const FileFaults faults(fault);
+  act();
+}
 
 NoResolving::NoResolving(int error) { resolving_error = error; }
 

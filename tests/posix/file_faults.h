@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -77,6 +78,13 @@ class FileFaults {
   CallFaults calls_;
   const ScopedClose close_;
 };
+
+// The number of the first call of that name which `act` makes, from 1. Fails the
+// running test if it makes none.
+int NumberOf(std::string_view name, const std::function<void()> &act);
+
+// Runs `act` twice: to be counted, then with its first call of that name at fault.
+void RunWithFaultAt(std::string_view name, FileFault fault, const std::function<void()> &act);
 
 // While it lives the system has no call that resolves names beneath a folder:
 // using it fails with `error`. With 0 it has one. One at a time.

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <csignal>
 #include <functional>
-#include <string_view>
 
 #include "posix/file_faults.h"
 #include "posix/posix_root.h"
@@ -41,24 +40,6 @@ class PosixFault : public PosixRoot {
     EXPECT_GT(fault.at, 5);
   }
 
-  // The number of the first call of that name which `act` makes.
-  static int NumberOf(std::string_view name, const std::function<void()> &act) {
-    FileFaults faults;
-    act();
-    const auto &names = faults.Names();
-    const auto first = std::find(names.begin(), names.end(), name);
-    EXPECT_NE(first, names.end());
-    return static_cast<int>(first - names.begin()) + 1;
-  }
-
-  // Runs `act` with the fault at its first call of that name.
-  static void UnderFaultOf(std::string_view name, FileFault fault,
-                           const std::function<void()> &act) {
-    fault.at = NumberOf(name, act);
-    FileFaults faults(fault);
-    act();
-  }
-
   // How many failing closes let `act` fail.
   static int CloseFailures(const std::function<bool()> &act) {
     int failures = 0;
@@ -73,9 +54,18 @@ class PosixFault : public PosixRoot {
   }
 };
 
-TEST_F(PosixFault, WriteIsWholeOrNothing) {
+TEST_F(PosixFault, WriteCopyAndMoveAreWholeOrNothing) {
   RunAtEveryCall([] { return WriteText("x", "new") == 3; },
                  [this](bool done) { return folder_.read("x") == (done ? "new" : "old"); });
+  RunAtEveryCall([] { return fnQNFS_CopyFile("x", "y") == 1; },
+                 [this](bool done) {
+                   return folder_.read("x") == (done ? "new" : "old") && folder_.read("y") == "new";
+                 });
+  RunAtEveryCall([] { return fnQNFS_MoveFile("x", "y") == 1; },
+                 [this](bool done) {
+                   return folder_.read("x") == (done ? "new" : "old") &&
+                          folder_.read("y") == (done ? "" : "new") && Exists("y") != done;
+                 });
 }
 
 TEST_F(PosixFault, AppendThatSucceedsIsWhole) {
@@ -86,29 +76,13 @@ TEST_F(PosixFault, AppendThatSucceedsIsWhole) {
                  });
 }
 
-TEST_F(PosixFault, CopyIsWholeOrNothing) {
-  RunAtEveryCall([] { return fnQNFS_CopyFile("x", "y") == 1; },
-                 [this](bool done) {
-                   return folder_.read("x") == (done ? "new" : "old") && folder_.read("y") == "new";
-                 });
-}
-
 TEST_F(PosixFault, CopyOfAnEmptyFileWithoutMemoryChangesNothing) {
   folder_.write("x", "old");
   folder_.write("y", "");
-  {
-    FailingHeap heap(1, FailingHeap::Reach::kRest);
-    EXPECT_EQ(fnQNFS_CopyFile("x", "y"), 0);
-  }
-  EXPECT_EQ(folder_.read("x"), "old");
-}
 
-TEST_F(PosixFault, MoveIsWholeOrNothing) {
-  RunAtEveryCall([] { return fnQNFS_MoveFile("x", "y") == 1; },
-                 [this](bool done) {
-                   return done ? folder_.read("x") == "new" && !Exists("y")
-                               : folder_.read("x") == "old" && folder_.read("y") == "new";
-                 });
+  EXPECT_EQ(WithRefusal(1, [] { return fnQNFS_CopyFile("x", "y"); }), 0);
+
+  EXPECT_EQ(folder_.read("x"), "old");
 }
 
 TEST_F(PosixFault, ReadIsWholeOrFails) {
@@ -127,12 +101,10 @@ TEST_F(PosixFault, DelAllThatSucceedsLeavesNothing) {
 }
 
 TEST_F(PosixFault, DelAllMindsNoFileThatHasGoneMeanwhile) {
-  folder_.write("x", "old");
-  const int at = NumberOf("unlinkat", [] { EXPECT_EQ(fnQNFS_DelAllFiles("/"), 1); });
-  folder_.write("x", "old");
-
-  FileFaults faults({FaultKind::kFail, at, ENOENT});
-  EXPECT_EQ(fnQNFS_DelAllFiles("/"), 1);
+  RunWithFaultAt("unlinkat", {FaultKind::kFail, 0, ENOENT}, [this] {
+    folder_.write("x", "old");
+    EXPECT_EQ(fnQNFS_DelAllFiles("/"), 1);
+  });
 }
 
 TEST_F(PosixFault, CloseErrorsFailWhatMovesBytes) {
@@ -161,7 +133,7 @@ TEST_F(PosixFault, SecondCloseOfADescriptorEndsTheProgram) {
 
 TEST_F(PosixFault, WriteAtAPositionGoesOnBehindWhatTheSystemWrote) {
   for (const FileFault &fault : kMovingFewer) {
-    UnderFaultOf("write", fault, [this] {
+    RunWithFaultAt("write", fault, [this] {
       folder_.write("x", "abcdef");
       EXPECT_EQ(fnQNFS_WriteToFileAtPos("WXYZ", 4, 1, "x"), 4);
     });
@@ -174,7 +146,7 @@ TEST_F(PosixFault, ReadAtAPositionGoesOnBehindWhatTheSystemRead) {
   folder_.write("x", "abcdef");
   for (const FileFault &fault : kMovingFewer) {
     char bytes[] = "??????";
-    UnderFaultOf("read", fault, [&bytes] {
+    RunWithFaultAt("read", fault, [&bytes] {
       std::fill_n(bytes, 6, '?');
       EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 1, 4, bytes), 4);
     });

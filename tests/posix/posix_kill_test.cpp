@@ -60,6 +60,8 @@ std::string ValueOf(int32_t version) {
   return std::string(static_cast<size_t>(1 + version % 200), 'v') + std::to_string(version);
 }
 
+Texts SettingsOf(int32_t version) { return {"key=" + ValueOf(version)}; }
+
 std::string UrlOf(uint32_t url) { return "http://example/" + std::to_string(url); }
 
 template <typename SaveVersion>
@@ -115,30 +117,20 @@ class PosixKill : public PosixRoot {
     leftovers_ += fnQNFS_isFileExisted("/data/records.bak") +
                   fnQNFS_isFileExisted("/data/settings.ini.bak") +
                   fnQNFS_isFileExisted("/wap/ca/ca.txt.bak");
-    ExpectRecords();
-    ExpectSettings();
+    ExpectVersion(board_->records, LoadRecords(), RecordsOf);
+    ExpectVersion(board_->settings, LoadSettings(), SettingsOf);
     ExpectCache();
     ForgetCache();
     fnQNFS_SetFullPath(folder_.path().c_str());
     std::filesystem::remove_all(copy);
   }
 
-  void ExpectRecords() {
-    Progress &progress = board_->records;
-    const Texts found = LoadRecords();
-    const bool is_old = progress.saved == 0 ? found.empty() : found == RecordsOf(progress.saved);
-    const bool is_new = found == RecordsOf(progress.begun);
-    EXPECT_TRUE(is_old || is_new) << testing::PrintToString(found) << " after " << progress.saved;
-    progress.Settle(is_new);
-  }
-
-  void ExpectSettings() {
-    Progress &progress = board_->settings;
-    const Texts found = LoadSettings();
-    const bool is_old =
-        progress.saved == 0 ? found.empty() : found == Texts{"key=" + ValueOf(progress.saved)};
-    const bool is_new = found == Texts{"key=" + ValueOf(progress.begun)};
-    EXPECT_TRUE(is_old || is_new) << testing::PrintToString(found) << " after " << progress.saved;
+  // The store holds what was last saved, if anything was, or what was being saved.
+  static void ExpectVersion(Progress &progress, const Texts &found, Texts (*of)(int32_t version)) {
+    const Texts old_content = progress.saved == 0 ? Texts() : of(progress.saved);
+    const bool is_new = found == of(progress.begun);
+    EXPECT_TRUE(found == old_content || is_new)
+        << testing::PrintToString(found) << " after " << progress.saved;
     progress.Settle(is_new);
   }
 

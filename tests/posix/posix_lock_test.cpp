@@ -151,13 +151,7 @@ TEST_F(PosixLock, ThatFailsLetsNothingChange) {
   ASSERT_TRUE(SaveRecords({"old"}));
   const auto fails = [](const std::function<void()> &call) {
     FileFault fault = {FaultKind::kFail, 0, EIO};
-    {
-      FileFaults faults;
-      EXPECT_EQ(LoadRecords(), Texts{"old"});
-      const auto &names = faults.Names();
-      const auto lock = std::find(names.begin(), names.end(), "flock");
-      fault.at = static_cast<int>(lock - names.begin()) + 1;
-    }
+    fault.at = NumberOf("flock", [] { EXPECT_EQ(LoadRecords(), Texts{"old"}); });
     FileFaults faults(fault);
     call();
     ASSERT_GE(faults.Count(), fault.at);

@@ -6,7 +6,6 @@
 // what it looked at as a table.
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -54,12 +53,7 @@ class PosixPowerLoss : public PosixRoot, public testing::WithParamInterface<Stor
   PowerLossCuts cuts_{GetParam(), folder_.path()};
 };
 
-INSTANTIATE_TEST_SUITE_P(Acts, PosixPowerLoss, testing::ValuesIn(PowerLossScenarios()),
-                         [](const auto &test) {
-                           std::string name = test.param.name;
-                           std::replace(name.begin(), name.end(), ' ', '_');
-                           return name;
-                         });
+INSTANTIATE_TEST_SUITE_P(Acts, PosixPowerLoss, testing::ValuesIn(PowerLossScenarios()), NameOf);
 
 TEST_P(PosixPowerLoss, LeavesOldOrNewAndAfterTheEndNew) {
   const PowerLossFindings found = cuts_.Cut(Record());

@@ -66,6 +66,17 @@ std::string ReadText(const char *name, int32_t maximum) {
   return text;
 }
 
+void ExpectNotWritten(const char *name, const char *other) {
+  EXPECT_EQ(WriteText(name, "new"), -1);
+  EXPECT_EQ(AppendText(name, "new"), -1);
+  EXPECT_EQ(fnQNFS_WriteToFileAtPos("n", 1, 0, name), -1);
+  EXPECT_EQ(fnQNFS_CopyFile(name, other), 0);
+  EXPECT_EQ(fnQNFS_MoveFile(name, other), 0);
+  for (const char *mode : {"r+", "w", "w+", "a", "a+"}) {
+    EXPECT_EQ(fnQNFS_File_Open(name, mode), nullptr) << mode;
+  }
+}
+
 ForkedProcess InChild(const std::function<void()> &part, unsigned seconds) {
   const auto judged = [&part] {
     part();

@@ -48,6 +48,10 @@ int32_t AppendText(const char *name, std::string_view text);
 // A file's content by fnQNFS_ReadFromFile(), or "(failure)".
 std::string ReadText(const char *name, int32_t maximum = 1 << 20);
 
+// No operation writes a file by that name, whatever it is; nothing is copied or moved
+// there from `other`.
+void ExpectNotWritten(const char *name, const char *other);
+
 // Starts `part` in a child process, which ends with 1 if an expectation failed in it.
 // What failed is printed there.
 ForkedProcess InChild(const std::function<void()> &part, unsigned seconds = 30);

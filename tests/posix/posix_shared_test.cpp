@@ -12,17 +12,20 @@
 #include <cstdlib>
 #include <functional>
 #include <new>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "posix/file_faults.h"
 #include "posix/posix_root.h"
+#include "posix/store_scenarios.h"
 #include "posix/stores.h"
 #include "qnstack/qn_fs_file.h"
 #include "qnstack/qn_fs_filebuffer.h"
 #include "qnstack/qn_fs_ini.h"
-#include "qnstack/qn_share_mem.h"
+#include "support/settings_list.h"
+#include "support/typed_buffer.h"
 
 namespace {
 
@@ -68,64 +71,34 @@ std::string MarkOf(int writer, int number) {
   return std::to_string(writer) + ":" + std::to_string(number);
 }
 
-// A typed buffer for one load or save.
-class Buffer {
- public:
-  explicit Buffer(const char *name = nullptr) {
-    const int32_t size = 10000 + (name != nullptr ? std::max(fnQNFS_getFileSize(name), 0) : 0);
-    record_.data =
-        static_cast<char *>(fnQN_Malloc_Local(static_cast<uint32_t>(size) + 1, __FILE__, __LINE__));
-    fnQNFS_Init_Buffer(&record_, static_cast<uint32_t>(size));
-  }
-  ~Buffer() { fnQN_Free(&record_.data); }
-  Buffer(const Buffer &) = delete;
-  Buffer &operator=(const Buffer &) = delete;
-
-  QNFSBuffer *Get() { return &record_; }
-  Buffer &Add(const std::string &text) {
-    fnQNFS_Buffer_WriteString(&record_, text.c_str(), static_cast<int32_t>(text.size()));
-    return *this;
-  }
-
- private:
-  QNFSBuffer record_ = {};
-};
-
 Texts LoadBuffer(const char *name) {
-  Buffer buffer(name);
+  TypedBuffer buffer(static_cast<uint32_t>(10000 + std::max(fnQNFS_getFileSize(name), 0)));
   Texts texts;
-  if (fnQNFS_Load_File_To_Buffer(name, buffer.Get()) != 1) return {"(failure)"};
-  while (fnQNFS_Buffer_IsEnd(buffer.Get()) == 0) {
-    char *text = fnQNFS_Buffer_ReadString(buffer.Get());
-    texts.emplace_back(text);
-    fnQN_Free(&text);
-  }
+  if (fnQNFS_Load_File_To_Buffer(name, buffer.get()) != 1) return {"(failure)"};
+  while (fnQNFS_Buffer_IsEnd(buffer.get()) == 0) texts.push_back(buffer.Read());
   return texts;
 }
 
 bool AppendToBuffer(const char *name, const std::string &text) {
-  return fnQNFS_Append_Buffer_To_File(name, Buffer().Add(text).Get()) == 1;
+  TypedBuffer buffer(10000);
+  buffer.Write(text);
+  return fnQNFS_Append_Buffer_To_File(name, buffer.get()) == 1;
 }
 
 // Two settings of one value.
 bool SaveSettings(const std::string &name, const std::string &value) {
-  QNList list = {};
-  fnQNFS_INI_WriteRAM(&list, "first", value.c_str());
-  const bool saved = fnQNFS_INI_Write(name.c_str(), &list, "second", value.c_str()) == 1;
-  fnQNList_Clear(&list, fnQNFS_INI_FreeNode);
-  return saved;
+  SettingsList list{{"first", value}};
+  return fnQNFS_INI_Write(name.c_str(), list.get(), "second", value.c_str()) == 1;
 }
 
 // Their value; "(torn)" if they are not both there and alike.
 std::string LoadValue(const std::string &name) {
-  QNList list = {};
-  fnQNFS_INI_List_Init(name.c_str(), &list);
-  std::array<char, 1000> first = {};
-  std::array<char, 1000> second = {};
-  const bool whole = list.count == 2 && fnQNFS_INI_Read("", &list, "first", first.data()) == 1 &&
-                     fnQNFS_INI_Read("", &list, "second", second.data()) == 1 && first == second;
-  fnQNList_Clear(&list, fnQNFS_INI_FreeNode);
-  return whole ? first.data() : "(torn)";
+  SettingsList list;
+  fnQNFS_Load_INI_To_List(name.c_str(), list.get());
+  const Settings held = list.Held();
+  const bool whole = held.size() == 2 && held[0].first == "first" && held[1].first == "second" &&
+                     held[0].second == held[1].second;
+  return whole ? held[0].second : "(torn)";
 }
 
 // How many of a writer's appends a list holds; -1 if one is missing among them,
@@ -156,9 +129,9 @@ std::vector<SharedStore> SharedStores() {
     return value == TextOf(NumberIn(value)) ? NumberIn(value) : -1;
   };
   const auto own_buffer = [](int writer, int number) {
-    Buffer buffer;
-    buffer.Add(TextOf(number)).Add(TextOf(number));
-    return fnQNFS_Write_Buffer_To_File(OwnName("buffer", writer).c_str(), buffer.Get()) == 1;
+    TypedBuffer buffer(10000);
+    for (int i = 0; i < 2; ++i) buffer.Write(TextOf(number));
+    return fnQNFS_Write_Buffer_To_File(OwnName("buffer", writer).c_str(), buffer.get()) == 1;
   };
   const auto buffer_number = [](int writer) {
     const Texts texts = LoadBuffer(OwnName("buffer", writer).c_str());
@@ -263,6 +236,7 @@ TEST_F(PosixShared, SettingsOfBothAreThoseOfOne) {
 
   EXPECT_THAT((std::vector<int>{2 * kOperations - 2, 2 * kOperations - 1}),
               testing::Contains(NumberIn(LoadValue(kSharedSettings))));
+  EXPECT_EQ(FilesBelow(folder_.path()), std::set<std::string>{"data/both.ini"});
 }
 
 // All come at once upon a file beside which a save of another port has left its

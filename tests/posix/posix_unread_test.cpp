@@ -21,24 +21,12 @@ namespace {
 
 using namespace qntest;
 
+constexpr FileFault kFails = {FaultKind::kFail, 0, EIO};
+
 class PosixUnread : public PosixRoot {
  protected:
   PosixUnread() { MakeFolder("data"); }
   ~PosixUnread() override { ForgetCache(); }
-
-  // Runs `part` with the nth of its file calls of that name failing.
-  static void WithFailing(std::string_view call, int error, const std::function<void()> &part) {
-    FileFault fault = {FaultKind::kFail, 0, error};
-    {
-      FileFaults counting;
-      part();
-      const auto &names = counting.Names();
-      while (names[static_cast<size_t>(fault.at)] != call) ++fault.at;
-      ++fault.at;
-    }
-    FileFaults faults(fault);
-    part();
-  }
 
   void ExpectNothingWrites(const char *name) const {
     const std::string content = folder_.read(name);
@@ -59,7 +47,7 @@ TEST_F(PosixUnread, FileIsNotWrittenUntilItHasBeenRead) {
   const char *const opens = kPortAsksTheKernel ? "openat2" : "openat";
   for (const char *call : {"open", opens, "fstat", "read"}) {
     SCOPED_TRACE(call);
-    WithFailing(call, EIO, [] { ReadText("/x"); });
+    RunWithFaultAt(call, kFails, [] { ReadText("/x"); });
     ExpectNothingWrites("x");
     EXPECT_EQ(ReadText("x"), "content");
     EXPECT_EQ(WriteText("x", "content"), 7);
@@ -74,7 +62,7 @@ TEST_F(PosixUnread, FileThatHasGoneMeanwhileIsWritten) {
   };
   for (const auto &way : ways) {
     folder_.write("x", "content");
-    WithFailing("read", EIO, [] { ReadText("/x"); });
+    RunWithFaultAt("read", kFails, [] { ReadText("/x"); });
     way();
     EXPECT_EQ(WriteText("x", "new"), 3);
   }
@@ -84,7 +72,7 @@ TEST_F(PosixUnread, FileThatHasGoneMeanwhileIsWritten) {
 TEST_F(PosixUnread, FileIsTheRootsThatWasSet) {
   folder_.write("x", "content");
   MakeFolder("other");
-  WithFailing("read", EIO, [] { ReadText("/x"); });
+  RunWithFaultAt("read", kFails, [] { ReadText("/x"); });
 
   fnQNFS_SetFullPath(folder_.path("other").c_str());
 
@@ -109,32 +97,22 @@ TEST_F(PosixUnread, FileOfAMissingRootIsWrittenOnceThatIsThere) {
   EXPECT_EQ(WriteText("x", "new"), 3);
 }
 
-TEST_F(PosixUnread, FilesInAnyNumberAreNotWritten) {
+TEST_F(PosixUnread, FilesInAnyNumberAreNotWrittenAndUpToSixtyFourLeaveOthersToBe) {
+  constexpr int kMostNames = 64;
   constexpr int kFiles = 100;
+  folder_.write("read", "content");
   for (int i = 0; i < kFiles; ++i) folder_.write(std::to_string(i), "content");
+
   for (int i = 0; i < kFiles; ++i) {
+    // With one more it is no longer known which files they are.
+    EXPECT_EQ(WriteText("read", "new"), i <= kMostNames ? 3 : -1) << i;
     const std::string name = std::to_string(i);
-    WithFailing("read", EIO, [&] { ReadText(name.c_str()); });
+    RunWithFaultAt("read", kFails, [&] { ReadText(name.c_str()); });
   }
+
   for (int i = 0; i < kFiles; ++i) {
     EXPECT_EQ(WriteText(std::to_string(i).c_str(), "new"), -1) << i;
   }
-}
-
-TEST_F(PosixUnread, FilesUpToSixtyFourLeaveOthersToBeWritten) {
-  constexpr int kMostNames = 64;
-  folder_.write("read", "content");
-  for (int i = 0; i <= kMostNames; ++i) folder_.write(std::to_string(i), "content");
-  const auto fail_to_read = [](int i) {
-    const std::string name = std::to_string(i);
-    WithFailing("read", EIO, [&] { ReadText(name.c_str()); });
-  };
-
-  for (int i = 0; i < kMostNames; ++i) fail_to_read(i);
-  EXPECT_EQ(WriteText("read", "new"), 3);
-
-  fail_to_read(kMostNames);
-  EXPECT_EQ(WriteText("read", "newer"), -1) << "which files they are is no longer known";
 }
 
 TEST_F(PosixUnread, SettingsAreKept) {

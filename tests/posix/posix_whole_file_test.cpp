@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstring>
 #include <filesystem>
 #include <limits>
 
@@ -32,22 +31,16 @@ TEST_F(PosixWholeFile, WriteMakesAPrivateFileAndTells) {
   EXPECT_THAT(folder_.names(), ElementsAre("x"));
 }
 
-TEST_F(PosixWholeFile, WriteReplacesTheWholeContent) {
-  folder_.write("x", "a much longer content");
-
-  EXPECT_EQ(WriteText("x", "new"), 3);
-  EXPECT_EQ(folder_.read("x"), "new");
-  EXPECT_EQ(WriteText("x", ""), 0);
-  EXPECT_EQ(folder_.read("x"), "");
-}
-
-TEST_F(PosixWholeFile, WriteTakesAnyBytesAndManyOfThem) {
+TEST_F(PosixWholeFile, WriteReplacesTheWholeContentByAnyBytesAndManyOfThem) {
   std::string bytes(3000001, '\0');
   for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 31);
 
   EXPECT_EQ(WriteText("x", bytes), 3000001);
-
   EXPECT_EQ(ReadText("x", 4000000), bytes);
+  EXPECT_EQ(WriteText("x", "new"), 3);
+  EXPECT_EQ(folder_.read("x"), "new");
+  EXPECT_EQ(WriteText("x", ""), 0);
+  EXPECT_EQ(folder_.read("x"), "");
 }
 
 TEST_F(PosixWholeFile, AppendMakesAPrivateFileThenAddsToIt) {
@@ -58,33 +51,6 @@ TEST_F(PosixWholeFile, AppendMakesAPrivateFileThenAddsToIt) {
   EXPECT_EQ(folder_.read("x"), "abcde");
   EXPECT_EQ(ModeOf("x"), 0600);
   EXPECT_THAT(told_written, ElementsAre(Pair("/x", 2), Pair("x", 2), Pair("x", 2)));
-}
-
-TEST_F(PosixWholeFile, FailedWritesTellNothing) {
-  MakeFolder("folder");
-
-  EXPECT_EQ(WriteText("folder", "x"), -1);
-  EXPECT_EQ(WriteText("none/x", "x"), -1);
-  EXPECT_EQ(WriteText(nullptr, "x"), -1);
-  EXPECT_EQ(fnQNFS_WriteToFile(nullptr, 1, "x"), -1);
-  EXPECT_EQ(fnQNFS_WriteToFile("x", -1, "x"), -1);
-  EXPECT_EQ(AppendText("folder", "x"), -1);
-  EXPECT_EQ(AppendText("none/x", "x"), -1);
-  EXPECT_EQ(AppendText(nullptr, "x"), -1);
-  EXPECT_EQ(fnQNFS_AppendToFile(nullptr, 1, "x"), -1);
-  EXPECT_EQ(fnQNFS_AppendToFile("x", -1, "x"), -1);
-
-  EXPECT_THAT(told_written, IsEmpty());
-  EXPECT_THAT(folder_.names(), ElementsAre("folder"));
-}
-
-TEST_F(PosixWholeFile, WritesWithoutACallback) {
-  fnQNFS_SetCardSynFileFunc(nullptr);
-
-  EXPECT_EQ(WriteText("x", "a"), 1);
-  EXPECT_EQ(AppendText("x", "b"), 1);
-
-  EXPECT_EQ(folder_.read("x"), "ab");
 }
 
 TEST_F(PosixWholeFile, RecordWithoutStorageIsNotStored) {
@@ -108,56 +74,42 @@ TEST_F(PosixWholeFile, RecordWithoutStorageIsEmptyAfterALoad) {
   EXPECT_EQ(bare.last, -1);
 }
 
-TEST_F(PosixWholeFile, ReadGivesTheContentAndItsCount) {
-  folder_.write("x", std::string("a\0b", 3));
-
-  EXPECT_EQ(ReadText("/x"), std::string("a\0b", 3));
-  EXPECT_EQ(ReadText("x", 3), std::string("a\0b", 3));
-}
-
-TEST_F(PosixWholeFile, ReadStopsAtTheMaximum) {
-  folder_.write("x", "abcdef");
+TEST_F(PosixWholeFile, ReadGivesTheContentUpToTheMaximumAndItsCount) {
+  const std::string content("a\0bcde", 6);
+  folder_.write("x", content);
   char destination[] = "??????";
   int32_t count = -1;
 
+  EXPECT_EQ(ReadText("/x"), content);
+  EXPECT_EQ(ReadText("x", 6), content);
+  EXPECT_EQ(ReadText("x", 0), "");
   EXPECT_EQ(fnQNFS_ReadFromFile("x", 4, destination, &count), 0);
 
   EXPECT_EQ(count, 4);
-  EXPECT_STREQ(destination, "abcd??");
-  EXPECT_EQ(ReadText("x", 0), "");
+  EXPECT_EQ(std::string(destination, 6), std::string("a\0bc??", 6));
 }
 
-TEST_F(PosixWholeFile, FailedReadsLeaveBytesAndCount) {
+TEST_F(PosixWholeFile, ThatIsNotThereFailsAndLeavesBytesAndCount) {
   folder_.write("x", "abc");
-  MakeFolder("folder");
+  folder_.write("empty", "");
   char destination[] = "???";
   int32_t count = 77;
 
-  EXPECT_EQ(fnQNFS_ReadFromFile("none", 3, destination, &count), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFile("folder", 3, destination, &count), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFile(nullptr, 3, destination, &count), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFile("x", -1, destination, &count), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFile("x", 3, nullptr, &count), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFile("x", 3, destination, nullptr), -1);
-
-  EXPECT_STREQ(destination, "???");
-  EXPECT_EQ(count, 77);
-}
-
-TEST_F(PosixWholeFile, ExistsAndHasASize) {
-  folder_.write("x", "abc");
-  folder_.write("empty", "");
-  MakeFolder("folder");
-
   EXPECT_EQ(fnQNFS_isFileExisted("x"), 1);
   EXPECT_EQ(fnQNFS_isFileExisted("none"), 0);
-  EXPECT_EQ(fnQNFS_isFileExisted("folder"), 0);
-  EXPECT_EQ(fnQNFS_isFileExisted(nullptr), 0);
   EXPECT_EQ(fnQNFS_getFileSize("x"), 3);
   EXPECT_EQ(fnQNFS_getFileSize("empty"), 0);
   EXPECT_EQ(fnQNFS_getFileSize("none"), -1);
-  EXPECT_EQ(fnQNFS_getFileSize("folder"), -1);
-  EXPECT_EQ(fnQNFS_getFileSize(nullptr), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile("none", 3, destination, &count), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("none", 1, 1, destination), -1);
+  EXPECT_EQ(fnQNFS_CopyFile("x", "none"), 0);
+  EXPECT_EQ(fnQNFS_MoveFile("x", "none"), 0);
+  EXPECT_EQ(fnQNFS_DeleteFile("none"), 0);
+
+  EXPECT_STREQ(destination, "???");
+  EXPECT_EQ(count, 77);
+  EXPECT_EQ(folder_.read("x"), "abc");
+  EXPECT_THAT(folder_.names(), ElementsAre("empty", "x"));
 }
 
 TEST_F(PosixWholeFile, SizeIsUnknownWhereALoadCouldNotCount) {
@@ -172,101 +124,42 @@ TEST_F(PosixWholeFile, SizeIsUnknownWhereALoadCouldNotCount) {
   }
 }
 
-TEST_F(PosixWholeFile, CopyMakesAPrivateSecondFile) {
-  folder_.write("x", "content");
-  std::filesystem::permissions(folder_.path("x"), std::filesystem::perms(0644));
-
-  EXPECT_EQ(fnQNFS_CopyFile("/copy", "/x"), 1);
-
-  EXPECT_EQ(folder_.read("copy"), "content");
-  EXPECT_EQ(folder_.read("x"), "content");
-  EXPECT_EQ(ModeOf("copy"), 0600);
-  EXPECT_THAT(told_written, IsEmpty());
-}
-
-TEST_F(PosixWholeFile, CopyReplacesAndTakesLargeFiles) {
+TEST_F(PosixWholeFile, CopyMakesAPrivateSecondFileOfAnySizeAndOntoItselfNone) {
   const std::string large(200001, 'L');
   folder_.write("x", large);
-  folder_.write("copy", "old");
+  std::filesystem::permissions(folder_.path("x"), std::filesystem::perms(0644));
+  folder_.write("old", "old");
 
-  EXPECT_EQ(fnQNFS_CopyFile("copy", "x"), 1);
+  for (const char *name : {"/copy", "/old", "/x"}) {
+    EXPECT_EQ(fnQNFS_CopyFile(name, "x"), 1);
+    EXPECT_EQ(folder_.read(name + 1), large) << name;
+  }
 
-  EXPECT_EQ(folder_.read("copy"), large);
-}
-
-TEST_F(PosixWholeFile, CopyOntoItselfKeepsTheContent) {
-  folder_.write("x", "content");
-
-  EXPECT_EQ(fnQNFS_CopyFile("/x", "x"), 1);
-
-  EXPECT_EQ(folder_.read("x"), "content");
-  EXPECT_THAT(folder_.names(), ElementsAre("x"));
-}
-
-TEST_F(PosixWholeFile, CopyThatFailsLeavesTheDestination) {
-  folder_.write("x", "content");
-  MakeFolder("folder");
-
-  EXPECT_EQ(fnQNFS_CopyFile("x", "none"), 0);
-  EXPECT_EQ(fnQNFS_CopyFile("x", "folder"), 0);
-  EXPECT_EQ(fnQNFS_CopyFile("folder", "x"), 0);
-  EXPECT_EQ(fnQNFS_CopyFile("none/x", "x"), 0);
-  EXPECT_EQ(fnQNFS_CopyFile(nullptr, "x"), 0);
-  EXPECT_EQ(fnQNFS_CopyFile("x", nullptr), 0);
-
-  EXPECT_EQ(folder_.read("x"), "content");
-  EXPECT_THAT(folder_.names(), ElementsAre("folder", "x"));
-}
-
-TEST_F(PosixWholeFile, MoveReplacesTheDestination) {
-  folder_.write("x", "content");
-  folder_.write("y", "old");
-
-  EXPECT_EQ(fnQNFS_MoveFile("/y", "/x"), 1);
-
-  EXPECT_EQ(folder_.read("y"), "content");
-  EXPECT_THAT(folder_.names(), ElementsAre("y"));
+  EXPECT_EQ(ModeOf("copy"), 0600);
+  EXPECT_THAT(folder_.names(), ElementsAre("copy", "old", "x"));
   EXPECT_THAT(told_written, IsEmpty());
 }
 
-TEST_F(PosixWholeFile, MoveKeepsTheFileItself) {
+TEST_F(PosixWholeFile, MoveReplacesTheDestinationByTheFileItself) {
   folder_.write("x", "content");
   MakeFolder("folder");
+  folder_.write("folder/y", "old");
   std::filesystem::create_hard_link(folder_.path("x"), folder_.path("same"));
 
-  EXPECT_EQ(fnQNFS_MoveFile("folder/y", "x"), 1);
+  EXPECT_EQ(fnQNFS_MoveFile("/folder/y", "/x"), 1);
 
   EXPECT_TRUE(std::filesystem::equivalent(folder_.path("folder/y"), folder_.path("same")));
-}
-
-TEST_F(PosixWholeFile, MoveThatFailsLeavesBoth) {
-  folder_.write("x", "content");
-  MakeFolder("folder");
-
-  EXPECT_EQ(fnQNFS_MoveFile("x", "none"), 0);
-  EXPECT_EQ(fnQNFS_MoveFile("folder", "x"), 0);
-  EXPECT_EQ(fnQNFS_MoveFile("other", "folder"), 0);
-  EXPECT_EQ(fnQNFS_MoveFile("none/x", "x"), 0);
-  EXPECT_EQ(fnQNFS_MoveFile("y", "none/x"), 0);
-  EXPECT_EQ(fnQNFS_MoveFile(nullptr, "x"), 0);
-  EXPECT_EQ(fnQNFS_MoveFile("x", nullptr), 0);
-
-  EXPECT_EQ(folder_.read("x"), "content");
-  EXPECT_THAT(folder_.names(), ElementsAre("folder", "x"));
+  EXPECT_THAT(folder_.names(), ElementsAre("folder", "same"));
+  EXPECT_THAT(told_written, IsEmpty());
 }
 
 TEST_F(PosixWholeFile, DeleteTakesOneFile) {
   folder_.write("x", "content");
   folder_.write("y", "content");
-  MakeFolder("folder");
 
   EXPECT_EQ(fnQNFS_DeleteFile("/x"), 1);
-  EXPECT_EQ(fnQNFS_DeleteFile("/x"), 0);
-  EXPECT_EQ(fnQNFS_DeleteFile("folder"), 0);
-  EXPECT_EQ(fnQNFS_DeleteFile("none/x"), 0);
-  EXPECT_EQ(fnQNFS_DeleteFile(nullptr), 0);
 
-  EXPECT_THAT(folder_.names(), ElementsAre("folder", "y"));
+  EXPECT_THAT(folder_.names(), ElementsAre("y"));
 }
 
 TEST_F(PosixWholeFile, WritesAtAPosition) {
@@ -297,27 +190,20 @@ TEST_F(PosixWholeFile, ReadsAtAPosition) {
 TEST_F(PosixWholeFile, RefusesPositionsAndLengthsBelowZero) {
   folder_.write("x", "abc");
   char destination[] = "???";
+  int32_t count = 77;
 
+  EXPECT_EQ(fnQNFS_WriteToFile("X", -1, "x"), -1);
+  EXPECT_EQ(fnQNFS_AppendToFile("X", -1, "x"), -1);
   EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", 1, -1, "x"), -1);
   EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", -1, 1, "x"), -1);
-  EXPECT_EQ(fnQNFS_WriteToFileAtPos(nullptr, 1, 1, "x"), -1);
-  EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", 1, 1, nullptr), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile("x", -1, destination, &count), -1);
   EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", -1, 1, destination), -1);
   EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 1, -1, destination), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 1, 1, nullptr), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("none", 1, 1, destination), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFileAtPos(nullptr, 1, 1, destination), -1);
 
   EXPECT_EQ(folder_.read("x"), "abc");
   EXPECT_STREQ(destination, "???");
-}
-
-// Everything that takes space, with a file "x" in reach.
-void ExpectNoRoomFor(const std::string &bytes) {
-  EXPECT_EQ(WriteText("x", bytes), -1);
-  EXPECT_EQ(AppendText("x", bytes), -1);
-  EXPECT_EQ(WriteText("new", bytes), -1);
-  EXPECT_EQ(fnQNFS_WriteToFileAtPos(bytes.data(), static_cast<int32_t>(bytes.size()), 3, "x"), -1);
+  EXPECT_EQ(count, 77);
+  EXPECT_THAT(told_written, IsEmpty());
 }
 
 TEST_F(PosixWholeFile, LimitOfTheFileSizeIsACleanFailure) {
@@ -334,7 +220,7 @@ TEST_F(PosixWholeFile, LimitOfTheFileSizeIsACleanFailure) {
     EXPECT_EQ(folder_.read("x"), "old");
     EXPECT_EQ(WriteText("new", bytes), -1);
     EXPECT_THAT(folder_.names(), ElementsAre("x"));
-    ExpectNoRoomFor(bytes);
+    EXPECT_EQ(fnQNFS_WriteToFileAtPos(bytes.data(), 1500, 3, "x"), -1);
   }));
   EXPECT_EQ(folder_.read("x").substr(0, 3), "old");
 }

@@ -107,33 +107,23 @@ void PowerLossLog::OnOpen(int folder, const char *name, int flags, int fd) {
 }
 
 void PowerLossLog::OnWrite(int fd, const void *bytes, size_t count) {
-  const std::optional<Node> node = Find(fd);
-  if (!node) return;
-  MediumChange change;
-  change.kind = MediumChange::Kind::kWrite;
-  change.node = *node;
-  change.at = static_cast<std::size_t>(lseek(fd, 0, SEEK_CUR)) - count;
-  change.bytes.assign(static_cast<const char *>(bytes), count);
-  Add(change);
+  const auto end = static_cast<std::size_t>(lseek(fd, 0, SEEK_CUR));
+  AddTo(fd, {.kind = MediumChange::Kind::kWrite,
+             .at = end - count,
+             .bytes = {static_cast<const char *>(bytes), count}});
 }
 
 void PowerLossLog::OnTruncate(int fd, off_t size) {
-  const std::optional<Node> node = Find(fd);
-  if (!node) return;
-  MediumChange change;
-  change.kind = MediumChange::Kind::kTruncate;
-  change.node = *node;
-  change.at = static_cast<std::size_t>(size);
-  Add(change);
+  AddTo(fd, {.kind = MediumChange::Kind::kTruncate, .at = static_cast<std::size_t>(size)});
 }
 
-void PowerLossLog::OnSync(int fd) {
+void PowerLossLog::OnSync(int fd) { AddTo(fd, {.kind = MediumChange::Kind::kSync}); }
+
+void PowerLossLog::AddTo(int fd, MediumChange change) {
   const std::optional<Node> node = Find(fd);
   if (!node) return;
-  MediumChange change;
-  change.kind = MediumChange::Kind::kSync;
   change.node = *node;
-  Add(change);
+  Add(std::move(change));
 }
 
 void PowerLossLog::OnLink(int folder, const char *name) {

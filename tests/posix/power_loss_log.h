@@ -34,11 +34,11 @@ using Entry = std::pair<Node, std::string>;  // the folder, and the name in it
 struct MediumChange {
   enum class Kind { kWrite, kTruncate, kSync, kEntries };
   Kind kind = Kind::kEntries;
-  Node node = kRootNode;       // what is written, cut, synced or named
-  std::size_t at = 0;          // where it is written, or how long it now is
-  std::string bytes;           // that are written
-  std::optional<Entry> gone;   // a name that was taken away
-  std::optional<Entry> named;  // a name that now is the node's
+  Node node = kRootNode;            // what is written, cut, synced or named
+  std::size_t at = 0;               // where it is written, or how long it now is
+  std::string bytes = {};           // that are written
+  std::optional<Entry> gone = {};   // a name that was taken away
+  std::optional<Entry> named = {};  // a name that now is the node's
 };
 
 // How the system tells files apart: device and inode. The number of one that has
@@ -74,6 +74,7 @@ class PowerLossLog final : public FileListener {
  private:
   void ReadFolder(Node folder, const std::string &path);
   void Add(MediumChange change);
+  void AddTo(int fd, MediumChange change);  // of the descriptor's file, if that is known
   Node NewNode(int folder, const char *name);
   std::optional<Node> Find(int folder, const char *name) const;
   std::optional<Node> Find(int fd) const { return Find(fd, ""); }

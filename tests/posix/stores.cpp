@@ -13,6 +13,8 @@
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_share_string.h"
 #include "qnstack/qn_stack_http_cache.h"
+#include "support/settings_list.h"
+#include "support/text_list.h"
 
 namespace qntest {
 
@@ -22,54 +24,19 @@ constexpr int32_t kLongLife = 100000;  // seconds
 constexpr int32_t kBodyBytes = 1000;
 constexpr int32_t kCacheBytes = 1048576;
 
-void *ReadElement(QNFSBuffer *record) { return fnQNFS_Buffer_ReadString(record); }
-
 void WriteElement(QNFSBuffer *record, void *element) {
   const auto *text = static_cast<const char *>(element);
   fnQNFS_Buffer_WriteString(record, text, static_cast<int32_t>(fnQN_STRLEN(text)));
 }
 
-void FreeElement(void *address) { fnQN_Free(address); }
-
-// A list of texts, freed with its elements.
-class TextList {
- public:
-  explicit TextList(const Texts &texts = {}) {
-    fnQNList_Init(&list_);
-    for (const std::string &text : texts) {
-      char *copy = fnQN_MEMSTRCOPY(text.c_str());
-      if (fnQNList_AddTail(&list_, copy) != nullptr) continue;
-      fnQN_Free(&copy);
-      whole_ = false;
-    }
-  }
-  ~TextList() { fnQNList_Clear(&list_, FreeElement); }
-  TextList(const TextList &) = delete;
-  TextList &operator=(const TextList &) = delete;
-
-  QNList *Get() { return &list_; }
-
-  // False where the heap refused part of it: a program would not save that.
-  bool IsWhole() const { return whole_; }
-
- private:
-  QNList list_ = {};
-  bool whole_ = true;
-};
-
-// Settings, loaded.
-class Settings {
- public:
-  Settings() { fnQNFS_INI_List_Init(kSettingsFile, &list_); }
-  ~Settings() { fnQNList_Clear(&list_, fnQNFS_INI_FreeNode); }
-  Settings(const Settings &) = delete;
-  Settings &operator=(const Settings &) = delete;
-
-  QNList *Get() { return &list_; }
-
- private:
-  QNList list_ = {};
-};
+// Stores a list of texts, but for one of which the heap refused a part: a program
+// would not save that.
+bool StoreRecords(const Texts &texts,
+                  int32_t (*store)(const char *name, QNList *list, QNFSRecordWrite write)) {
+  TextList list(texts);
+  return list.get()->count == static_cast<int32_t>(texts.size()) &&
+         store(kRecordFile, list.get(), WriteElement) == 1;
+}
 
 // The body that is kept for a URL and a tag: no two are alike.
 std::string BodyOf(const std::string &url, int32_t tag) {
@@ -94,45 +61,32 @@ CachedBody::State StateOf(const QNCacheEntry &entry) {
                                               : CachedBody::State::kTorn;
 }
 
-template <typename Element, typename Take>
-void ForEach(QNList *list, Take take) {
-  for (const QNListNode *node = fnQNList_BeginIter(list); node != nullptr; node = node->next) {
-    take(*static_cast<const Element *>(node->data));
-  }
-}
-
 }  // namespace
 
 Texts LoadRecords() {
   TextList list;
-  fnQNFS_Load_File_To_List(kRecordFile, list.Get(), ReadElement);
-  Texts texts;
-  ForEach<char>(list.Get(), [&](const char &first) { texts.emplace_back(&first); });
-  return texts;
+  fnQNFS_Load_File_To_List(kRecordFile, list.get(), ReadText);
+  return list.Texts();
 }
 
-bool SaveRecords(const Texts &texts) {
-  TextList list(texts);
-  return list.IsWhole() && fnQNFS_Save_List_To_File(kRecordFile, list.Get(), WriteElement) == 1;
-}
+bool SaveRecords(const Texts &texts) { return StoreRecords(texts, fnQNFS_Save_List_To_File); }
 
 bool AppendRecord(const std::string &text) {
-  TextList list({text});
-  return list.IsWhole() && fnQNFS_Append_List_To_File(kRecordFile, list.Get(), WriteElement) == 1;
+  return StoreRecords({text}, fnQNFS_Append_List_To_File);
 }
 
 Texts LoadSettings() {
-  Settings settings;
+  SettingsList settings;
+  fnQNFS_INI_List_Init(kSettingsFile, settings.get());
   Texts texts;
-  ForEach<QNFSIniEntry>(settings.Get(), [&](const QNFSIniEntry &entry) {
-    texts.push_back(std::string(entry.key) + "=" + entry.value);
-  });
+  for (const auto &[key, value] : settings.Held()) texts.push_back(key + "=" + value);
   return texts;
 }
 
 bool WriteSetting(const std::string &key, const std::string &value) {
-  Settings settings;
-  return fnQNFS_INI_Write(kSettingsFile, settings.Get(), key.c_str(), value.c_str()) == 1;
+  SettingsList settings;
+  fnQNFS_INI_List_Init(kSettingsFile, settings.get());
+  return fnQNFS_INI_Write(kSettingsFile, settings.get(), key.c_str(), value.c_str()) == 1;
 }
 
 void ForgetCache() { fnQNStack_Cache_Free(); }
@@ -141,9 +95,11 @@ std::vector<CachedBody> LoadCache() {
   fnQNStack_Cache_Free();
   fnQNStack_Cache_Init();
   std::vector<CachedBody> entries;
-  ForEach<QNCacheEntry>(fnQNFS_http_cache_list(), [&](const QNCacheEntry &entry) {
+  const QNListNode *node = fnQNList_BeginIter(fnQNFS_http_cache_list());
+  for (; node != nullptr; node = node->next) {
+    const auto &entry = *static_cast<const QNCacheEntry *>(node->data);
     entries.push_back({entry.url, entry.tag, StateOf(entry)});
-  });
+  }
   return entries;
 }
 

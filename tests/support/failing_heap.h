@@ -16,12 +16,9 @@ namespace qntest {
 // While an object of this class lives the heap is armed; keep its scope to the
 // call under test. One at a time; its counters belong to one thread.
 //
-//   QNListNode *node = nullptr;
-//   {
-//     FailingHeap heap(1);
-//     node = fnQNList_AddTail(&list, &element);
-//   }
-//   EXPECT_EQ(node, nullptr);
+// A call that is refused something is written shorter:
+//
+//   EXPECT_EQ(WithRefusal(1, [&] { return fnQNList_AddTail(&list, &element); }), nullptr);
 class FailingHeap {
  public:
   enum class Reach {
@@ -55,6 +52,13 @@ class FailingHeap {
  private:
   CallFaults calls_;
 };
+
+// What `call` gives where its nth allocation is refused.
+template <typename Call>
+auto WithRefusal(int nth, Call call) {
+  const FailingHeap heap(nth);
+  return call();
+}
 
 }  // namespace qntest
 

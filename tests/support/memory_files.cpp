@@ -34,9 +34,7 @@ void Overwrite(std::string &bytes, size_t position, std::string_view added) {
 
 ssize_t ReadStream(void *cookie, char *buffer, size_t size) {
   auto *stream = static_cast<StreamCookie *>(cookie);
-  if (stream->position >= stream->bytes->size()) {
-    return 0;
-  }
+  if (stream->position >= stream->bytes->size()) return 0;
   const size_t taken = stream->bytes->copy(buffer, size, stream->position);
   stream->position += taken;
   return static_cast<ssize_t>(taken);
@@ -44,9 +42,7 @@ ssize_t ReadStream(void *cookie, char *buffer, size_t size) {
 
 ssize_t WriteStream(void *cookie, const char *buffer, size_t size) {
   auto *stream = static_cast<StreamCookie *>(cookie);
-  if (stream->appends) {
-    stream->position = stream->bytes->size();
-  }
+  if (stream->appends) stream->position = stream->bytes->size();
   Overwrite(*stream->bytes, stream->position, std::string_view(buffer, size));
   stream->position += size;
   return static_cast<ssize_t>(size);
@@ -54,16 +50,11 @@ ssize_t WriteStream(void *cookie, const char *buffer, size_t size) {
 
 int SeekStream(void *cookie, off64_t *offset, int whence) {
   auto *stream = static_cast<StreamCookie *>(cookie);
-  size_t base = 0;
-  if (whence == SEEK_CUR) {
-    base = stream->position;
-  } else if (whence == SEEK_END) {
-    base = stream->bytes->size();
-  }
+  const size_t base = whence == SEEK_CUR   ? stream->position
+                      : whence == SEEK_END ? stream->bytes->size()
+                                           : 0;
   const off64_t target = static_cast<off64_t>(base) + *offset;
-  if (target < 0) {
-    return -1;
-  }
+  if (target < 0) return -1;
   stream->position = static_cast<size_t>(target);
   *offset = target;
   return 0;
@@ -83,9 +74,7 @@ MemoryFiles::Bytes MemoryFiles::Find(std::string_view name) const {
 }
 
 MemoryFiles::Bytes MemoryFiles::FindOrMake(std::string_view name) {
-  if (Bytes found = Find(name)) {
-    return found;
-  }
+  if (Bytes found = Find(name)) return found;
   const std::string_view directory = DirectoryOf(name);
   if (name.empty() || HasDirectory(name) || (directories_required_ && !HasDirectory(directory)) ||
       !MakeDirectory(directory)) {
@@ -103,33 +92,25 @@ std::optional<std::string> MemoryFiles::Content(std::string_view name) const {
 
 std::vector<std::string> MemoryFiles::Names() const {
   std::vector<std::string> names;
-  for (const auto &[name, bytes] : files_) {
-    names.push_back(name);
-  }
+  for (const auto &[name, bytes] : files_) names.push_back(name);
   return names;
 }
 
 bool MemoryFiles::Write(std::string_view name, std::string_view bytes) {
   const Bytes file = FindOrMake(name);
-  if (file) {
-    *file = bytes;
-  }
+  if (file) *file = bytes;
   return file != nullptr;
 }
 
 bool MemoryFiles::Append(std::string_view name, std::string_view bytes) {
   const Bytes file = FindOrMake(name);
-  if (file) {
-    file->append(bytes);
-  }
+  if (file) file->append(bytes);
   return file != nullptr;
 }
 
 bool MemoryFiles::WriteAt(std::string_view name, size_t position, std::string_view bytes) {
   const Bytes file = Find(name);
-  if (file) {
-    Overwrite(*file, position, bytes);
-  }
+  if (file) Overwrite(*file, position, bytes);
   return file != nullptr;
 }
 
@@ -140,9 +121,7 @@ bool MemoryFiles::Copy(std::string_view destination, std::string_view source) {
 
 bool MemoryFiles::Move(std::string_view destination, std::string_view source) {
   const Bytes moved = Find(source);
-  if (!moved || !FindOrMake(destination)) {
-    return false;
-  }
+  if (!moved || !FindOrMake(destination)) return false;
   files_.erase(files_.find(source));
   files_[std::string(destination)] = moved;
   return true;
@@ -150,9 +129,7 @@ bool MemoryFiles::Move(std::string_view destination, std::string_view source) {
 
 bool MemoryFiles::Delete(std::string_view name) {
   const auto found = files_.find(name);
-  if (found == files_.end()) {
-    return false;
-  }
+  if (found == files_.end()) return false;
   files_.erase(found);
   return true;
 }
@@ -164,12 +141,8 @@ bool MemoryFiles::HasDirectory(std::string_view path) const {
 
 bool MemoryFiles::MakeDirectory(std::string_view path) {
   const std::string_view directory = WithoutSlash(path);
-  if (directory.empty()) {
-    return true;
-  }
-  if (Exists(directory) || !MakeDirectory(DirectoryOf(directory))) {
-    return false;
-  }
+  if (directory.empty()) return true;
+  if (Exists(directory) || !MakeDirectory(DirectoryOf(directory))) return false;
   directories_.emplace(directory);
   return true;
 }
@@ -196,12 +169,8 @@ FILE *MemoryFiles::Open(std::string_view name, std::string_view mode) {
     return nullptr;
   }
   const Bytes file = mode[0] == 'r' ? Find(name) : FindOrMake(name);
-  if (!file) {
-    return nullptr;
-  }
-  if (mode[0] == 'w') {
-    file->clear();
-  }
+  if (!file) return nullptr;
+  if (mode[0] == 'w') file->clear();
   auto cookie = std::make_unique<StreamCookie>(
       StreamCookie{.bytes = file, .open_streams = open_streams_, .appends = mode[0] == 'a'});
   FILE *stream = fopencookie(cookie.get(), std::string(mode).c_str(),

@@ -10,9 +10,7 @@ namespace {
 
 std::string Joined(std::initializer_list<std::string> arguments) {
   std::string text;
-  for (const std::string &argument : arguments) {
-    text += text.empty() ? argument : ", " + argument;
-  }
+  for (const std::string &argument : arguments) text += text.empty() ? argument : ", " + argument;
   return text;
 }
 
@@ -27,9 +25,7 @@ void RecordingFilePort::Reset() { *this = RecordingFilePort(); }
 
 std::vector<std::string> RecordingFilePort::Calls() const {
   std::vector<std::string> texts;
-  for (const FileCall &call : log_) {
-    texts.push_back(call.Text());
-  }
+  for (const FileCall &call : log_) texts.push_back(call.Text());
   return texts;
 }
 
@@ -60,9 +56,7 @@ void RecordingFilePort::Report(std::string_view function, int32_t count, int nth
 FileOutcome RecordingFilePort::NextOutcome(std::string_view function) {
   FileOutcome outcome;
   for (Failure &failure : failures_) {
-    if (!failure.function.empty() && failure.function != function) {
-      continue;
-    }
+    if (!failure.function.empty() && failure.function != function) continue;
     --failure.calls_left;
     if (failure.calls_left == 0 || (failure.stays && failure.calls_left < 0)) {
       outcome = failure.outcome;
@@ -79,9 +73,7 @@ FileOutcome RecordingFilePort::Enter(std::string_view function,
 }
 
 std::string RecordingFilePort::HandleText(QNFSFile handle) const {
-  if (handle == nullptr) {
-    return "NULL";
-  }
+  if (handle == nullptr) return "NULL";
   const auto found = handles_.find(handle);
   return found == handles_.end() ? "foreign" : "#" + std::to_string(found->second);
 }
@@ -102,9 +94,7 @@ char *RecordingFilePort::SetRoot(const char *path) {
 }
 
 void RecordingFilePort::TellWritten(const char *name) const {
-  if (callback_ != nullptr) {
-    callback_(name, QNFS_CARD_SYN_WRITE);
-  }
+  if (callback_ != nullptr) callback_(name, QNFS_CARD_SYN_WRITE);
 }
 
 }  // namespace qntest

@@ -44,25 +44,26 @@ std::string_view Reaching(const FileOutcome &outcome, std::string_view bytes) {
 
 bool LeavesNothing(const FileOutcome &outcome) { return outcome.fails && !outcome.torn; }
 
-using Writer = bool (MemoryFiles::*)(std::string_view name, std::string_view bytes);
-
-// What the primitives do that write or append a block and tell.
-int32_t WriteAndTell(const FileOutcome &outcome, const void *data, int32_t length, const char *name,
-                     Writer write) {
-  if (outcome.answer) return *outcome.answer;
-  if (LeavesNothing(outcome) || !IsWritable(data, length, name)) return -1;
-  const bool done = (FilePort().files().*write)(name, Reaching(outcome, Bytes(data, length)));
-  if (!done || outcome.fails) return -1;
-  FilePort().TellWritten(name);
-  return length;
-}
-
 // The elements of `size` bytes that a write of `count` of them completes.
 size_t WriteElements(const FileOutcome &outcome, const void *data, size_t size, uint32_t count,
                      FILE *stream) {
   if (!outcome.fails) return fwrite(data, size, count, stream);
   const size_t kept = std::min(outcome.kept, size * count);
   return size == 0 ? 0 : fwrite(data, 1, kept, stream) / size;
+}
+
+// Writes a file by one of the ways that the application is told of.
+int32_t WriteWhole(std::string_view function,
+                   bool (MemoryFiles::*write)(std::string_view name, std::string_view bytes),
+                   const void *data, int32_t length, const char *name) {
+  const std::string_view bytes = Bytes(data, length);
+  const FileOutcome outcome = FilePort().Enter(function, {Shown(data, length), Shown(name)}, bytes);
+  if (outcome.answer) return *outcome.answer;
+  if (LeavesNothing(outcome) || !IsWritable(data, length, name)) return -1;
+  const bool done = (FilePort().files().*write)(name, Reaching(outcome, bytes));
+  if (!done || outcome.fails) return -1;
+  FilePort().TellWritten(name);
+  return length;
 }
 
 }  // namespace
@@ -134,9 +135,7 @@ int32_t fnQNFS_File_Seek(QNFSFile handle, int32_t origin, int32_t offset) {
 void fnQNFS_File_Close(QNFSFile handle) {
   FilePort().Enter("File_Close", {FilePort().HandleText(handle)});
   if (handle == nullptr) return;
-  if (*handle != nullptr) {
-    fclose(*handle);
-  }
+  if (*handle != nullptr) fclose(*handle);
   FilePort().ForgetHandle(handle);
   std::free(handle);
 }
@@ -199,15 +198,11 @@ int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination
 }
 
 int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name) {
-  const FileOutcome outcome =
-      FilePort().Enter("WriteToFile", {Shown(data, length), Shown(name)}, Bytes(data, length));
-  return WriteAndTell(outcome, data, length, name, &MemoryFiles::Write);
+  return WriteWhole("WriteToFile", &MemoryFiles::Write, data, length, name);
 }
 
 int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name) {
-  const FileOutcome outcome =
-      FilePort().Enter("AppendToFile", {Shown(data, length), Shown(name)}, Bytes(data, length));
-  return WriteAndTell(outcome, data, length, name, &MemoryFiles::Append);
+  return WriteWhole("AppendToFile", &MemoryFiles::Append, data, length, name);
 }
 
 int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t position,

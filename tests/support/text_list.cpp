@@ -19,7 +19,8 @@ void *ReadText(QNFSBuffer *record) { return fnQNFS_Buffer_ReadString(record); }
 
 TextList::TextList(const std::vector<std::string> &texts) {
   for (const std::string &text : texts) {
-    fnQNList_AddTail(&list_, fnQN_STRDUP(text.c_str()));
+    char *copy = fnQN_STRDUP(text.c_str());
+    if (fnQNList_AddTail(&list_, copy) == nullptr) fnQN_Free(&copy);
   }
 }
 

@@ -18,6 +18,7 @@ void *ReadText(QNFSBuffer *record);
 
 class TextList {
  public:
+  // Without memory for a text it is left out.
   explicit TextList(const std::vector<std::string> &texts = {});
   ~TextList();
   TextList(const TextList &) = delete;

@@ -2,6 +2,9 @@
 // Rule by rule, without a fast path.
 #include "support/transcode_reference.h"
 
+#include <gtest/gtest.h>
+#include <iconv.h>
+
 namespace qntest {
 namespace {
 
@@ -92,6 +95,21 @@ std::vector<uint32_t> ReferenceUcs4(std::string_view bytes) {
     }
   }
   return values;
+}
+
+std::string Converted(const char *to, const char *from, std::string_view text) {
+  const iconv_t converter = iconv_open(to, from);
+  std::string source(text);
+  std::string result(4 * text.size() + 4, '\0');
+  char *in = source.data();
+  char *out = result.data();
+  size_t left = source.size();
+  size_t room = result.size();
+  EXPECT_EQ(iconv(converter, &in, &left, &out, &room), 0U);
+  EXPECT_EQ(left, 0U);
+  iconv_close(converter);
+  result.resize(result.size() - room);
+  return result;
 }
 
 std::string AsBytes(const std::vector<uint16_t> &units, bool big_endian) {

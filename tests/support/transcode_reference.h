@@ -23,6 +23,10 @@ std::vector<uint16_t> ReferenceUcs2(std::string_view bytes);
 // UTF-16 bytes as values, without the terminator.
 std::vector<uint32_t> ReferenceUcs4(std::string_view bytes);
 
+// What the C library makes of a text of one of its character sets in another.
+// Fails the running test if it is no such text.
+std::string Converted(const char *to, const char *from, std::string_view text);
+
 // Units as bytes in an order.
 std::string AsBytes(const std::vector<uint16_t> &units, bool big_endian);
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "qnstack/qn_fs_comm_tools.h"
+#include "support/calendar_reference.h"
 #include "support/scripted_clock.h"
 #include "support/watchdog.h"
 
@@ -31,28 +32,24 @@ TEST(GetTimeSeconds, CountsTheRawFields) {
     int32_t expected;
   };
   constexpr Case kCases[] = {
-      {kNoonInJune, -644084928},
+      {kNoonInJune, -644084928},  // far behind a parsed date of that day
       {{2009, 6, 1}, -645337728},
       {{2009, 12, 31, 23, 59, 59}, -626761729},
       {{2010, 1, 1}, -624169728},
   };
   for (const Case &c : kCases) {
-    EXPECT_EQ(SecondsAt(c.local), c.expected) << c.local.year << '-' << c.local.month;
+    const ScriptedClock clock(c.local);
+    EXPECT_EQ(GETTIMESECONDS(), c.expected) << c.local.year << '-' << c.local.month;
+    EXPECT_EQ(fnQNFS_getLocalTime(), c.expected);
   }
 }
 
-TEST(GetTimeSeconds, ReadsTheClockOnce) {
-  const ScriptedClock clock(kNoonInJune);
+TEST(GetTimeSeconds, ReadsTheClockOnceAndFollowsIt) {
+  ScriptedClock clock(kNoonInJune);
 
-  GETTIMESECONDS();
-
+  const int32_t before = GETTIMESECONDS();
   EXPECT_EQ(clock.Readings(), 1U);
   EXPECT_EQ(clock.Converted(), std::vector<std::time_t>{ScriptedClock::kStart});
-}
-
-TEST(GetTimeSeconds, FollowsTheClock) {
-  ScriptedClock clock(kNoonInJune);
-  const int32_t before = GETTIMESECONDS();
   clock.SetLocal({2009, 6, 16, 13, 1, 1});
 
   EXPECT_EQ(GETTIMESECONDS() - before, 86400 + 3600 + 60 + 1);
@@ -94,11 +91,6 @@ TEST(GetTimeSeconds, CountsTheLeapDayFromApril) {
   EXPECT_EQ(span_to_april(2000), 28 * 86400);
 }
 
-TEST(GetTimeSeconds, LiesFarBehindAParsedDateOfTheSameDay) {
-  EXPECT_EQ(parse_date_str("Mon, 15 Jun 2009 12:00:00 GMT"), 1245110400);
-  EXPECT_EQ(SecondsAt(kNoonInJune), -644084928);
-}
-
 TEST(GetTimeSeconds, IsNegativeFor20YearsAndPositiveAfter) {
   for (int year = 2009; year <= 2028; ++year) {
     EXPECT_LT(SecondsAt({year, 12, 31, 23, 59, 59}), 0) << year;
@@ -123,12 +115,6 @@ TEST(GetTimeSeconds, TakesMinusOneForATimeAsAnyOther) {
 
   EXPECT_EQ(GETTIMESECONDS(), -644084928);
   EXPECT_EQ(clock.Converted(), std::vector<std::time_t>{-1});
-}
-
-TEST(QnFsGetLocalTime, IsTheSameCount) {
-  const ScriptedClock clock(kNoonInJune);
-
-  EXPECT_EQ(fnQNFS_getLocalTime(), -644084928);
 }
 
 TEST(GetTimeMs, Wraps) {
@@ -172,13 +158,7 @@ TEST_P(QnFsLocalTime, GivesTheRawFields) {
 
   EXPECT_EQ(GetParam()(&t), &t);
 
-  EXPECT_EQ(t.year, 109U);
-  EXPECT_EQ(t.month, 0U);
-  EXPECT_EQ(t.day, 31U);
-  EXPECT_EQ(t.hour, 22U);
-  EXPECT_EQ(t.minute, 33U);
-  EXPECT_EQ(t.second, 44U);
-  EXPECT_EQ(t.extra, 0U);
+  EXPECT_EQ(t, (QNTime{109, 0, 31, 22, 33, 44, 0}));
   EXPECT_EQ(clock.Readings(), 1U);
 }
 
@@ -189,9 +169,7 @@ TEST_P(QnFsLocalTime, IsAllZerosWhereTheSystemHasNone) {
 
   EXPECT_EQ(GetParam()(&t), &t);
 
-  for (const uint32_t field : {t.year, t.month, t.day, t.hour, t.minute, t.second, t.extra}) {
-    EXPECT_EQ(field, 0U);
-  }
+  EXPECT_EQ(t, QNTime{});
 }
 
 TEST_P(QnFsLocalTime, IsTheTimeOfTheMachine) {
@@ -204,12 +182,14 @@ TEST_P(QnFsLocalTime, IsTheTimeOfTheMachine) {
   for (std::time_t now = before; now <= after; ++now) {
     const std::tm *fields = std::localtime(&now);
     ASSERT_NE(fields, nullptr);
-    met = met || (t.year == static_cast<uint32_t>(fields->tm_year) &&
-                  t.month == static_cast<uint32_t>(fields->tm_mon) &&
-                  t.day == static_cast<uint32_t>(fields->tm_mday) &&
-                  t.hour == static_cast<uint32_t>(fields->tm_hour) &&
-                  t.minute == static_cast<uint32_t>(fields->tm_min) &&
-                  t.second == static_cast<uint32_t>(fields->tm_sec));
+    const auto field = [](int value) { return static_cast<uint32_t>(value); };
+    met = met || t == QNTime{field(fields->tm_year),
+                             field(fields->tm_mon),
+                             field(fields->tm_mday),
+                             field(fields->tm_hour),
+                             field(fields->tm_min),
+                             field(fields->tm_sec),
+                             0};
   }
   EXPECT_TRUE(met);
 }
@@ -247,10 +227,12 @@ TEST(GetRand, FillsTheAreaAndNotMore) {
   }
 }
 
-TEST(GetRand, SeedsWithTheLow32BitsOfTheTime) {
+TEST(GetRand, SeedsWithTheLow32BitsOfTheTimeButForNull) {
   ScriptedClock clock(kNoonInJune);
   unsigned char byte = 0;
 
+  GETRAND(nullptr, 5);
+  EXPECT_EQ(clock.RandomNumbers() + clock.Readings(), 0U);
   GETRAND(&byte, 1);
   clock.SetSeconds(0x1'8000'0007);
   GETRAND(&byte, 1);
@@ -259,16 +241,6 @@ TEST(GetRand, SeedsWithTheLow32BitsOfTheTime) {
 
   EXPECT_EQ(clock.Seeds(), (std::vector<unsigned>{ScriptedClock::kStart, 0x8000'0007U, UINT_MAX}));
   EXPECT_EQ(clock.Readings(), 3U);
-}
-
-TEST(GetRand, LeavesTheGeneratorAloneForNull) {
-  const ScriptedClock clock(kNoonInJune);
-
-  GETRAND(nullptr, 5);
-
-  EXPECT_TRUE(clock.Seeds().empty());
-  EXPECT_EQ(clock.RandomNumbers(), 0U);
-  EXPECT_EQ(clock.Readings(), 0U);
 }
 
 TEST(QnFsGetPseudoRandom, GivesTheSameBytes) {

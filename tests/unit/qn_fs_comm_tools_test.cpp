@@ -68,16 +68,6 @@ class QnTimer : public testing::Test {
   Timer last_ = {NoteTimer, -5, UINT32_MAX};
 };
 
-TEST(QnTimerCallback, CallsNothingWithoutAList) {
-  timer_calls.clear();
-  ASSERT_EQ(qn::timer_list, nullptr);
-
-  EXPECT_EQ(fnQNFS_TimerCallback(0), 0);
-  EXPECT_EQ(fnQNFS_TimerCallback(1), 0);
-
-  EXPECT_TRUE(timer_calls.empty());
-}
-
 TEST_F(QnTimer, CallsTheFirstOfANumberAndKeepsIt) {
   Fill({&one_, &two_, &other_two_, &last_});
 
@@ -88,25 +78,21 @@ TEST_F(QnTimer, CallsTheFirstOfANumberAndKeepsIt) {
   EXPECT_EQ(list_.count, 4);
 }
 
-TEST_F(QnTimer, ComparesAllBitsOfTheNumber) {
-  Fill({&one_, &last_});
+TEST_F(QnTimer, ComparesAllBitsOfTheNumberAndCallsNothingForAnUnknownOne) {
+  Fill({&one_, &two_, &last_});
 
+  for (const uint32_t unknown : {0U, 3U, 0x10001U}) {
+    EXPECT_EQ(fnQNFS_TimerCallback(unknown), 0);
+  }
   EXPECT_EQ(fnQNFS_TimerCallback(UINT32_MAX), -4);
 
   EXPECT_EQ(timer_calls, std::vector<intptr_t>{-5});
 }
 
-TEST_F(QnTimer, CallsNothingForAnUnknownNumber) {
-  Fill({&one_, &two_});
-
-  EXPECT_EQ(fnQNFS_TimerCallback(3), 0);
+TEST_F(QnTimer, CallsNothingFromAnEmptyListOrWithoutOne) {
+  EXPECT_EQ(fnQNFS_TimerCallback(1), 0);
+  qn::timer_list = nullptr;
   EXPECT_EQ(fnQNFS_TimerCallback(0), 0);
-  EXPECT_EQ(fnQNFS_TimerCallback(0x10001), 0);
-
-  EXPECT_TRUE(timer_calls.empty());
-}
-
-TEST_F(QnTimer, CallsNothingFromAnEmptyList) {
   EXPECT_EQ(fnQNFS_TimerCallback(1), 0);
 
   EXPECT_TRUE(timer_calls.empty());
@@ -133,17 +119,12 @@ TEST_F(QnTimer, TakesEmptyElementsOutOnItsWay) {
   EXPECT_EQ(timer_calls, std::vector<intptr_t>{kWide});
 }
 
-TEST_F(QnTimer, TakesEmptyElementsOutUpToTheEnd) {
+TEST_F(QnTimer, TakesEmptyElementsOutUpToTheEndAndMayLeaveTheListEmpty) {
   Fill({&one_, nullptr, nullptr});
-
   EXPECT_EQ(fnQNFS_TimerCallback(7), 0);
-
   EXPECT_EQ(Elements(), std::vector<const void *>{&one_});
   EXPECT_EQ(list_.tail, list_.head);
-}
-
-TEST_F(QnTimer, MayLeaveTheListEmpty) {
-  Fill({nullptr, nullptr});
+  list_.head->data = nullptr;
 
   EXPECT_EQ(fnQNFS_TimerCallback(0), 0);
 
@@ -156,23 +137,18 @@ TEST_F(QnTimer, IsNeitherStartedNorStoppedNorReleased) {
   Fill({&one_, &two_});
   const FailingHeap heap(FailingHeap::kCountOnly);
 
-  EXPECT_EQ(fnQNFS_SetTimer(3, 0, NoteTimer, 55), 1);
-  EXPECT_EQ(fnQNFS_SetTimer(1, 1000, nullptr, 0), 1);
-  fnQNFS_CancelTimer(1);
-  fnQNFS_ReleaseTimerList();
+  for (QNList *list : {&list_, static_cast<QNList *>(nullptr)}) {
+    qn::timer_list = list;
+    EXPECT_EQ(fnQNFS_SetTimer(3, 0, NoteTimer, 55), 1);
+    EXPECT_EQ(fnQNFS_SetTimer(1, 1000, nullptr, 0), 1);
+    fnQNFS_CancelTimer(1);
+    fnQNFS_ReleaseTimerList();
+    EXPECT_EQ(qn::timer_list, list) << "none is made";
+  }
 
-  EXPECT_EQ(Elements(), (std::vector<const void *>{&one_, &two_}));
-  EXPECT_EQ(qn::timer_list, &list_);
-  EXPECT_TRUE(timer_calls.empty());
   EXPECT_EQ(heap.Allocations() + heap.Frees(), 0);
-}
-
-TEST(QnFsSetTimer, MakesNoList) {
-  EXPECT_EQ(fnQNFS_SetTimer(1, 0, NoteTimer, 55), 1);
-  fnQNFS_CancelTimer(1);
-  fnQNFS_ReleaseTimerList();
-
-  EXPECT_EQ(qn::timer_list, nullptr);
+  EXPECT_EQ(Elements(), (std::vector<const void *>{&one_, &two_}));
+  EXPECT_TRUE(timer_calls.empty());
 }
 
 using Arguments = std::array<intptr_t, 8>;
@@ -193,13 +169,6 @@ TEST(QnFsCallBackOper, PassesContextAndAllSevenArguments) {
             kWide);
 
   EXPECT_EQ(passed, (Arguments{-kWide, kWide + 1, -2, 3, INTPTR_MAX, INTPTR_MIN, 6, kWide + 7}));
-}
-
-TEST(QnFsCallBackOper, DoesNothingWithoutRecordOrFunction) {
-  const QNFSCallBack record = {{91, 92, 93, 94}, nullptr, 5};
-
-  EXPECT_EQ(fnQNFS_CallBackOper(nullptr, 1, 2, 3, 4, 5, 6, 7), 0);
-  EXPECT_EQ(fnQNFS_CallBackOper(&record, 1, 2, 3, 4, 5, 6, 7), 0);
 }
 
 class QnFsPrintLog : public testing::Test {
@@ -241,18 +210,12 @@ TEST_F(QnFsPrintLog, KeepsACopyOfTheLastPathAlone) {
   fnQNFS_printLog_param(path.c_str(), 1);
   path = "overwritten";
   EXPECT_STREQ(qn::log_file, R"(\first.c)");
-  fnQNFS_printLog_param("second.c", 2);
+  fnQNFS_printLog_param(qn::log_file, 2);
+  EXPECT_STREQ(qn::log_file, R"(\first.c)") << "the copy itself";
+  fnQNFS_printLog_param("second.c", 3);
 
   EXPECT_STREQ(qn::log_file, "second.c");
   EXPECT_EQ(heap.LiveBlocks(), 1);
-}
-
-TEST_F(QnFsPrintLog, TakesTheCopyThatItKeeps) {
-  fnQNFS_printLog_param(R"(src\first.c)", 1);
-
-  fnQNFS_printLog_param(qn::log_file, 2);
-
-  EXPECT_STREQ(qn::log_file, R"(\first.c)");
 }
 
 TEST_F(QnFsPrintLog, HasNoFileForNullOrARefusedCopy) {
@@ -260,9 +223,9 @@ TEST_F(QnFsPrintLog, HasNoFileForNullOrARefusedCopy) {
   fnQNFS_printLog_param(nullptr, 2);
   EXPECT_EQ(qn::log_file, nullptr);
   EXPECT_EQ(qn::log_line, 2);
-
   fnQNFS_printLog_param("first.c", 3);
   const FailingHeap heap(1);
+
   fnQNFS_printLog_param("refused.c", 4);
 
   EXPECT_EQ(heap.Refusals(), 1);

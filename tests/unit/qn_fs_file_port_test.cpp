@@ -49,38 +49,27 @@ class QnFsStream : public testing::Test {
 
 constexpr char kLetters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
 
-TEST_F(QnFsStream, WritesCountElementsOfSizeTimesCountBytes) {
-  EXPECT_EQ(fnQNFS_File_Write(kLetters, 4, 3, cell_), 3);
+// Count elements of size times count bytes, a product of 32 bits.
+TEST_F(QnFsStream, WritesSizeTimesCountTimesCountBytes) {
+  struct {
+    uint32_t size;
+    uint32_t count;
+    int32_t result;
+    size_t bytes;
+  } const cases[] = {
+      {4, 3, 3, 36},          {5, 1, 1, 5}, {0, 3, 0, 0},
+      {4, 0, 0, 0},           {0, 0, 0, 0}, {0x80000000U, 2, 0, 0},  // the product is zero
+      {0x55555556U, 3, 3, 6},  // it is 2: three elements of two bytes
+  };
+  std::string expected;
+  for (const auto &c : cases) {
+    SCOPED_TRACE(testing::Message() << c.count << " of " << c.size);
 
-  EXPECT_EQ(Content(), std::string(kLetters, 36));
-}
+    EXPECT_EQ(fnQNFS_File_Write(kLetters, c.size, c.count, cell_), c.result);
 
-TEST_F(QnFsStream, WritesSizeBytesForACountOfOne) {
-  EXPECT_EQ(fnQNFS_File_Write(kLetters, 5, 1, cell_), 1);
-  EXPECT_EQ(fnQNFS_File_Write(kLetters + 5, 2, 1, cell_), 1);
-
-  EXPECT_EQ(Content(), "abcdefg");
-}
-
-TEST_F(QnFsStream, WritesNothingForASizeOrCountOfZero) {
-  EXPECT_EQ(fnQNFS_File_Write(kLetters, 0, 3, cell_), 0);
-  EXPECT_EQ(fnQNFS_File_Write(kLetters, 4, 0, cell_), 0);
-  EXPECT_EQ(fnQNFS_File_Write(kLetters, 0, 0, cell_), 0);
-
-  EXPECT_EQ(Content(), "");
-}
-
-TEST_F(QnFsStream, WritesNothingWhenTheProductOf32BitsIsZero) {
-  EXPECT_EQ(fnQNFS_File_Write(kLetters, 0x80000000U, 2, cell_), 0);
-
-  EXPECT_EQ(Content(), "");
-}
-
-TEST_F(QnFsStream, TakesTheProductIn32Bits) {
-  // 0x55555556 * 3 is 2 beyond 32 bits: three elements of two bytes.
-  EXPECT_EQ(fnQNFS_File_Write(kLetters, 0x55555556U, 3, cell_), 3);
-
-  EXPECT_EQ(Content(), "abcdef");
+    expected += std::string(kLetters, c.bytes);
+    EXPECT_EQ(Content(), expected);
+  }
 }
 
 TEST(QnFsStreamFailure, WriteToAStreamForReadingGivesMinusOne) {
@@ -113,23 +102,16 @@ TEST(QnFsStreamFailure, WriteGivesTheElementsThatAFullMediumTook) {
   std::fclose(stream);
 }
 
-TEST_F(QnFsStream, ReadsSizeTimesCountBytes) {
-  Fill(kLetters);
+TEST_F(QnFsStream, ReadsSizeTimesCountBytesThenWhatIsLeftThenFails) {
+  Fill("abcdefghijklmnopq");
   char buffer[] = "????????????????";
 
   EXPECT_EQ(fnQNFS_File_Read(buffer, 4, 3, cell_), 12);
-
   EXPECT_STREQ(buffer, "abcdefghijkl????");
-}
-
-TEST_F(QnFsStream, ReadsWhatIsLeftThenFails) {
-  Fill("abcde");
-  char buffer[] = "????????????";
-
   EXPECT_EQ(fnQNFS_File_Read(buffer, 4, 3, cell_), 5);
   EXPECT_EQ(fnQNFS_File_Read(buffer, 4, 3, cell_), -1);
 
-  EXPECT_STREQ(buffer, "abcde???????");
+  EXPECT_STREQ(buffer, "mnopqfghijkl????");
 }
 
 TEST_F(QnFsStream, ReadOfSizeZeroIsZeroButOfCountZeroFails) {
@@ -176,11 +158,7 @@ TEST_F(QnFsStream, SeeksFromTheOriginsOfThisLibrary) {
   }
 }
 
-TEST_F(QnFsStream, SeekOriginsAreNumberedBeginEndCurrent) {
-  EXPECT_EQ(QNFS_SEEK_BEGIN, 0);
-  EXPECT_EQ(QNFS_SEEK_END, 1);
-  EXPECT_EQ(QNFS_SEEK_CURRENT, 2);
-}
+static_assert(QNFS_SEEK_BEGIN == 0 && QNFS_SEEK_END == 1 && QNFS_SEEK_CURRENT == 2);
 
 TEST_F(QnFsStream, SeekBeforeTheStartFails) {
   Fill(kLetters);
@@ -198,27 +176,20 @@ int CountClose(void *cookie) {
   return 0;
 }
 
-TEST(QnFsStreamClose, ClosesTheStreamAndFreesTheCell) {
+TEST(QnFsStreamClose, ClosesTheStreamIfThereIsOneAndFreesTheCell) {
   int closes = 0;
-  QNFSFile cell = NewCell(fopencookie(&closes, "w", {nullptr, nullptr, nullptr, CountClose}));
-  ASSERT_NE(cell, nullptr);
-  ASSERT_NE(*cell, nullptr);
+  FILE *const stream = fopencookie(&closes, "w", {nullptr, nullptr, nullptr, CountClose});
+  ASSERT_NE(stream, nullptr);
+  for (FILE *held : {stream, static_cast<FILE *>(nullptr)}) {
+    QNFSFile cell = NewCell(held);
+    ASSERT_NE(cell, nullptr);
+    const FailingHeap heap(FailingHeap::kCountOnly);
 
-  FailingHeap heap(FailingHeap::kCountOnly);
-  fnQNFS_File_Close(cell);
+    fnQNFS_File_Close(cell);
 
+    EXPECT_EQ(heap.Frees(), 1);
+  }
   EXPECT_EQ(closes, 1);
-  EXPECT_EQ(heap.Frees(), 1);
-}
-
-TEST(QnFsStreamClose, FreesACellWithoutAStream) {
-  QNFSFile cell = NewCell(nullptr);
-  ASSERT_NE(cell, nullptr);
-
-  FailingHeap heap(FailingHeap::kCountOnly);
-  fnQNFS_File_Close(cell);
-
-  EXPECT_EQ(heap.Frees(), 1);
 }
 
 TEST(QnFsStreamClose, FlushesWhatWasWritten) {

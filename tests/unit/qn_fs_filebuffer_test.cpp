@@ -66,10 +66,9 @@ TEST(QnFsBufferWrite, PositionsWrapBehindTheHighest) {
   EXPECT_THAT(buffer.Places(), Pair(kLowest, kHighest));
 }
 
-TEST(QnFsBufferInit, TakesNullAndMissingStorage) {
+TEST(QnFsBufferInit, TakesMissingStorage) {
   QNFSBuffer record = {nullptr, 5, 6};
 
-  fnQNFS_Init_Buffer(nullptr, 8);
   fnQNFS_Init_Buffer(&record, 8);
 
   EXPECT_EQ(record.pos, -1);
@@ -87,41 +86,49 @@ TEST(QnFsBufferWrite, MixedFieldsByteForByte) {
   EXPECT_THAT(buffer.Places(), Pair(7, 99));
 }
 
-struct StringCase {
+void WriteBlock(QNFSBuffer *record, const char *text, int32_t length) {
+  fnQNFS_Buffer_WriteMem(record, text, length);
+}
+
+// A writer of a text or block of a length, and the field that it makes.
+struct FieldCase {
+  void (*write)(QNFSBuffer *record, const char *text, int32_t length);
   const char *text;
   int32_t length;
   std::string image;
 };
 
-TEST(QnFsBufferWriteString, WritesTheFieldOfEachText) {
-  const StringCase cases[] = {
-      {"abc", 3, "abc\0"s}, {"abc", 2, "ab\0"s},  {"abc", 0, "\0"s},
-      {"", 0, "\0"s},       {"", 1, "\0\0"s},     {nullptr, 0, "\0"s},
-      {nullptr, 5, "\0"s},  {nullptr, -5, "\0"s}, {nullptr, kHighest, "\0"s},
-      {"\n", 1, "\n"},      {"\n", 0, ""},        {"\n", 2, "\n\0"s},
-      {"\nx", 1, "\n\0"s},  {"a\n", 2, "a\n\0"s}, {"\n\n", 2, "\n\n\0"s},
+TEST(QnFsBufferWrite, EndsATextButALineTagAloneAndEveryBlockWithAZeroByte) {
+  const FieldCase cases[] = {
+      {fnQNFS_Buffer_WriteString, "abc", 3, "abc\0"s},
+      {fnQNFS_Buffer_WriteString, "abc", 2, "ab\0"s},
+      {fnQNFS_Buffer_WriteString, "abc", 0, "\0"s},
+      {fnQNFS_Buffer_WriteString, "", 0, "\0"s},
+      {fnQNFS_Buffer_WriteString, "", 1, "\0\0"s},
+      {fnQNFS_Buffer_WriteString, nullptr, 0, "\0"s},
+      {fnQNFS_Buffer_WriteString, nullptr, 5, "\0"s},
+      {fnQNFS_Buffer_WriteString, nullptr, -5, "\0"s},
+      {fnQNFS_Buffer_WriteString, nullptr, kHighest, "\0"s},
+      {fnQNFS_Buffer_WriteString, "\n", 1, "\n"},
+      {fnQNFS_Buffer_WriteString, "\n", 0, ""},
+      {fnQNFS_Buffer_WriteString, "\n", 2, "\n\0"s},
+      {fnQNFS_Buffer_WriteString, "\nx", 1, "\n\0"s},
+      {fnQNFS_Buffer_WriteString, "a\n", 2, "a\n\0"s},
+      {fnQNFS_Buffer_WriteString, "\n\n", 2, "\n\n\0"s},
+      {WriteBlock, "a\0b", 3, "a\0b\0"s},
+      {WriteBlock, "\n", 1, "\n\0"s},
+      {WriteBlock, "\n", 2, "\n\0\0"s},
+      {WriteBlock, "x", 0, "\0"s},
+      {WriteBlock, nullptr, 0, "\0"s},
+      {WriteBlock, nullptr, 5, "\0"s},
+      {WriteBlock, nullptr, -5, "\0"s},
   };
-  for (const StringCase &c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.text) + " of length " + std::to_string(c.length));
+  for (const FieldCase &c : cases) {
+    SCOPED_TRACE((c.write == WriteBlock ? "block " : "text ") + testing::PrintToString(c.text) +
+                 " of length " + std::to_string(c.length));
     TypedBuffer buffer(20);
 
-    fnQNFS_Buffer_WriteString(buffer.get(), c.text, c.length);
-
-    EXPECT_EQ(buffer.Image(), c.image);
-    EXPECT_THAT(buffer.Places(), Pair(static_cast<int32_t>(c.image.size()) - 1, 19));
-  }
-}
-
-TEST(QnFsBufferWriteMem, EndsEveryBlockWithAZeroByte) {
-  const StringCase cases[] = {
-      {"a\0b", 3, "a\0b\0"s}, {"\n", 1, "\n\0"s},  {"\n", 2, "\n\0\0"s}, {"x", 0, "\0"s},
-      {nullptr, 0, "\0"s},    {nullptr, 5, "\0"s}, {nullptr, -5, "\0"s},
-  };
-  for (const StringCase &c : cases) {
-    SCOPED_TRACE(testing::PrintToString(c.text) + " of length " + std::to_string(c.length));
-    TypedBuffer buffer(20);
-
-    fnQNFS_Buffer_WriteMem(buffer.get(), c.text, c.length);
+    c.write(buffer.get(), c.text, c.length);
 
     EXPECT_EQ(buffer.Image(), c.image);
     EXPECT_THAT(buffer.Places(), Pair(static_cast<int32_t>(c.image.size()) - 1, 19));
@@ -145,10 +152,7 @@ TEST(QnFsBufferWrite, ANegativeLengthWritesNothing) {
 TEST(QnFsBufferWrite, ALengthNearTheTopClosesTheBuffer) {
   for (const int32_t length : {kHighest, kHighest - 1, kHighest - 7}) {
     SCOPED_TRACE(length);
-    for (const auto write :
-         {fnQNFS_Buffer_WriteString, +[](QNFSBuffer *record, const char *text, int32_t bytes) {
-            fnQNFS_Buffer_WriteMem(record, text, bytes);
-          }}) {
+    for (const auto write : {fnQNFS_Buffer_WriteString, WriteBlock}) {
       TypedBuffer buffer(8);
       buffer.Write("abc");
 
@@ -183,22 +187,15 @@ TEST(QnFsBufferWrite, NumbersInDecimal) {
   }
 }
 
-TEST(QnFsBufferWriteDateTime, WritesSevenNumbers) {
-  TypedBuffer buffer(100);
-
-  fnQNFS_Buffer_WriteDateTime(buffer.get(), {2009, 1, 2, 3, 4, 5, 6});
-  fnQNFS_Buffer_WriteDateTime(buffer.get(), {});
-
-  EXPECT_EQ(buffer.Image(), "2009:1:2:3:4:5:6\0"s + "0:0:0:0:0:0:0\0"s);
-}
-
-TEST(QnFsBufferWriteDateTime, CutsAt34Characters) {
+TEST(QnFsBufferWriteDateTime, WritesSevenNumbersAndCutsAt34Characters) {
   constexpr uint32_t kTop = std::numeric_limits<uint32_t>::max();
   struct Case {
     QNTime time;
     std::string text;
   };
   const Case cases[] = {
+      {{2009, 1, 2, 3, 4, 5, 6}, "2009:1:2:3:4:5:6"},
+      {{}, "0:0:0:0:0:0:0"},
       {{12345, 1234, 1234, 1234, 1234, 123, 1234}, "12345:1234:1234:1234:1234:123:1234"},
       {{12345, 1234, 1234, 1234, 1234, 1234, 5678}, "12345:1234:1234:1234:1234:1234:567"},
       {{kTop, kTop, kTop, kTop, kTop, kTop, kTop}, "4294967295:4294967295:4294967295:4"},
@@ -212,41 +209,23 @@ TEST(QnFsBufferWriteDateTime, CutsAt34Characters) {
   }
 }
 
-TEST(QnFsBufferWriteLine, WritesTheStringAndTheTag) {
-  TypedBuffer buffer(100);
+TEST(QnFsBufferWriteLine, WritesTheStringAndTheTagButNotOfALineThatDoesNotFit) {
+  TypedBuffer buffer(10);
 
-  fnQNFS_Buffer_WriteLine(buffer.get(), "ab");
-  fnQNFS_Buffer_WriteLine(buffer.get(), "");
-  fnQNFS_Buffer_WriteLine(buffer.get(), nullptr);
-  fnQNFS_Buffer_WriteLine(buffer.get(), "\n");
+  for (const char *line : {"ab", "", static_cast<const char *>(nullptr), "\n", "cde"}) {
+    fnQNFS_Buffer_WriteLine(buffer.get(), line);
+  }
 
   EXPECT_EQ(buffer.Image(), "ab\0\n\0\n\n\n"s);
+  EXPECT_THAT(buffer.Places(), Pair(7, 7));
 }
 
-TEST(QnFsBufferWriteLine, LeavesOutTheTagOfALineThatDoesNotFit) {
-  TypedBuffer buffer(6);
-
-  fnQNFS_Buffer_WriteLine(buffer.get(), "a");
-  fnQNFS_Buffer_WriteLine(buffer.get(), "bcde");
-
-  EXPECT_EQ(buffer.Image(), "a\0\n"s);
-  EXPECT_THAT(buffer.Places(), Pair(2, 2));
-}
-
-TEST(QnFsBufferWrite, AFieldMayFillTheBufferExactly) {
+TEST(QnFsBufferWrite, AFieldMayFillTheBufferExactlyAndTheNextClosesIt) {
   TypedBuffer buffer(8);
 
   buffer.Write("abcdefgh");
-
-  EXPECT_EQ(buffer.Image(), "abcdefgh\0"s);
   EXPECT_THAT(buffer.Places(), Pair(8, 7));
   EXPECT_EQ(fnQNFS_Buffer_IsEnd(buffer.get()), 1);
-}
-
-TEST(QnFsBufferWrite, ClosesBehindAnExactFit) {
-  TypedBuffer buffer(8);
-  buffer.Write("abcdefgh");
-
   buffer.Write("x");
 
   EXPECT_EQ(buffer.Image(), "abcdefgh\0"s);
@@ -295,17 +274,16 @@ TEST(QnFsBufferWrite, EmptyFieldsCreepOnInAClosedBuffer) {
   EXPECT_EQ(buffer.Image(), "abc\0\0\0"s);
 }
 
-TEST(QnFsBufferWrite, EveryWriterTakesNull) {
+TEST(QnFsBufferWrite, EveryWriterTakesARecordWithoutStorage) {
   QNFSBuffer bare = {nullptr, -1, 7};
-  for (QNFSBuffer *record : {static_cast<QNFSBuffer *>(nullptr), &bare}) {
-    fnQNFS_Buffer_WriteString(record, "a", 1);
-    fnQNFS_Buffer_WriteMem(record, "a", 1);
-    fnQNFS_Buffer_WriteInteger(record, 1);
-    fnQNFS_Buffer_WriteLong(record, 1);
-    fnQNFS_Buffer_WriteDateTime(record, {});
-    fnQNFS_Buffer_WriteLineTag(record);
-    fnQNFS_Buffer_WriteLine(record, "a");
-  }
+
+  fnQNFS_Buffer_WriteString(&bare, "a", 1);
+  fnQNFS_Buffer_WriteMem(&bare, "a", 1);
+  fnQNFS_Buffer_WriteInteger(&bare, 1);
+  fnQNFS_Buffer_WriteLong(&bare, 1);
+  fnQNFS_Buffer_WriteDateTime(&bare, {});
+  fnQNFS_Buffer_WriteLineTag(&bare);
+  fnQNFS_Buffer_WriteLine(&bare, "a");
 
   EXPECT_EQ(bare.pos, -1);
   EXPECT_EQ(bare.last, 7);
@@ -330,7 +308,6 @@ TEST(QnFsBufferIsEnd, ComparesThePlacesAsSigned) {
 
     EXPECT_EQ(fnQNFS_Buffer_IsEnd(&record), c.end) << c.pos << " of " << c.last;
   }
-  EXPECT_EQ(fnQNFS_Buffer_IsEnd(nullptr), 0);
 }
 
 }  // namespace

@@ -76,17 +76,14 @@ TEST_F(QnFsIniLoad, ReplacesWhatTheListHolds) {
 TEST_F(QnFsIniLoad, OfAFileThatCannotBeReadEmptiesTheList) {
   SettingsList missing{{"a", "x"}};
   SettingsList unreadable{{"a", "x"}};
-  SettingsList nameless{{"a", "x"}};
 
   fnQNFS_Load_INI_To_List(kName, missing.get());
   Files().Write(kName, "b\0y\0\n"s);
   FilePort().Fail("ReadFromFile");
   fnQNFS_Load_INI_To_List(kName, unreadable.get());
-  fnQNFS_Load_INI_To_List(nullptr, nameless.get());
 
   EXPECT_THAT(missing.Held(), IsEmpty());
   EXPECT_THAT(unreadable.Held(), IsEmpty());
-  EXPECT_THAT(nameless.Held(), IsEmpty());
 }
 
 TEST_F(QnFsIniLoad, AsksForTheSizeBeforeItLooksAtTheList) {
@@ -115,43 +112,35 @@ TEST_F(QnFsIniLoad, KeepsWholeEntriesWhereverTheHeapRefuses) {
   for (int refused = 3; refused <= 10; ++refused) {
     SCOPED_TRACE(refused);
     SettingsList list;
-    int kept = 0;
-    {
-      FailingHeap heap(refused);
-      fnQNFS_Load_INI_To_List(kName, list.get());
-      kept = heap.Allocations() - heap.Refusals() - heap.Frees();
-    }
+    const FailingHeap heap(refused);
+
+    fnQNFS_Load_INI_To_List(kName, list.get());
 
     const Settings first = {{"a", "x"}};
     EXPECT_EQ(list.Held(), refused > 6 ? first : Settings());
-    EXPECT_EQ(kept, 4 * list.get()->count);
+    EXPECT_EQ(heap.LiveBlocks(), 4 * list.get()->count);
   }
 }
 
 TEST_F(QnFsIniLoad, InitForgetsWhatTheRecordHeld) {
-  Files().Write(kName, "b\0y\0\n"s);
-  QNListNode node = {};
-  QNList list = {&node, &node, 77, 77};
+  for (const bool is_there : {false, true}) {
+    SCOPED_TRACE(is_there);
+    QNListNode node = {};
+    QNList list = {&node, &node, 77, 77};
+    if (is_there) Files().Write(kName, "b\0y\0\n"s);
 
-  fnQNFS_INI_List_Init(kName, &list);
+    fnQNFS_INI_List_Init(kName, &list);
 
-  ASSERT_NE(list.head, nullptr);
-  EXPECT_NE(list.head, &node);
-  EXPECT_EQ(list.count, 1);
-  EXPECT_EQ(list.reserved, 0U);
-  EXPECT_STREQ(static_cast<QNFSIniEntry *>(list.head->data)->key, "b");
-  fnQNList_Clear(&list, fnQNFS_INI_FreeNode);
-}
-
-TEST_F(QnFsIniLoad, InitOfAMissingFileGivesAnEmptyList) {
-  QNListNode node = {};
-  QNList list = {&node, &node, 77, 77};
-
-  fnQNFS_INI_List_Init(kName, &list);
-
-  EXPECT_EQ(list.head, nullptr);
-  EXPECT_EQ(list.tail, nullptr);
-  EXPECT_EQ(list.count, 0);
+    EXPECT_EQ(list.count, is_there ? 1 : 0);
+    EXPECT_EQ(list.head != nullptr, is_there);
+    EXPECT_NE(list.head, &node);
+    EXPECT_EQ(list.tail, list.head);
+    EXPECT_EQ(list.reserved, 0U);
+    if (is_there) {
+      EXPECT_STREQ(static_cast<QNFSIniEntry *>(list.head->data)->key, "b");
+    }
+    fnQNList_Clear(&list, fnQNFS_INI_FreeNode);
+  }
 }
 
 TEST_F(QnFsIniSave, WritesEntryAfterEntry) {
@@ -172,40 +161,27 @@ TEST_F(QnFsIniSave, OfAnEmptyListEmptiesTheFile) {
   EXPECT_EQ(Content(kName), "");
 }
 
-TEST_F(QnFsIniSave, WritesAMissingValueAsAnEmptyOne) {
-  SettingsList list{{"a", "x"}};
+TEST_F(QnFsIniSave, WritesAMissingValueAsAnEmptyOneAndALineTagWithoutItsZeroByte) {
+  SettingsList list{{"a", "x"}, {"b", "\n"}};
   fnQN_Free(&list.Entry(0)->value);
 
   EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
 
-  EXPECT_EQ(Content(kName), "a\0\0\n"s);
-}
-
-TEST_F(QnFsIniSave, WritesALineTagAsAValueWithoutItsZeroByte) {
-  SettingsList list{{"a", "\n"}};
-
-  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
-
-  EXPECT_EQ(Content(kName), "a\0\n\n"s);
+  EXPECT_EQ(Content(kName), "a\0\0\nb\0\n\n"s);
 }
 
 TEST_F(QnFsIniSave, FailsWithItsArgumentsItsMemoryOrThePort) {
   SettingsList list{{"a", "x"}};
   Files().Write(kName, "old");
 
+  const auto write = [&] { return fnQNFS_Write_INI_To_File(kName, list.get()); };
   EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, nullptr), 0);
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
-  EXPECT_EQ(fnQNFS_Write_INI_To_File(nullptr, list.get()), 0);
   FilePort().Answer("getFileSize", std::numeric_limits<int32_t>::max());
-  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 0);
+  EXPECT_EQ(write(), 0);
   FilePort().Fail("WriteToFile");
-  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 0);
-  int32_t result = 77;
-  {
-    FailingHeap heap(1);
-    result = fnQNFS_Write_INI_To_File(kName, list.get());
-  }
-  EXPECT_EQ(result, 0);
+  EXPECT_EQ(write(), 0);
+  EXPECT_EQ(WithRefusal(1, write), 0);
 
   EXPECT_EQ(Content(kName), "old");
 }
@@ -220,6 +196,7 @@ TEST_F(QnFsIniSave, IsReadBackByALoad) {
   EXPECT_EQ(loaded.Held(), saved.Held());
 }
 
+// What becomes of the list is held by QnFsIniWriteRam.
 TEST_F(QnFsIniWrite, SetsTheValueAndWritesTheFile) {
   SettingsList list{{"a", "x"}, {"b", "y"}};
   Files().Write(kName, "old");
@@ -229,27 +206,6 @@ TEST_F(QnFsIniWrite, SetsTheValueAndWritesTheFile) {
 
   EXPECT_EQ(Content(kName), "a\0z\0\nb\0y\0\nc\0\0\n"s);
   EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "z"), Pair("b", "y"), Pair("c", "")));
-}
-
-TEST_F(QnFsIniWrite, ReplacesTheFirstOfTwoEntriesOfAFile) {
-  Files().Write(kName, "a\0x\0\na\0y\0\n"s);
-  SettingsList list;
-  fnQNFS_Load_INI_To_List(kName, list.get());
-
-  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "a", "z"), 1);
-
-  EXPECT_EQ(Content(kName), "a\0z\0\na\0y\0\n"s);
-}
-
-TEST_F(QnFsIniWrite, NeedsANameAListAndAKey) {
-  SettingsList list;
-
-  EXPECT_EQ(fnQNFS_INI_Write(nullptr, list.get(), "a", "x"), 0);
-  EXPECT_EQ(fnQNFS_INI_Write(kName, nullptr, "a", "x"), 0);
-  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), nullptr, "x"), 0);
-
-  EXPECT_THAT(list.Held(), IsEmpty());
-  EXPECT_THAT(FilePort().Calls(), IsEmpty());
 }
 
 TEST_F(QnFsIniWrite, ThatFailsOnTheFileKeepsTheChangeInMemory) {
@@ -265,53 +221,22 @@ TEST_F(QnFsIniWrite, ThatFailsOnTheFileKeepsTheChangeInMemory) {
   EXPECT_EQ(Content(kName), "a\0x\0\n"s);
 }
 
-TEST_F(QnFsIniWrite, TakesTheListsOwnStrings) {
-  SettingsList list{{"a", "x"}};
+TEST_F(QnFsIniWrite, WithoutMemoryForANewKeyOrValueWritesNothing) {
+  for (const char *key : {"a", "b"}) {
+    SettingsList list{{"a", "x"}};
+    const auto write = [&] { return fnQNFS_INI_Write(kName, list.get(), key, "z"); };
 
-  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), list.Entry(0)->key, list.Entry(0)->value), 1);
-  EXPECT_EQ(Content(kName), "a\0x\0\n"s);
-  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), list.Entry(0)->value, list.Entry(0)->key), 1);
-  EXPECT_EQ(Content(kName), "a\0x\0\nx\0a\0\n"s);
-}
-
-TEST_F(QnFsIniWrite, WithoutMemoryForANewKeyWritesNothing) {
-  for (int refused = 1; refused <= 4; ++refused) {
-    SCOPED_TRACE(refused);
-    SettingsList list;
-    int32_t result = 77;
-    {
-      FailingHeap heap(refused);
-      result = fnQNFS_INI_Write(kName, list.get(), "a", "x");
-    }
-
-    EXPECT_EQ(result, 0);
-    EXPECT_THAT(list.Held(), IsEmpty());
-    EXPECT_THAT(FilePort().Calls(), IsEmpty());
+    EXPECT_EQ(WithRefusal(1, write), 0) << key;
   }
-}
-
-TEST_F(QnFsIniWrite, WithoutMemoryForANewValueLeavesNoneAndWritesNothing) {
-  SettingsList list{{"a", "x"}};
-  int32_t result = 77;
-  {
-    FailingHeap heap(1);
-    result = fnQNFS_INI_Write(kName, list.get(), "a", "z");
-  }
-
-  EXPECT_EQ(result, 0);
-  EXPECT_EQ(list.Entry(0)->value, nullptr);
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
 }
 
 TEST_F(QnFsIniWrite, WithoutMemoryForTheFileKeepsTheChangeInMemory) {
   SettingsList list{{"a", "x"}};
-  int32_t result = 77;
-  {
-    FailingHeap heap(2);
-    result = fnQNFS_INI_Write(kName, list.get(), "a", "z");
-  }
+  const auto write = [&] { return fnQNFS_INI_Write(kName, list.get(), "a", "z"); };
 
-  EXPECT_EQ(result, 0);
+  EXPECT_EQ(WithRefusal(2, write), 0);
+
   EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "z")));
   EXPECT_THAT(FilePort().Calls(), ElementsAre("getFileSize(/ini)"));
 }

@@ -24,12 +24,15 @@ using testing::Pair;
 class QnFsIniWriteRam : public FilePortTest {};
 class QnFsIniRead : public FilePortTest {};
 
-TEST_F(QnFsIniWriteRam, AppendsANewKeyAndTouchesNoFile) {
+TEST_F(QnFsIniWriteRam, AppendsCopiesOfANewKeyAndTouchesNoFile) {
   SettingsList list{{"a", "1"}};
+  char key[] = "key";
+  char value[] = "value";
 
-  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "b", "2"), 1);
+  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), key, value), 1);
+  key[0] = value[0] = 'X';
 
-  EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "1"), Pair("b", "2")));
+  EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "1"), Pair("key", "value")));
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
 }
 
@@ -46,41 +49,15 @@ TEST_F(QnFsIniWriteRam, ReplacesTheValueInItsPlace) {
   EXPECT_EQ(entry->key, key);
 }
 
-TEST_F(QnFsIniWriteRam, KeepsCopies) {
-  SettingsList list;
-  char key[] = "key";
-  char value[] = "value";
+TEST_F(QnFsIniWriteRam, TellsLetterCasesApartAndReplacesTheFirstOfTwoEntries) {
+  SettingsList list{{"key", "1"}, {"key", "2"}};
 
-  fnQNFS_INI_WriteRAM(list.get(), key, value);
-  key[0] = value[0] = 'X';
+  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "Key", "3"), 1);
+  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "ke", "4"), 1);
+  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "key", "5"), 1);
 
-  EXPECT_THAT(list.Held(), ElementsAre(Pair("key", "value")));
-}
-
-TEST_F(QnFsIniWriteRam, NeedsAListAndAKey) {
-  SettingsList list;
-
-  EXPECT_EQ(fnQNFS_INI_WriteRAM(nullptr, "a", "1"), 0);
-  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), nullptr, "1"), 0);
-
-  EXPECT_THAT(list.Held(), IsEmpty());
-}
-
-TEST_F(QnFsIniWriteRam, TellsLetterCasesApart) {
-  SettingsList list{{"key", "1"}};
-
-  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "Key", "2"), 1);
-  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "ke", "3"), 1);
-
-  EXPECT_THAT(list.Held(), ElementsAre(Pair("key", "1"), Pair("Key", "2"), Pair("ke", "3")));
-}
-
-TEST_F(QnFsIniWriteRam, ReplacesTheFirstOfTwoEntries) {
-  SettingsList list{{"a", "1"}, {"a", "2"}};
-
-  EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "a", "3"), 1);
-
-  EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "3"), Pair("a", "2")));
+  EXPECT_THAT(list.Held(),
+              ElementsAre(Pair("key", "5"), Pair("key", "2"), Pair("Key", "3"), Pair("ke", "4")));
 }
 
 TEST_F(QnFsIniWriteRam, TakesTheListsOwnStrings) {
@@ -100,87 +77,46 @@ TEST_F(QnFsIniWriteRam, WithoutMemoryForANewKeyLeavesTheList) {
   for (int refused = 1; refused <= 4; ++refused) {
     SCOPED_TRACE(refused);
     SettingsList list{{"a", "1"}};
-    int result = 77;
-    int kept = 77;
     {
-      FailingHeap heap(refused);
-      result = fnQNFS_INI_WriteRAM(list.get(), "b", "2");
-      kept = heap.Allocations() - heap.Refusals() - heap.Frees();
+      const FailingHeap heap(refused);
+      EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "b", "2"), 0);
+      EXPECT_EQ(heap.LiveBlocks(), 0);
     }
 
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(kept, 0);
     EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "1")));
   }
 }
 
 TEST_F(QnFsIniWriteRam, WithoutMemoryForANewValueLeavesNone) {
   SettingsList list{{"a", "1"}, {"b", "2"}};
-  int result = 77;
-  {
-    FailingHeap heap(1);
-    result = fnQNFS_INI_WriteRAM(list.get(), "a", "3");
-  }
 
-  EXPECT_EQ(result, 0);
+  EXPECT_EQ(WithRefusal(1, [&] { return fnQNFS_INI_WriteRAM(list.get(), "a", "3"); }), 0);
+
   EXPECT_EQ(list.Entry(0)->value, nullptr);
   EXPECT_EQ(fnQNFS_INI_WriteRAM(list.get(), "a", "4"), 1);
   EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "4"), Pair("b", "2")));
 }
 
-TEST_F(QnFsIniRead, CopiesTheValueWithItsTerminatorAlone) {
-  SettingsList list{{"a", "1"}, {"port", "8080"}};
+TEST_F(QnFsIniRead, CopiesTheValueOfTheFirstEntryWithItsTerminatorAlone) {
+  SettingsList list{{"a", "1"}, {"port", "8080"}, {"port", "81"}, {"empty", ""}};
   char value[] = "??????";
 
+  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "empty", value), 1);
+  EXPECT_EQ(std::string(value, 2), std::string("\0?", 2));
   EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "port", value), 1);
-
   EXPECT_EQ(std::string(value, 6), std::string("8080\0?", 6));
+
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
 }
 
-TEST_F(QnFsIniRead, CopiesAnEmptyValue) {
-  SettingsList list{{"a", ""}};
-  char value[] = "??";
-
-  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "a", value), 1);
-
-  EXPECT_EQ(std::string(value, 2), std::string("\0?", 2));
-}
-
-TEST_F(QnFsIniRead, GivesTheFirstOfTwoEntries) {
-  SettingsList list{{"a", "1"}, {"a", "2"}};
-  char value[] = "?";
-
-  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "a", value), 1);
-
-  EXPECT_STREQ(value, "1");
-}
-
 TEST_F(QnFsIniRead, LeavesTheDestinationWhereNothingIsFound) {
-  SettingsList list{{"key", "1"}};
+  SettingsList list{{"key", "1"}, {"valueless", "1"}};
+  fnQN_Free(&list.Entry(1)->value);
   char value[] = "?";
 
-  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "Key", value), 0);
-  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "ke", value), 0);
-  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "", value), 0);
-  EXPECT_EQ(fnQNFS_INI_Read(nullptr, list.get(), "key", value), 0);
-  EXPECT_EQ(fnQNFS_INI_Read("/file", nullptr, "key", value), 0);
-  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), nullptr, value), 0);
-
-  EXPECT_STREQ(value, "?");
-}
-
-TEST_F(QnFsIniRead, IntoNothingFindsNothing) {
-  SettingsList list{{"a", "1"}};
-  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "a", nullptr), 0);
-}
-
-TEST_F(QnFsIniRead, OfAnEntryWithoutAValueFindsNothing) {
-  SettingsList list{{"a", "1"}};
-  fnQN_Free(&list.Entry(0)->value);
-  char value[] = "?";
-
-  EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), "a", value), 0);
+  for (const char *key : {"Key", "ke", "", "valueless"}) {
+    EXPECT_EQ(fnQNFS_INI_Read("/file", list.get(), key, value), 0) << key;
+  }
 
   EXPECT_STREQ(value, "?");
 }
@@ -192,7 +128,7 @@ TEST(QnFsIniCompare, OrdersAsTheKeysDo) {
     const char *key;
     int sign;
   };
-  constexpr Case kCases[] = {{"key", 0}, {"kez", 1}, {"ke", -1}, {"Key", -1}, {nullptr, -1}};
+  constexpr Case kCases[] = {{"key", 0}, {"kez", 1}, {"ke", -1}, {"Key", -1}};
   for (const Case &c : kCases) {
     const int result = fnQNFS_INI_Compare(&c.key, &entry);
 

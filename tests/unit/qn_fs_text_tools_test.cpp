@@ -61,17 +61,11 @@ TEST(QnFsUrlZm, DecodesEscapes) {
       {"%01", "\x01"},
       {"%4zq", "\xFFq"},
       {"%z4q", "\xFFq"},
-      {"%%41",
-       "\xFF"
-       "1"},
-      {"%%%41",
-       "\xFF"
-       "41"},
+      {"%%41", "\3771"},
+      {"%%%41", "\37741"},
       {"%25%34%31", "%41"},
       {"%00%41", "%00A"},
-      {"%0%41",
-       "\xFF"
-       "41"},
+      {"%0%41", "\37741"},
       {"% 1x", "\xFFx"},
       {"%+1x", "\xFFx"},
       {"\xE4%E4", "\xE4\xE4"},
@@ -148,9 +142,7 @@ TEST(QnFsStrToLong, AddsCharactersByTheirPlaces) {
       {"4294967296", 0},
       {"\xFF", -49},
       {"\x80", -176},
-      {"\xFF"
-       "0",
-       -490},
+      {"\3770", -490},
   };
   for (const Case &c : kCases) {
     EXPECT_EQ(fnQNFS_StrToLong(c.text), c.expected) << testing::PrintToString(c.text);

@@ -37,20 +37,14 @@ class QnListFree : public ::testing::Test {
   std::vector<QNListNode *> nodes_;
 };
 
-TEST_F(QnListFree, FreesTheFirstElementAndItsNodeAlone) {
-  {
-    FailingHeap heap(FailingHeap::kCountOnly);
-    fnQNList_Free(&list_);
-    EXPECT_EQ(heap.Frees(), 2);
-  }
+TEST_F(QnListFree, FreesTheFirstElementAndItsNodeAndLeavesTailAndCount) {
+  FailingHeap heap(FailingHeap::kCountOnly);
 
-  EXPECT_STREQ(static_cast<char *>(nodes_[1]->data), "two");
-  EXPECT_STREQ(static_cast<char *>(nodes_[2]->data), "three");
-}
-
-TEST_F(QnListFree, LeavesTailAndCountAsTheyWere) {
   fnQNList_Free(&list_);
 
+  EXPECT_EQ(heap.Frees(), 2);
+  EXPECT_STREQ(static_cast<char *>(nodes_[1]->data), "two");
+  EXPECT_STREQ(static_cast<char *>(nodes_[2]->data), "three");
   EXPECT_EQ(list_.head, nullptr);
   EXPECT_EQ(list_.tail, nodes_[2]);
   EXPECT_EQ(list_.count, 3);
@@ -66,21 +60,24 @@ TEST_F(QnListFree, FreesANodeLinkedBeforeTheHead) {
   EXPECT_EQ(heap.Frees(), 3);
 }
 
-TEST_F(QnListFree, DoesNothingForAnEmptyOrNullList) {
+TEST_F(QnListFree, DoesNothingForAnEmptyListNorASecondTime) {
   QNList empty = {};
+  fnQNList_Free(&list_);
   FailingHeap heap(FailingHeap::kCountOnly);
 
+  fnQNList_Free(&list_);
   fnQNList_Free(&empty);
-  fnQNList_Free(nullptr);
 
   EXPECT_EQ(heap.Frees(), 0);
-  fnQNList_Free(&list_);
-  EXPECT_EQ(heap.Frees(), 2);
+  EXPECT_EQ(list_.count, 3);
 }
 
-TEST_F(QnListFree, LeavesAListInWhichNoIndexIsFound) {
+TEST_F(QnListFree, LeavesAListInWhichNothingIsFoundOrRemoved) {
   fnQNList_Free(&list_);
 
+  EXPECT_EQ(fnQNList_IsEmpty(&list_), 1);
+  EXPECT_EQ(fnQNList_RemoveFront(&list_), nullptr);
+  EXPECT_EQ(fnQNList_RemoveTail(&list_), nullptr);
   for (const int32_t index : {-1, 0, 1, 2}) {
     EXPECT_EQ(fnQNList_Find_ByNum(&list_, index), nullptr) << index;
     EXPECT_EQ(fnQNList_Delete_ByNum(&list_, index, ReleaseNothing), 0) << index;
@@ -89,50 +86,26 @@ TEST_F(QnListFree, LeavesAListInWhichNoIndexIsFound) {
   EXPECT_EQ(list_.count, 3);
 }
 
-TEST_F(QnListFree, LeavesAListThatHasNothingToRemove) {
+// The old tail is still linked to what is appended, not to what is put in front.
+TEST_F(QnListFree, LeavesAListThatStartsAnewAtEitherEnd) {
   fnQNList_Free(&list_);
 
-  EXPECT_EQ(fnQNList_IsEmpty(&list_), 1);
-  EXPECT_EQ(fnQNList_RemoveFront(&list_), nullptr);
-  EXPECT_EQ(fnQNList_RemoveTail(&list_), nullptr);
+  for (const auto add : {fnQNList_AddTail, fnQNList_AddFront}) {
+    const bool appends = add == fnQNList_AddTail;
+    SCOPED_TRACE(appends ? "AddTail" : "AddFront");
+    list_ = {nullptr, nodes_[2], 3, 0};
+    nodes_[2]->next = nullptr;
 
-  EXPECT_EQ(list_.count, 3);
-}
+    QNListNode *added = add(&list_, fnQN_MEMSTRCOPY("four"));
 
-TEST_F(QnListFree, LeavesATailToWhichTheNextElementIsAppended) {
-  fnQNList_Free(&list_);
-
-  QNListNode *added = fnQNList_AddTail(&list_, fnQN_MEMSTRCOPY("four"));
-
-  EXPECT_EQ(list_.head, added);
-  EXPECT_EQ(list_.tail, added);
-  EXPECT_EQ(added->prev, nodes_[2]);
-  EXPECT_EQ(nodes_[2]->next, added);
-  EXPECT_EQ(list_.count, 4);
-  nodes_.push_back(added);
-}
-
-TEST_F(QnListFree, LeavesAListThatStartsAnewAtItsFront) {
-  fnQNList_Free(&list_);
-
-  QNListNode *added = fnQNList_AddFront(&list_, fnQN_MEMSTRCOPY("four"));
-
-  EXPECT_EQ(list_.head, added);
-  EXPECT_EQ(list_.tail, added);
-  EXPECT_EQ(added->prev, nullptr);
-  EXPECT_EQ(added->next, nullptr);
-  EXPECT_EQ(list_.count, 4);
-  nodes_.push_back(added);
-}
-
-TEST_F(QnListFree, DoesNothingASecondTime) {
-  fnQNList_Free(&list_);
-  FailingHeap heap(FailingHeap::kCountOnly);
-
-  fnQNList_Free(&list_);
-
-  EXPECT_EQ(heap.Frees(), 0);
-  EXPECT_EQ(list_.count, 3);
+    EXPECT_EQ(list_.head, added);
+    EXPECT_EQ(list_.tail, added);
+    EXPECT_EQ(added->prev, appends ? nodes_[2] : nullptr);
+    EXPECT_EQ(added->next, nullptr);
+    EXPECT_EQ(nodes_[2]->next, appends ? added : nullptr);
+    EXPECT_EQ(list_.count, 4);
+    nodes_.push_back(added);
+  }
 }
 
 }  // namespace

@@ -87,25 +87,17 @@ TEST(QnListRemove, FreesTheNodeAlone) {
 }
 
 TEST(QnListRemove, LeavesBothListsForANodeOfAnother) {
-  for (const char foreign : {'X', 'Y', 'Z'}) {
-    LetterList list("ABC");
-    LetterList other("XYZ");
+  for (const std::string word : {"", "ABC"}) {
+    for (const char foreign : {'X', 'Y', 'Z'}) {
+      LetterList list(word);
+      LetterList other("XYZ");
 
-    fnQNList_Remove(list.List(), other.Node(foreign));
+      fnQNList_Remove(list.List(), other.Node(foreign));
 
-    EXPECT_EQ(list.Letters(), "ABC") << foreign;
-    EXPECT_EQ(other.Letters(), "XYZ") << foreign;
+      EXPECT_EQ(list.Letters(), word) << foreign;
+      EXPECT_EQ(other.Letters(), "XYZ") << foreign;
+    }
   }
-}
-
-TEST(QnListRemove, LeavesAnEmptyListAndTheForeignNode) {
-  LetterList empty;
-  LetterList other("XYZ");
-
-  fnQNList_Remove(empty.List(), other.Node('Y'));
-
-  EXPECT_EQ(empty.Letters(), "");
-  EXPECT_EQ(other.Letters(), "XYZ");
 }
 
 TEST(QnListRemove, LeavesWhatTheHeadsPreviousNodeIs) {
@@ -119,47 +111,36 @@ TEST(QnListRemove, LeavesWhatTheHeadsPreviousNodeIs) {
   EXPECT_EQ(stale.next, nullptr);
 }
 
-TEST(QnListRemoveFront, HandsBackTheFirstElement) {
-  LetterList list("ABC");
+TEST(QnListRemoveEnd, HandsBackTheElementOfThatEnd) {
+  struct {
+    void *(*remove)(QNList *list);
+    const char *letters;
+    const char *results[3];
+  } const cases[] = {{fnQNList_RemoveFront, "ABC", {"BC", "C", ""}},
+                     {fnQNList_RemoveTail, "CBA", {"AB", "A", ""}}};
+  for (const auto &each : cases) {
+    LetterList list("ABC");
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_EQ(each.remove(list.List()), LetterElement(each.letters[i])) << each.letters;
+      EXPECT_EQ(list.Letters(), each.results[i]);
+    }
 
-  EXPECT_EQ(fnQNList_RemoveFront(list.List()), LetterElement('A'));
-  EXPECT_EQ(list.Letters(), "BC");
-  EXPECT_EQ(fnQNList_RemoveFront(list.List()), LetterElement('B'));
-  EXPECT_EQ(list.Letters(), "C");
-  EXPECT_EQ(fnQNList_RemoveFront(list.List()), LetterElement('C'));
-  EXPECT_EQ(list.Letters(), "");
-}
+    EXPECT_EQ(each.remove(list.List()), nullptr);
 
-TEST(QnListRemoveTail, HandsBackTheLastElement) {
-  LetterList list("ABC");
-
-  EXPECT_EQ(fnQNList_RemoveTail(list.List()), LetterElement('C'));
-  EXPECT_EQ(list.Letters(), "AB");
-  EXPECT_EQ(fnQNList_RemoveTail(list.List()), LetterElement('B'));
-  EXPECT_EQ(list.Letters(), "A");
-  EXPECT_EQ(fnQNList_RemoveTail(list.List()), LetterElement('A'));
-  EXPECT_EQ(list.Letters(), "");
-}
-
-TEST(QnListRemoveEnd, HandsBackNothingFromAnEmptyOrNullList) {
-  LetterList empty;
-
-  EXPECT_EQ(fnQNList_RemoveFront(empty.List()), nullptr);
-  EXPECT_EQ(fnQNList_RemoveTail(empty.List()), nullptr);
-  EXPECT_EQ(fnQNList_RemoveFront(nullptr), nullptr);
-  EXPECT_EQ(fnQNList_RemoveTail(nullptr), nullptr);
-
-  EXPECT_EQ(empty.Letters(), "");
+    EXPECT_EQ(list.Letters(), "");
+  }
 }
 
 TEST(QnListDeleteByNum, ReleasesAndRemovesAtEveryIndex) {
   struct {
+    const char *letters;
     int32_t index;
     const char *released;
     const char *result;
-  } const cases[] = {{0, "A", "BC"}, {1, "B", "AC"}, {2, "C", "AB"}};
+  } const cases[] = {
+      {"ABC", 0, "A", "BC"}, {"ABC", 1, "B", "AC"}, {"ABC", 2, "C", "AB"}, {"A", 0, "A", ""}};
   for (const auto &each : cases) {
-    LetterList list("ABC");
+    LetterList list(each.letters);
     ObserveReleases(list.List());
 
     EXPECT_EQ(fnQNList_Delete_ByNum(list.List(), each.index, RecordRelease), 1);
@@ -167,18 +148,6 @@ TEST(QnListDeleteByNum, ReleasesAndRemovesAtEveryIndex) {
     EXPECT_EQ(ReleasedLetters(), each.released);
     EXPECT_EQ(list.Letters(), each.result);
   }
-}
-
-TEST(QnListDeleteByNum, EmptiesAListOfOne) {
-  LetterList list("A");
-  ObserveReleases(list.List());
-
-  EXPECT_EQ(fnQNList_Delete_ByNum(list.List(), 0, RecordRelease), 1);
-
-  EXPECT_EQ(ReleasedLetters(), "A");
-  EXPECT_EQ(list.List()->head, nullptr);
-  EXPECT_EQ(list.List()->tail, nullptr);
-  EXPECT_EQ(list.List()->count, 0);
 }
 
 TEST(QnListDeleteByNum, ReleasesBeforeItRemovesThroughACopy) {
@@ -201,11 +170,11 @@ TEST(QnListDeleteByNum, DoesNothingForAnIndexOutsideTheList) {
 
     EXPECT_EQ(fnQNList_Delete_ByNum(list.List(), index, RecordRelease), 0) << index;
     EXPECT_EQ(fnQNList_Delete_ByNum(empty.List(), index, RecordRelease), 0) << index;
+    EXPECT_EQ(fnQNList_Delete_ByNum(empty.List(), 0, RecordRelease), 0);
 
     EXPECT_EQ(ReleasedLetters(), "") << index;
     EXPECT_EQ(list.Letters(), "ABC") << index;
   }
-  EXPECT_EQ(fnQNList_Delete_ByNum(empty.List(), 0, RecordRelease), 0);
 }
 
 // A count that is too small does not hide the element that stands at it.
@@ -231,36 +200,39 @@ struct ClearCase {
   std::function<void(QNList *list)> clear_without_release;
 };
 
-const std::vector<ClearCase> &BothWaysToClear() {
-  static const std::vector<ClearCase> ways = {
-      {"Clear", [](QNList *list) { fnQNList_Clear(list, RecordRelease); },
-       [](QNList *list) { fnQNList_Clear(list, nullptr); }},
-      {"Clear_ByType", [](QNList *list) { fnQNList_Clear_ByType(list, RecordReleaseByType, 3); },
-       [](QNList *list) { fnQNList_Clear_ByType(list, nullptr, 3); }},
-  };
-  return ways;
-}
+const ClearCase kWaysToClear[] = {
+    {"Clear", [](QNList *list) { fnQNList_Clear(list, RecordRelease); },
+     [](QNList *list) { fnQNList_Clear(list, nullptr); }},
+    {"Clear_ByType", [](QNList *list) { fnQNList_Clear_ByType(list, RecordReleaseByType, 3); },
+     [](QNList *list) { fnQNList_Clear_ByType(list, nullptr, 3); }},
+};
 
 TEST(QnListClear, ReleasesEachElementFromTheFrontAfterItsNodeIsGone) {
-  for (const ClearCase &way : BothWaysToClear()) {
+  for (const ClearCase &way : kWaysToClear) {
+    SCOPED_TRACE(way.name);
     LetterList list("ABC");
+    list.List()->reserved = 0xABCD;
     ObserveReleases(list.List());
 
     way.clear(list.List());
 
-    EXPECT_EQ(ReleasedLetters(), "ABC") << way.name;
+    EXPECT_EQ(ReleasedLetters(), "ABC");
     int32_t expected_count = 2;
     for (const Release &each : releases) {
-      EXPECT_EQ(each.count, expected_count--) << way.name;
-      EXPECT_FALSE(each.is_in_list) << way.name;
+      EXPECT_EQ(each.count, expected_count--);
+      EXPECT_FALSE(each.is_in_list);
     }
-    EXPECT_EQ(list.Letters(), "") << way.name;
-    EXPECT_EQ(list.List()->head, nullptr) << way.name;
+    EXPECT_EQ(list.Letters(), "");
+    EXPECT_EQ(list.List()->head, nullptr);
+    EXPECT_EQ(list.List()->reserved, 0xABCDU);
+    releases.clear();
+    way.clear(list.List());
+    EXPECT_EQ(ReleasedLetters(), "") << "it is empty";
   }
 }
 
 TEST(QnListClear, SkipsANodeThatHoldsNull) {
-  for (const ClearCase &way : BothWaysToClear()) {
+  for (const ClearCase &way : kWaysToClear) {
     LetterList list("ABC");
     list.Node('B')->data = nullptr;
     ObserveReleases(list.List());
@@ -273,7 +245,7 @@ TEST(QnListClear, SkipsANodeThatHoldsNull) {
 }
 
 TEST(QnListClear, FreesTheNodesWithoutAReleaseFunction) {
-  for (const ClearCase &way : BothWaysToClear()) {
+  for (const ClearCase &way : kWaysToClear) {
     LetterList list("ABC");
     ObserveReleases(list.List());
     {
@@ -284,30 +256,6 @@ TEST(QnListClear, FreesTheNodesWithoutAReleaseFunction) {
 
     EXPECT_EQ(ReleasedLetters(), "") << way.name;
     EXPECT_EQ(list.Letters(), "") << way.name;
-  }
-}
-
-TEST(QnListClear, ReleasesNothingOfAnEmptyOrNullList) {
-  for (const ClearCase &way : BothWaysToClear()) {
-    LetterList empty;
-    ObserveReleases(empty.List());
-
-    way.clear(empty.List());
-    way.clear(nullptr);
-
-    EXPECT_EQ(ReleasedLetters(), "") << way.name;
-  }
-}
-
-TEST(QnListClear, KeepsReserved) {
-  for (const ClearCase &way : BothWaysToClear()) {
-    LetterList list("ABC");
-    list.List()->reserved = 0xABCD;
-    ObserveReleases(list.List());
-
-    way.clear(list.List());
-
-    EXPECT_EQ(list.List()->reserved, 0xABCDU) << way.name;
   }
 }
 

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "qnstack/qn_list.h"
 #include "support/failing_heap.h"
 #include "support/watchdog.h"
 #include "support/words.h"
@@ -25,12 +26,14 @@ bool IsZeroFilled(const void *block, size_t size) {
   return std::all_of(bytes, bytes + size, [](unsigned char byte) { return byte == 0; });
 }
 
-TEST(QnMallocLocal, GivesZeroBytes) {
-  void *block = fnQN_Malloc_Local(16, __FILE__, __LINE__);
+TEST(QnMallocLocal, GivesZeroBytesOfAnySizeAndIgnoresFileAndLine) {
+  for (const uint32_t size : {0U, 4U, 16U, 5000U}) {
+    void *block = fnQN_Malloc_Local(size, nullptr, -1);
 
-  ASSERT_NE(block, nullptr);
-  EXPECT_TRUE(IsZeroFilled(block, 16));
-  fnQN_Free(&block);
+    ASSERT_NE(block, nullptr) << size;
+    EXPECT_TRUE(IsZeroFilled(block, size)) << size;
+    fnQN_Free(&block);
+  }
 }
 
 TEST(QnMallocLocal, GivesZeroBytesWhereABlockIsUsedAgain) {
@@ -41,21 +44,6 @@ TEST(QnMallocLocal, GivesZeroBytesWhereABlockIsUsedAgain) {
     std::memset(block, 0xAA, 64);
     fnQN_Free(&block);
   }
-}
-
-TEST(QnMallocLocal, IgnoresFileAndLine) {
-  void *block = fnQN_Malloc_Local(4, nullptr, -1);
-
-  ASSERT_NE(block, nullptr);
-  EXPECT_TRUE(IsZeroFilled(block, 4));
-  fnQN_Free(&block);
-}
-
-TEST(QnMallocLocal, GivesABlockForNoBytes) {
-  void *block = fnQN_Malloc_Local(0, __FILE__, __LINE__);
-
-  EXPECT_NE(block, nullptr);
-  fnQN_Free(&block);
 }
 
 TEST(QnMallocLocal, IsOneAllocationOfTheSizeAskedFor) {
@@ -83,48 +71,31 @@ TEST(QnFree, FreesTheBlockAndClearsTheVariable) {
   EXPECT_EQ(heap.Frees(), 1);
 }
 
-TEST(QnFree, ClearsAVariableOfAnyPointerType) {
-  struct Record {
-    double number;
-  };
-  char *text = fnQN_MEMSTRCOPY("text");
-  auto *record = static_cast<Record *>(fnQN_Malloc_Local(sizeof(Record), __FILE__, __LINE__));
+TEST(QnFree, ClearsAVariableOfAnyPointerTypeAndNothingBesideIt) {
+  char beside[] = "beside";
+  std::array<char *, 3> texts = {beside, fnQN_MEMSTRCOPY("text"), beside};
+  auto *record = static_cast<QNListNode *>(fnQN_Malloc_Local(sizeof(QNListNode), __FILE__, 1));
 
-  fnQN_Free(&text);
+  fnQN_Free(&texts[1]);
   fnQN_Free(&record);
 
-  EXPECT_EQ(text, nullptr);
+  EXPECT_EQ(texts, (std::array<char *, 3>{beside, nullptr, beside}));
   EXPECT_EQ(record, nullptr);
 }
 
-TEST(QnFree, ChangesNothingBesideTheVariable) {
-  std::array<void *, 3> variables = {&variables, fnQN_Malloc_Local(8, __FILE__, __LINE__),
-                                     &variables};
+TEST(QnReallocLocal, KeepsTheBytesThatFitTheNewSize) {
+  for (const size_t size : {4U, 5000U}) {
+    char *text = fnQN_MEMSTRCOPY("0123456789");
 
-  fnQN_Free(&variables[1]);
+    auto *resized =
+        static_cast<char *>(fnQN_Realloc_Local(text, static_cast<uint32_t>(size), nullptr, -1));
 
-  EXPECT_EQ(variables, (std::array<void *, 3>{&variables, nullptr, &variables}));
-}
-
-TEST(QnReallocLocal, KeepsTheBytesOfAGrownBlock) {
-  char *text = fnQN_MEMSTRCOPY("0123456789");
-
-  auto *grown = static_cast<char *>(fnQN_Realloc_Local(text, 5000, __FILE__, __LINE__));
-
-  ASSERT_NE(grown, nullptr);
-  EXPECT_STREQ(grown, "0123456789");
-  std::memset(grown, 'x', 5000);
-  fnQN_Free(&grown);
-}
-
-TEST(QnReallocLocal, KeepsTheFirstBytesOfAShrunkBlock) {
-  char *text = fnQN_MEMSTRCOPY("0123456789");
-
-  auto *shrunk = static_cast<char *>(fnQN_Realloc_Local(text, 4, nullptr, -1));
-
-  ASSERT_NE(shrunk, nullptr);
-  EXPECT_EQ(std::string(shrunk, 4), "0123");
-  fnQN_Free(&shrunk);
+    ASSERT_NE(resized, nullptr);
+    const size_t kept = std::min<size_t>(size, 11);
+    EXPECT_EQ(std::string(resized, kept), std::string("0123456789\0", 11).substr(0, kept));
+    std::memset(resized, 'x', size);
+    fnQN_Free(&resized);
+  }
 }
 
 TEST(QnReallocLocal, AllocatesForNull) {
@@ -137,13 +108,10 @@ TEST(QnReallocLocal, AllocatesForNull) {
 
 TEST(QnReallocLocal, LeavesTheBlockWhenTheHeapRefuses) {
   char *text = fnQN_MEMSTRCOPY("kept");
-  void *resized = text;
-  {
-    FailingHeap heap(1);
-    resized = fnQN_Realloc_Local(text, 5000, __FILE__, __LINE__);
-  }
+  const auto grow = [&] { return fnQN_Realloc_Local(text, 5000, __FILE__, __LINE__); };
 
-  EXPECT_EQ(resized, nullptr);
+  EXPECT_EQ(qntest::WithRefusal(1, grow), nullptr);
+
   EXPECT_STREQ(text, "kept");
   fnQN_Free(&text);
 }
@@ -158,38 +126,22 @@ TEST(QnMemcpy, CopiesExactlyTheBytesAndReturnsTheDestination) {
   EXPECT_EQ(std::string(destination, 4), std::string("a\0b4", 4));
 }
 
-TEST(QnMemset, FillsExactlyTheBytesAndReturnsTheDestination) {
+TEST(QnMemset, FillsExactlyTheBytesWithTheValueAsAByte) {
   char area[] = "......";
 
-  void *result = fnQN_MEMSET(area + 1, 'x', 3);
+  EXPECT_EQ(fnQN_MEMSET(area + 1, 0x100 + 'x', 3), area + 1);
 
-  EXPECT_EQ(result, area + 1);
   EXPECT_STREQ(area, ".xxx..");
 }
 
-TEST(QnMemset, TakesTheValueAsAByte) {
-  char area[] = "..";
-
-  fnQN_MEMSET(area, 0x100 + 'y', 2);
-
-  EXPECT_STREQ(area, "yy");
-}
-
 TEST(QnMemchr, FindsTheFirstByteAlsoBehindZeroBytes) {
-  const char area[] = {'a', '\0', 'b', 'c', 'b'};
+  const char area[] = {'a', '\0', 'b', '\xFF', 'b'};
 
   EXPECT_EQ(fnQN_MEMCHR(area, 'b', 5), area + 2);
-}
-
-TEST(QnMemchr, FindsNothingPastTheBytes) {
-  EXPECT_EQ(fnQN_MEMCHR("abc", 'c', 2), nullptr);
-  EXPECT_EQ(fnQN_MEMCHR("abc", 'a', 0), nullptr);
-}
-
-TEST(QnMemchr, TakesTheValueAsAByte) {
-  const char *area = "a\xFF";
-
-  EXPECT_EQ(fnQN_MEMCHR(area, -1, 2), area + 1);
+  EXPECT_EQ(fnQN_MEMCHR(area, 0x100 + 'b', 5), area + 2) << "as a byte";
+  EXPECT_EQ(fnQN_MEMCHR(area, -1, 5), area + 3);
+  EXPECT_EQ(fnQN_MEMCHR(area, 'b', 2), nullptr);
+  EXPECT_EQ(fnQN_MEMCHR(area, 'a', 0), nullptr);
 }
 
 TEST(QnMemcmp, ComparesExactlyTheBytesAsUnsigned) {
@@ -236,23 +188,18 @@ TEST(QnMemstr, FindsTheFirstMatchThatAByteFollows) {
       {std::string("\0\0x\0", 4), "x", 4, 2},
       {"x", "longer than the area", 1, kNotFound},
       {"\xFF\xFE.", "\xFE", 3, 1},
+      // An empty text is found at once in at least one byte.
+      {"abc", "", 3, 0},
+      {"abc", "", 1, 0},
+      {"abc", "", 0, kNotFound},
+      {"abc", "a", 0, kNotFound},
+      {"abc", "a", -1, kNotFound},
+      {"abc", "a", INT_MIN, kNotFound},
   };
   for (const SearchCase &each : cases) {
     EXPECT_EQ(OffsetOfMatch(each.area, each.needle, each.len), each.offset)
         << each.area << " / " << each.needle << " / " << each.len;
   }
-}
-
-TEST(QnMemstr, FindsAnEmptyNeedleAtOnceInAtLeastOneByte) {
-  EXPECT_EQ(OffsetOfMatch("abc", "", 3), 0);
-  EXPECT_EQ(OffsetOfMatch("abc", "", 1), 0);
-  EXPECT_EQ(OffsetOfMatch("abc", "", 0), kNotFound);
-}
-
-TEST(QnMemstr, FindsNothingInNoBytesOrFewer) {
-  EXPECT_EQ(OffsetOfMatch("abc", "a", 0), kNotFound);
-  EXPECT_EQ(OffsetOfMatch("abc", "a", -1), kNotFound);
-  EXPECT_EQ(OffsetOfMatch("abc", "a", INT_MIN), kNotFound);
 }
 
 TEST(QnMemstr, LooksAtNoByteOutsideTheArea) {
@@ -286,25 +233,18 @@ TEST(QnMemstr, AgreesWithThePlainSearchOnAllShortWords) {
   }
 }
 
-TEST(QnMemstrcopy, MakesACopyOfItsOwn) {
+TEST(QnMemstrcopy, MakesACopyOfTheTextAndItsTerminator) {
+  FailingHeap heap(FailingHeap::kCountOnly);
   char original[] = "original";
 
   char *copy = fnQN_MEMSTRCOPY(original);
 
   ASSERT_NE(copy, nullptr);
-  EXPECT_NE(copy, original);
+  EXPECT_EQ(heap.Allocations(), 1);
+  EXPECT_EQ(heap.BytesAsked(), 9U);
   original[0] = 'X';
   EXPECT_STREQ(copy, "original");
   fnQN_Free(&copy);
-}
-
-TEST(QnMemstrcopy, AsksForTheTextAndItsTerminator) {
-  FailingHeap heap(FailingHeap::kCountOnly);
-  char *copy = fnQN_MEMSTRCOPY("12345");
-  fnQN_Free(&copy);
-
-  EXPECT_EQ(heap.Allocations(), 1);
-  EXPECT_EQ(heap.BytesAsked(), 6U);
 }
 
 TEST(QnMemstrcopy, GivesANewEmptyStringForNull) {

@@ -38,56 +38,47 @@ TEST(QnStrlen, CountsBytesBeforeTheTerminator) {
   EXPECT_EQ(fnQN_STRLEN("\xFF\x80"), 2U);
 }
 
-TEST(QnStrcpy, CopiesWithTheTerminatorAndReturnsTheDestination) {
-  Area area("12345678");
+// What a call leaves in an area that held "12345678".
+struct CopyCase {
+  const char *name;
+  char *(*copy)(char *area);
+  std::string bytes;
+};
 
-  EXPECT_EQ(fnQN_STRCPY(area.Text(), "abc"), area.Text());
+TEST(QnStrcpy, AndItsLikesWriteExactlyTheirBytesAndGiveTheDestination) {
+  const CopyCase cases[] = {
+      {"STRCPY with the terminator",
+       [](char *a) { return fnQN_STRCPY(a, "abc"); },
+       {"abc\0"
+        "5678\0",
+        9}},
+      {"STRNCPY of a shorter text pads with zeros",
+       [](char *a) { return fnQN_STRNCPY(a, "ab", 5); },
+       {"ab\0\0\0"
+        "678\0",
+        9}},
+      {"STRNCPY of a longer text ends it nowhere",
+       [](char *a) { return fnQN_STRNCPY(a, "abcdef", 3); },
+       {"abc45678\0", 9}},
+      {"STRCAT", [](char *a) { return fnQN_STRCAT(a, "def"); }, {"12345678def\0#", 13}},
+  };
+  for (const CopyCase &each : cases) {
+    Area area("12345678");
 
-  EXPECT_EQ(area.Bytes(8), std::string("abc\0"
-                                       "5678",
-                                       8));
-}
+    EXPECT_EQ(each.copy(area.Text()), area.Text()) << each.name;
 
-TEST(QnStrncpy, PadsAShorterStringWithZeroBytes) {
-  Area area("12345678");
-
-  EXPECT_EQ(fnQN_STRNCPY(area.Text(), "ab", 5), area.Text());
-
-  EXPECT_EQ(area.Bytes(8), std::string("ab\0\0\0"
-                                       "678",
-                                       8));
-}
-
-TEST(QnStrncpy, LeavesALongerStringWithoutTerminator) {
-  Area area("12345678");
-
-  fnQN_STRNCPY(area.Text(), "abcdef", 3);
-
-  EXPECT_STREQ(area.Text(), "abc45678");
-}
-
-TEST(QnStrcat, AppendsAndReturnsTheDestination) {
-  Area area("abc");
-
-  EXPECT_EQ(fnQN_STRCAT(area.Text(), "def"), area.Text());
-
-  EXPECT_EQ(area.Bytes(8), std::string("abcdef\0#", 8));
+    EXPECT_EQ(area.Bytes(each.bytes.size()), each.bytes) << each.name;
+  }
 }
 
 TEST(QnAtoi, ReadsANumberFromTheStart) {
   struct {
     const char *text;
     int number;
-  } const cases[] = {{"42", 42},
-                     {"  -17x", -17},
-                     {"+5", 5},
-                     {"0x10", 0},
-                     {"none", 0},
-                     {"", 0},
-                     {"2147483647", 2147483647},
-                     {nullptr, 0}};
+  } const cases[] = {{"42", 42}, {"  -17x", -17},           {"+5", 5}, {"0x10", 0}, {"none", 0},
+                     {"", 0},    {"2147483647", 2147483647}};
   for (const auto &each : cases) {
-    EXPECT_EQ(fnQN_ATOI(each.text), each.number) << (each.text == nullptr ? "NULL" : each.text);
+    EXPECT_EQ(fnQN_ATOI(each.text), each.number) << each.text;
   }
 }
 
@@ -136,9 +127,11 @@ TEST(QnStrlcpy, ReadsAndWritesExactlyTheSize) {
   EXPECT_EQ(destination, (std::vector<char>{'a', 'b', 'c', '\0'}));
 }
 
-TEST(QnStrlcpy, StoresTheZeroAloneForSizeOne) {
+TEST(QnStrlcpy, StoresTheZeroAloneForSizeOneAndNothingForZero) {
   Area area("12");
 
+  EXPECT_EQ(fnQN_STRLCPY(area.Text(), "abc", 0), 0);
+  EXPECT_STREQ(area.Text(), "12");
   EXPECT_EQ(fnQN_STRLCPY(area.Text(), "abc", 1), 0);
 
   EXPECT_EQ(area.Bytes(2), std::string("\0"
@@ -146,32 +139,15 @@ TEST(QnStrlcpy, StoresTheZeroAloneForSizeOne) {
                                        2));
 }
 
-TEST(QnStrlcpy, DoesNothingForSizeZero) {
-  Area area("12");
-
-  EXPECT_EQ(fnQN_STRLCPY(area.Text() + 1, "abc", 0), 0);
-
-  EXPECT_STREQ(area.Text(), "12");
-}
-
-TEST(QnStrlcat, RefusesTheSizesFourToSevenAlone) {
+TEST(QnStrlcat, RefusesTheSizesFourToSevenAndElseAppendsWithoutAnyBound) {
   for (const uint32_t size : {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 64U, 0xFFFFFFFFU}) {
     const bool refused = size >= 4 && size <= 7;
-    Area area("abc");
-
-    EXPECT_EQ(fnQN_STRLCAT(area.Text(), "x", size), refused ? -1 : 0) << size;
-
-    EXPECT_STREQ(area.Text(), refused ? "abc" : "abcx") << size;
-  }
-}
-
-TEST(QnStrlcat, AppendsWithoutAnyBound) {
-  for (const uint32_t size : {0U, 3U, 8U}) {
     Area area("0123456789");
 
-    EXPECT_EQ(fnQN_STRLCAT(area.Text(), "abcdefghij", size), 0);
+    EXPECT_EQ(fnQN_STRLCAT(area.Text(), "abcdefghij", size), refused ? -1 : 0) << size;
 
-    EXPECT_EQ(area.Bytes(22), std::string("0123456789abcdefghij\0#", 22));
+    EXPECT_STREQ(area.Text(), refused ? "0123456789" : "0123456789abcdefghij") << size;
+    EXPECT_EQ(area.Bytes(22)[21], '#') << size;
   }
 }
 
@@ -222,21 +198,14 @@ TEST(QnStrncat, AsksForOneScratchAreaAndGivesItBack) {
 
 TEST(QnStrncat, AppendsNothingWhenTheHeapRefuses) {
   Area area("kept");
-  char *result = area.Text();
-  {
-    FailingHeap heap(1);
-    result = fnQN_STRNCAT(area.Text(), "def", 3);
-  }
+  const auto append = [&](const char *text) {
+    return qntest::WithRefusal(1, [&] { return fnQN_STRNCAT(area.Text(), text, 3); });
+  };
 
-  EXPECT_EQ(result, nullptr);
+  EXPECT_EQ(append("def"), nullptr);
+  EXPECT_EQ(append(nullptr), nullptr) << "even with nothing to append";
+
   EXPECT_STREQ(area.Text(), "kept");
-}
-
-TEST(QnStrncat, GivesNullWhenTheHeapRefusesEvenWithNothingToAppend) {
-  Area area("kept");
-  FailingHeap heap(1);
-
-  EXPECT_EQ(fnQN_STRNCAT(area.Text(), nullptr, 3), nullptr);
 }
 
 TEST(QnStrncat, RefusesACountWhoseScratchAreaHasNoSize) {

@@ -46,33 +46,21 @@ class TextAtTheEndOfMemory {
   char *text_;
 };
 
-TEST(QnSnprintfConversions, HaveTheIntegersOfC) {
-  EXPECT_EQ(Formatted("%d %i %u %x %X %o", -1, -2, 3U, 255U, 255U, 8U), "-1 -2 3 ff FF 10");
-  EXPECT_EQ(Formatted("%hd %hu", -1, 65535), "-1 65535");
-  EXPECT_EQ(Formatted("%ld %lu %lx", -1L, 2UL, 255UL), "-1 2 ff");
-}
-
-TEST(QnSnprintfConversions, HaveNumbersOf64Bits) {
-  EXPECT_EQ(Formatted("%" PRId64, INT64_MIN), "-9223372036854775808");
-  EXPECT_EQ(Formatted("%" PRIu64, UINT64_MAX), "18446744073709551615");
-}
-
-TEST(QnSnprintfConversions, HaveTextsAndPointers) {
+TEST(QnSnprintfConversions, AreThoseOfCWithFlagsWidthAndPrecision) {
   void *pointer = nullptr;
   reinterpret_cast<uintptr_t &>(pointer) = 0xAB;
 
+  EXPECT_EQ(Formatted("%d %i %u %x %X %o", -1, -2, 3U, 255U, 255U, 8U), "-1 -2 3 ff FF 10");
+  EXPECT_EQ(Formatted("%hd %hu", -1, 65535), "-1 65535");
+  EXPECT_EQ(Formatted("%ld %lu %lx", -1L, 2UL, 255UL), "-1 2 ff");
+  EXPECT_EQ(Formatted("%" PRId64, INT64_MIN), "-9223372036854775808");
+  EXPECT_EQ(Formatted("%" PRIu64, UINT64_MAX), "18446744073709551615");
   EXPECT_EQ(Formatted("%s %c %% %pp", "text", 'c', pointer), "text c % ab");
-}
-
-TEST(QnSnprintfConversions, HaveFlagsWidthAndPrecision) {
   EXPECT_EQ(Formatted("%5d|%-5d|%05d|%+d|% d|%#x|%*d", 1, 2, 3, 4, 5, 255U, 3, 6),
             "    1|2    |00003|+4| 5|0xff|  6");
   EXPECT_EQ(Formatted("%.2s|%5s|%.*s", "abc", "abc", 1, "abc"), "ab|  abc|a");
-}
-
-TEST(QnSnprintfConversions, WriteNoZeroBeforeThePointOfAShortNumber) {
   EXPECT_EQ(Formatted("%f %e", 0.5, 12.5), "0.500000 1.250000e+01");
-  EXPECT_EQ(Formatted("%g %g", 0.5, 1e10), ".5 1.e+10");
+  EXPECT_EQ(Formatted("%g %g", 0.5, 1e10), ".5 1.e+10") << "no zero before the point";
 }
 
 TEST(QnSnprintfConversions, ThatAreNotKnownAreTextAndTakeNoArgument) {

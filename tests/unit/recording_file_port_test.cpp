@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: MIT
 // Guards the recording file port: that it does what the primitives' header
 // promises, writes every call down, and fails where it was told to. Were it
-// wrong, the tests of everything above the files would mean nothing.
-#include "support/recording_file_port.h"
-
+// wrong, the tests of everything above the files would mean nothing. What those
+// tests would see themselves is left to them: copies and moves, a chosen call that
+// fails alone or with all after it, and a count that is reported.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "support/file_port_test.h"
 
 namespace {
 
@@ -27,16 +28,9 @@ int32_t Tell(const char *name, int32_t operation) {
   return 0;
 }
 
-class RecordingFilePortTest : public testing::Test {
+class RecordingFilePortTest : public FilePortTest {
  protected:
-  RecordingFilePortTest() {
-    FilePort().Reset();
-    told.clear();
-  }
-  ~RecordingFilePortTest() override { FilePort().Reset(); }
-
-  static MemoryFiles &Files() { return FilePort().files(); }
-  static std::optional<std::string> Content(const char *name) { return Files().Content(name); }
+  RecordingFilePortTest() { told.clear(); }
 };
 
 TEST_F(RecordingFilePortTest, KeepsTheRoot) {
@@ -63,53 +57,35 @@ TEST_F(RecordingFilePortTest, WritesReadsAndSizesWholeFiles) {
   EXPECT_EQ(Content("/b"), "b");
 }
 
-TEST_F(RecordingFilePortTest, FailsOnAFileThatIsNotThere) {
-  char byte = '?';
-  int32_t count = 77;
-
-  EXPECT_EQ(fnQNFS_isFileExisted("/a"), 0);
-  EXPECT_EQ(fnQNFS_getFileSize("/a"), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFile("/a", 1, &byte, &count), -1);
-  EXPECT_EQ(fnQNFS_CopyFile("/b", "/a"), 0);
-  EXPECT_EQ(fnQNFS_MoveFile("/b", "/a"), 0);
-  EXPECT_EQ(fnQNFS_DeleteFile("/a"), 0);
-  EXPECT_EQ(fnQNFS_File_Open("/a", "r"), nullptr);
-  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/a", 0, 1, &byte), -1);
-  EXPECT_EQ(fnQNFS_WriteToFileAtPos("x", 1, 0, "/a"), -1);
-
-  EXPECT_EQ(count, 77);
-  EXPECT_THAT(Files().Names(), IsEmpty());
-}
-
-TEST_F(RecordingFilePortTest, FailsForNullsAndNegativeLengths) {
+TEST_F(RecordingFilePortTest, FailsWithoutAFileANameOrBytes) {
   Files().Write("/a", "content");
   char bytes[8];
-  int32_t count = 0;
+  int32_t count = 77;
 
+  for (const char *name : {"/none", static_cast<const char *>(nullptr)}) {
+    EXPECT_EQ(fnQNFS_isFileExisted(name), 0);
+    EXPECT_EQ(fnQNFS_getFileSize(name), -1);
+    EXPECT_EQ(fnQNFS_ReadFromFile(name, 1, bytes, &count), -1);
+    EXPECT_EQ(fnQNFS_ReadFromFileAtPos(name, 0, 1, bytes), -1);
+    EXPECT_EQ(fnQNFS_WriteToFileAtPos("x", 1, 0, name), -1);
+    EXPECT_EQ(fnQNFS_CopyFile("/b", name), 0);
+    EXPECT_EQ(fnQNFS_MoveFile("/b", name), 0);
+    EXPECT_EQ(fnQNFS_DeleteFile(name), 0);
+    EXPECT_EQ(fnQNFS_File_Open(name, "r"), nullptr);
+  }
+  FilePort().ClearCalls();
   EXPECT_EQ(fnQNFS_WriteToFile(nullptr, 1, "/a"), -1);
   EXPECT_EQ(fnQNFS_WriteToFile("x", -1, "/a"), -1);
   EXPECT_EQ(fnQNFS_WriteToFile("x", 1, nullptr), -1);
   EXPECT_EQ(fnQNFS_AppendToFile(nullptr, 1, "/a"), -1);
   EXPECT_EQ(fnQNFS_ReadFromFile("/a", -1, bytes, &count), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFile(nullptr, 1, bytes, &count), -1);
   EXPECT_EQ(fnQNFS_MoveFile(nullptr, "/a"), 0);
   EXPECT_EQ(fnQNFS_CopyFile(nullptr, "/a"), 0);
-  EXPECT_EQ(fnQNFS_File_Open(nullptr, "r"), nullptr);
 
+  EXPECT_EQ(count, 77);
   EXPECT_EQ(Content("/a"), "content");
+  EXPECT_THAT(Files().Names(), ElementsAre("/a"));
   EXPECT_EQ(FilePort().Calls().front(), "WriteToFile(NULL, /a)");
-}
-
-TEST_F(RecordingFilePortTest, CopiesAndMovesOntoTheFirstName) {
-  Files().Write("/a", "new");
-  Files().Write("/b", "old");
-
-  EXPECT_EQ(fnQNFS_CopyFile("/c", "/a"), 1);
-  EXPECT_EQ(fnQNFS_MoveFile("/b", "/a"), 1);
-
-  EXPECT_EQ(Content("/a"), std::nullopt);
-  EXPECT_EQ(Content("/b"), "new");
-  EXPECT_EQ(Content("/c"), "new");
 }
 
 TEST_F(RecordingFilePortTest, WritesAndReadsAtAPosition) {
@@ -157,38 +133,26 @@ TEST_F(RecordingFilePortTest, WritesIntoKnownDirectoriesOnlyWhenToldSo) {
   EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/wap/ca/1"), 1);
 }
 
-TEST_F(RecordingFilePortTest, StreamsWorkOnTheFiles) {
-  Files().Write("/a", "0123456789");
-  char bytes[] = "????";
+// What reading, writing and seeking gives is held by QnFsStream.
+TEST_F(RecordingFilePortTest, StreamsWorkOnTheFilesByTheirMode) {
+  struct {
+    const char *mode;
+    const char *content;  // of "old" with "x" written
+  } const cases[] = {{"r+", "xld"}, {"w", "x"}, {"ab", "oldx"}};
+  for (const auto &c : cases) {
+    SCOPED_TRACE(c.mode);
+    Files().Write("/a", "old");
 
-  QNFSFile handle = fnQNFS_File_Open("/a", "r+");
-  ASSERT_NE(handle, nullptr);
-  EXPECT_EQ(fnQNFS_File_Seek(handle, QNFS_SEEK_END, -2), 0);
-  EXPECT_EQ(fnQNFS_File_Read(bytes, 4, 1, handle), 2);
-  EXPECT_EQ(fnQNFS_File_Read(bytes, 4, 1, handle), -1);
-  EXPECT_EQ(fnQNFS_File_Seek(handle, QNFS_SEEK_BEGIN, 1), 0);
-  EXPECT_EQ(fnQNFS_File_Write("abcdefgh", 1, 2, handle), 2);
-  EXPECT_EQ(Content("/a"), "0abcd56789");
-  EXPECT_EQ(Files().OpenStreams(), 1);
-  fnQNFS_File_Close(handle);
-
-  EXPECT_STREQ(bytes, "89??");
-  EXPECT_EQ(Files().OpenStreams(), 0);
-}
-
-TEST_F(RecordingFilePortTest, StreamsOpenByMode) {
-  Files().Write("/w", "old");
-  Files().Write("/a", "old");
-  for (const auto &[name, mode] : {std::pair("/w", "w"), std::pair("/a", "ab")}) {
-    QNFSFile handle = fnQNFS_File_Open(name, mode);
+    QNFSFile handle = fnQNFS_File_Open("/a", c.mode);
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(fnQNFS_File_Write("x", 1, 1, handle), 1);
+    EXPECT_EQ(Content("/a"), c.content);
+    EXPECT_EQ(Files().OpenStreams(), 1);
     fnQNFS_File_Close(handle);
-  }
 
-  EXPECT_EQ(Content("/w"), "x");
-  EXPECT_EQ(Content("/a"), "oldx");
-  EXPECT_EQ(fnQNFS_File_Open("/w", "?"), nullptr);
+    EXPECT_EQ(Files().OpenStreams(), 0);
+  }
+  EXPECT_EQ(fnQNFS_File_Open("/a", "?"), nullptr);
 }
 
 TEST_F(RecordingFilePortTest, TellsTheApplicationAfterASuccessOnly) {
@@ -226,16 +190,6 @@ TEST_F(RecordingFilePortTest, WritesEveryCallDown) {
   EXPECT_EQ(FilePort().CountOf("File_Close"), 2);
 }
 
-TEST_F(RecordingFilePortTest, FailsTheChosenCallAlone) {
-  FilePort().Fail("WriteToFile", 2);
-
-  EXPECT_EQ(fnQNFS_WriteToFile("1", 1, "/a"), 1);
-  EXPECT_EQ(fnQNFS_DeleteFile("/none"), 0);
-  EXPECT_EQ(fnQNFS_WriteToFile("2", 1, "/a"), -1);
-  EXPECT_EQ(Content("/a"), "1");
-  EXPECT_EQ(fnQNFS_WriteToFile("3", 1, "/a"), 1);
-}
-
 TEST_F(RecordingFilePortTest, FailsEveryPrimitiveThatCanFail) {
   Files().Write("/d/a", "content");
   QNFSFile handle = fnQNFS_File_Open("/d/a", "r+");
@@ -269,18 +223,6 @@ TEST_F(RecordingFilePortTest, FailsEveryPrimitiveThatCanFail) {
   EXPECT_FALSE(Files().HasDirectory("/e"));
 }
 
-TEST_F(RecordingFilePortTest, FailsAllFromTheChosenCallOnUntilCleared) {
-  FilePort().FailFrom(2);
-
-  EXPECT_EQ(fnQNFS_WriteToFile("1", 1, "/a"), 1);
-  EXPECT_EQ(fnQNFS_CopyFile("/b", "/a"), 0);
-  EXPECT_EQ(fnQNFS_WriteToFile("2", 1, "/a"), -1);
-  FilePort().ClearFailures();
-  EXPECT_EQ(fnQNFS_CopyFile("/b", "/a"), 1);
-
-  EXPECT_EQ(Content("/b"), "1");
-}
-
 TEST_F(RecordingFilePortTest, GivesTheChosenAnswerWithNothingDone) {
   Files().Write("/a", "content");
   char bytes[] = "?";
@@ -301,19 +243,6 @@ TEST_F(RecordingFilePortTest, GivesTheChosenAnswerWithNothingDone) {
   EXPECT_STREQ(bytes, "?");
   EXPECT_EQ(count, 77);
   EXPECT_EQ(Content("/a"), "content");
-}
-
-TEST_F(RecordingFilePortTest, ReportsTheChosenCountOfARead) {
-  Files().Write("/a", "content");
-  char bytes[] = "???";
-  int32_t count = 77;
-  FilePort().Report("ReadFromFile", 9);
-
-  EXPECT_EQ(fnQNFS_ReadFromFile("/a", 2, bytes, &count), 0);
-  EXPECT_EQ(count, 9);
-  EXPECT_STREQ(bytes, "co?");
-  EXPECT_EQ(fnQNFS_ReadFromFile("/a", 2, bytes, &count), 0);
-  EXPECT_EQ(count, 2);
 }
 
 TEST_F(RecordingFilePortTest, TearsWritesAfterTheirFirstBytes) {

@@ -96,8 +96,8 @@ int32_t __wrap_fnQNStack_Http_Socket_Recvata(QNHttpCtx *ctx, void *destination, 
 
 namespace {
 
-// A facade of the given version in front of a client on which no call is
-// expected but those that a test announces.
+// A facade in front of a client on which no call is expected but those that a test
+// announces.
 class WapFacade : public testing::Test {
  protected:
   WapFacade() { client = &http_; }
@@ -107,93 +107,44 @@ class WapFacade : public testing::Test {
   QNHttpCtx ctx_ = {};
   char bytes_[8] = {};
   const char *text_ = "text";
+  const char *type_ = "application/vnd.wap.mms-message";
 };
 
-class WapForwarding : public WapFacade {
- protected:
-  WapForwarding() { qn::stack_version = 2; }
-};
+TEST_F(WapFacade, CallsTheHttpFunctionOfTheSameNameAndGivesItsResult) {
+  qn::stack_version = 2;
 
-TEST_F(WapForwarding, InitStack) {
   EXPECT_CALL(http_, InitStack()).WillOnce(Return(-77));
   EXPECT_EQ(fnQNStack_Wap_InitStack(2), -77);
-}
-
-TEST_F(WapForwarding, CloseStack) {
-  EXPECT_CALL(http_, CloseStack()).WillOnce(Return(77));
-  EXPECT_EQ(fnQNStack_Wap_CloseStack(), 77);
-}
-
-TEST_F(WapForwarding, SetProxy) {
   EXPECT_CALL(http_, SetProxy(text_, 8080));
   fnQNStack_Wap_SetProxy(text_, 8080);
-}
-
-TEST_F(WapForwarding, SetProxyToNone) {
   EXPECT_CALL(http_, SetProxy(nullptr, -1));
   fnQNStack_Wap_SetProxy(nullptr, -1);
-}
-
-TEST_F(WapForwarding, OpenGet) {
   EXPECT_CALL(http_, Open_Get(text_)).WillOnce(Return(&ctx_));
   EXPECT_EQ(fnQNStack_Wap_Open_Get(text_), &ctx_);
-}
-
-TEST_F(WapForwarding, OpenHead) {
   EXPECT_CALL(http_, Open_Head(text_)).WillOnce(Return(&ctx_));
   EXPECT_EQ(fnQNStack_Wap_Open_Head(text_), &ctx_);
-}
-
-TEST_F(WapForwarding, OpenPost) {
-  const char *type = "application/vnd.wap.mms-message";
-  EXPECT_CALL(http_, Open_Post(text_, bytes_, 8, type)).WillOnce(Return(&ctx_));
-  EXPECT_EQ(fnQNStack_Wap_Open_Post(text_, bytes_, 8, type), &ctx_);
-}
-
-TEST_F(WapForwarding, OpenPut) {
-  const char *type = "application/vnd.wap.mms-message";
-  EXPECT_CALL(http_, Open_Put(text_, bytes_, 8, type)).WillOnce(Return(&ctx_));
-  EXPECT_EQ(fnQNStack_Wap_Open_Put(text_, bytes_, 8, type), &ctx_);
-}
-
-TEST_F(WapForwarding, OpenConnect) {
+  EXPECT_CALL(http_, Open_Post(text_, bytes_, 8, type_)).WillOnce(Return(&ctx_));
+  EXPECT_EQ(fnQNStack_Wap_Open_Post(text_, bytes_, 8, type_), &ctx_);
+  EXPECT_CALL(http_, Open_Put(text_, bytes_, 8, type_)).WillOnce(Return(&ctx_));
+  EXPECT_EQ(fnQNStack_Wap_Open_Put(text_, bytes_, 8, type_), &ctx_);
   EXPECT_CALL(http_, Open_Connect(text_, 443)).WillOnce(Return(&ctx_));
   EXPECT_EQ(fnQNStack_Wap_Open_Connect(text_, 443), &ctx_);
-}
-
-TEST_F(WapForwarding, ReadRecvData) {
   EXPECT_CALL(http_, ReadRecvData(&ctx_, bytes_, 8)).WillOnce(Return(5));
   EXPECT_EQ(fnQNStack_Wap_ReadRecvData(&ctx_, bytes_, 8), 5);
-}
-
-TEST_F(WapForwarding, ReadRecvContext) {
   EXPECT_CALL(http_, ReadRecvContext(&ctx_, bytes_, 8)).WillOnce(Return(-2));
   EXPECT_EQ(fnQNStack_Wap_ReadRecvContext(&ctx_, bytes_, 8), -2);
-}
-
-TEST_F(WapForwarding, Stop) {
   EXPECT_CALL(http_, Stop(&ctx_));
   fnQNStack_Wap_Stop(&ctx_);
-}
-
-TEST_F(WapForwarding, GetState) {
   EXPECT_CALL(http_, getState(&ctx_)).WillOnce(Return(QN_HTTP_GIVEN_UP));
   EXPECT_EQ(fnQNStack_Wap_getState(&ctx_), QN_HTTP_GIVEN_UP);
-}
-
-TEST_F(WapForwarding, FreeCtx) {
   EXPECT_CALL(http_, FreeCtx(&ctx_));
   fnQNStack_Wap_FreeCtx(&ctx_);
-}
-
-TEST_F(WapForwarding, SocketSendData) {
   EXPECT_CALL(http_, Socket_SendData(&ctx_, bytes_, 8)).WillOnce(Return(-3));
   EXPECT_EQ(fnQNStack_Wap_Socket_SendData(&ctx_, bytes_, 8), -3);
-}
-
-TEST_F(WapForwarding, SocketRecvata) {
   EXPECT_CALL(http_, Socket_Recvata(&ctx_, bytes_, 8)).WillOnce(Return(3));
   EXPECT_EQ(fnQNStack_Wap_Socket_Recvata(&ctx_, bytes_, 8), 3);
+  EXPECT_CALL(http_, CloseStack()).WillOnce(Return(77));
+  EXPECT_EQ(fnQNStack_Wap_CloseStack(), 77);
 }
 
 class WapRefusal : public WapFacade, public testing::WithParamInterface<int32_t> {
