@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Exchanges of the HTTP client with scripted servers, as data: what is asked,
-// what each server does, which bytes it must have received, and what every
-// call gives.
+// what each server does, which bytes it must have received, and what comes of it.
 #ifndef QNSTACK_TESTS_INTEGRATION_WIRE_EXCHANGE_H
 #define QNSTACK_TESTS_INTEGRATION_WIRE_EXCHANGE_H
 
@@ -38,7 +37,7 @@ struct ExchangeRow {
   std::string topic;
   Asked asked;
   std::vector<Peer> peers;
-  std::vector<CallRow> calls;
+  std::int32_t redirects;
   std::string delivered;
   std::int32_t status;
 };
@@ -53,25 +52,15 @@ std::string TopicOf(const testing::TestParamInfo<ExchangeRow> &info);
 std::string RequestText(const std::string &start, const std::string &host,
                         const std::string &more = {});
 
-// The lines that go with a body, and the line of a cookie.
+// The lines that go with a body.
 std::string BodyHeaders(const std::string &type, std::size_t length);
-std::string CookieHeaders(const std::string &cookie);
 
-// A started client in a network of its own, where names lead to scripted
-// servers. Each receive of the client is a signal to all of them.
+// A started client in a network of its own, where names lead to scripted servers.
 class WireTest : public testing::Test {
  protected:
-  WireTest();
-
   // A server under that name and port, which need not be the real one.
   ScriptedServer &Serve(const std::string &host, std::uint16_t port,
                         std::vector<ConnectionScript> scripts);
-
-  // Makes the name known; its address leads nowhere until it serves.
-  void AddHost(const std::string &host);
-
-  // Lets the name and port lead to where nothing listens.
-  void Refuse(const std::string &host, std::uint16_t port);
 
   static void UseGateway();
 
@@ -81,11 +70,8 @@ class WireTest : public testing::Test {
   NetworkFaults network_;
 
  private:
-  std::string AddressOf(const std::string &host);
-
   std::vector<std::string> hosts_;
   std::vector<std::unique_ptr<ScriptedServer>> servers_;
-  std::vector<std::unique_ptr<RefusingPort>> refusing_;
 };
 
 // Runs one row.

@@ -60,6 +60,24 @@ auto WithRefusal(int nth, Call call) {
   return call();
 }
 
+// Makes a call with the first_refused-th allocation refused, as above; gives how
+// many were.
+template <typename Call>
+int RefusalsIn(const Call &call, int first_refused,
+               FailingHeap::Reach reach = FailingHeap::Reach::kOne) {
+  const FailingHeap heap(first_refused, reach);
+  call();
+  return heap.Refusals();
+}
+
+// Makes a call; gives how many blocks it gave back.
+template <typename Call>
+int FreesIn(const Call &call) {
+  const FailingHeap heap(FailingHeap::kCountOnly);
+  call();
+  return heap.Frees();
+}
+
 }  // namespace qntest
 
 #endif

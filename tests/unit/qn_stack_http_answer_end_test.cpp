@@ -24,36 +24,40 @@ constexpr int32_t kFinalStates[] = {
     QN_HTTP_SEND_FAILED, QN_HTTP_RECEIVE_FAILED, QN_HTTP_GIVEN_UP,
 };
 
+std::string TraceOfParsing(const AnswerContext &ctx) {
+  return qntest::OutputOf([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); });
+}
+
 // --- the end of the header ---
 
 TEST(QnStackHttpAnswerEnd, EmptyLineEndsTheHeaderAndTheRestIsTheBody) {
-  AnswerContext ctx(QN_HTTP_RECEIVING);
-  ctx.Feed("HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\nabc\r\n\r\nd");
-
-  EXPECT_EQ(fnQNStack_Http_ParseAnswer(ctx.get()), 0);
-
-  EXPECT_EQ(ctx->headParsed, 1);
-  EXPECT_EQ(ctx.Unread(), "abc\r\n\r\nd");
-}
-
-TEST(QnStackHttpAnswerEnd, EmptyLineAloneIsAHeader) {
-  AnswerContext ctx(QN_HTTP_RECEIVING);
-  ctx.Feed("\r\nContent-Length: 5\r\n");
-
-  EXPECT_EQ(fnQNStack_Http_ParseAnswer(ctx.get()), 0);
-
-  EXPECT_EQ(ctx->headParsed, 1);
-  EXPECT_EQ(ctx->retCtxLen, 0);
-  EXPECT_EQ(ctx.Unread(), "Content-Length: 5\r\n");
+  struct Case {
+    std::string answer;
+    int32_t status;
+    std::string rest;
+  };
+  const Case cases[] = {
+      {"HTTP/1.0 200 OK\r\nX: y\r\n\r\nabc\r\n\r\nd", 200, "abc\r\n\r\nd"},
+      {"\r\nHTTP/1.0 200 OK\r\n", 0, "HTTP/1.0 200 OK\r\n"},
+      {"\r\r\nHTTP/1.0 200 OK\r\n\r\n", 200, ""},
+      {"HTTP/1.0 200 OK\r\n\r\na\0b"s, 200, "a\0b"s},
+  };
+  for (const Case &c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.answer));
+    AnswerContext ctx(QN_HTTP_RECEIVING);
+    ctx.Feed(c.answer);
+    EXPECT_EQ(fnQNStack_Http_ParseAnswer(ctx.get()), 0);
+    EXPECT_EQ(ctx->headParsed, 1);
+    EXPECT_EQ(ctx->retValue, c.status);
+    EXPECT_EQ(ctx.Unread(), c.rest);
+  }
 }
 
 TEST(QnStackHttpAnswerEnd, ParsedHeaderIsNotParsedAgain) {
   AnswerContext ctx;
   ctx->headParsed = 1;
   ctx.Feed("HTTP/1.0 200 OK\r\n\r\n");
-
-  EXPECT_EQ(fnQNStack_Http_ParseAnswer(ctx.get()), 0);
-
+  EXPECT_EQ(TraceOfParsing(ctx), "");
   EXPECT_EQ(ctx->retValue, 0);
   EXPECT_EQ(ctx.Unread(), "HTTP/1.0 200 OK\r\n\r\n");
 }
@@ -110,13 +114,6 @@ TEST(QnStackHttpAnswerEnd, BareLineFeedsEndNothing) {
   EXPECT_EQ(ctx.Unread(), "");
 }
 
-TEST(QnStackHttpAnswerEnd, LineOfOneCarriageReturnIsNotEmpty) {
-  AnswerContext ctx(QN_HTTP_RECEIVING);
-  ctx.Feed("\r\r\nHTTP/1.0 200 OK\r\n\r\n");
-  EXPECT_EQ(fnQNStack_Http_ParseAnswer(ctx.get()), 0);
-  EXPECT_EQ(ctx->retValue, 200);
-}
-
 TEST(QnStackHttpAnswerEnd, ZeroByteHidesTheLinesBehindIt) {
   AnswerContext ctx(QN_HTTP_RECEIVING);
   ctx.Feed("HTTP/1.0 200 OK\r\nX: \0y\r\nContent-Length: 5\r\n\r\nabc"s);
@@ -131,13 +128,6 @@ TEST(QnStackHttpAnswerEnd, ZeroByteHidesTheLinesBehindIt) {
   EXPECT_EQ(ctx.Unread(), "X: \0y\r\nContent-Length: 5\r\n\r\nabc"s);
 }
 
-TEST(QnStackHttpAnswerEnd, ZeroByteInTheBodyIsLeftAlone) {
-  AnswerContext ctx;
-  ctx.Feed("HTTP/1.0 200 OK\r\n\r\na\0b"s);
-  EXPECT_EQ(fnQNStack_Http_ParseAnswer(ctx.get()), 0);
-  EXPECT_EQ(ctx.Unread(), "a\0b"s);
-}
-
 // --- the trace ---
 
 struct TraceRow {
@@ -145,11 +135,8 @@ struct TraceRow {
   std::string expected;
 };
 
-std::string TraceOfParsing(const AnswerContext &ctx) {
-  return qntest::OutputOf([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); });
-}
-
 TEST(QnStackHttpAnswerTrace, EveryKindOfLineIsTraced) {
+  const std::string x(5000, 'x');
   const std::vector<TraceRow> rows = {
       {"HTTP/1.0 200 OK\r\n\r\n",
        "ParseAnswer HTTP/1.0 200 OK Ctx->retValue 200HTTP/1.0ParseAnswer "},
@@ -166,31 +153,19 @@ TEST(QnStackHttpAnswerTrace, EveryKindOfLineIsTraced) {
       {"Set-Cookie: a=1; Path=/\r\n\r\n", "ParseAnswer Set-Cookie: a=1; Path=/ParseAnswer "},
       {"Set-Cookie2: b=2\r\n\r\n", "ParseAnswer Set-Cookie2: b=2ParseAnswer "},
       {"X-Other: 100%s %d\r\n\r\n", "ParseAnswer X-Other: 100%s %dParseAnswer "},
+      {"X-Long: " + x + "\r\n\r\n", "ParseAnswer X-Long: " + x + "ParseAnswer "},
+      {"HTTP/" + x + " 200\r\n\r\n",
+       "ParseAnswer HTTP/" + x + " 200 Ctx->retValue 200HTTP/" + x + "ParseAnswer "},
       {"\r\n", "ParseAnswer "},
       {"\n\r\n\r\n", "ParseAnswer \nParseAnswer "},
   };
   for (const TraceRow &row : rows) {
-    SCOPED_TRACE(row.header);
+    SCOPED_TRACE(row.header.substr(0, 80));
     AnswerContext ctx;
     ctx.Feed(row.header);
     EXPECT_EQ(TraceOfParsing(ctx), row.expected);
   }
   fnQNStack_Http_Cookie_FreeAll();
-}
-
-TEST(QnStackHttpAnswerTrace, LongLineIsTracedWhole) {
-  const std::string line = "X-Long: " + std::string(5000, 'x');
-  AnswerContext ctx;
-  ctx.Feed(line + "\r\n\r\n");
-  EXPECT_EQ(TraceOfParsing(ctx), "ParseAnswer " + line + "ParseAnswer ");
-}
-
-TEST(QnStackHttpAnswerTrace, LongFirstWordOfTheStatusLineIsTracedWhole) {
-  const std::string word = "HTTP/" + std::string(300, '1');
-  AnswerContext ctx;
-  ctx.Feed(word + " 200\r\n\r\n");
-  EXPECT_EQ(TraceOfParsing(ctx),
-            "ParseAnswer " + word + " 200 Ctx->retValue 200" + word + "ParseAnswer ");
 }
 
 TEST(QnStackHttpAnswerTrace, ControlCharactersAreTracedAsTheyCame) {
@@ -207,13 +182,6 @@ TEST(QnStackHttpAnswerTrace, UnfinishedLineIsSilent) {
     ctx.Feed("HTTP/1.0 200 OK\r");
     EXPECT_EQ(TraceOfParsing(ctx), "");
   }
-}
-
-TEST(QnStackHttpAnswerTrace, ParsedHeaderIsSilent) {
-  AnswerContext ctx;
-  ctx->headParsed = 1;
-  ctx.Feed("HTTP/1.0 200 OK\r\n");
-  EXPECT_EQ(TraceOfParsing(ctx), "");
 }
 
 }  // namespace

@@ -74,11 +74,6 @@ void ExpectSoundAnswerFields(const AnswerContext &ctx) {
   EXPECT_THAT(ctx->retCtxLen, AnyOf(0, 3));
 }
 
-// The cookie is stored whole or not at all.
-void ExpectSoundCookies() {
-  EXPECT_THAT(CookiesInJar(), Each(StoredCookie{"sid", "42", AnswerContext::kHost, "/m"}));
-}
-
 // Reads until nothing is left and expects the body alone.
 void ExpectBody(AnswerContext &ctx, const std::string &body) {
   std::string rest;
@@ -88,57 +83,51 @@ void ExpectBody(AnswerContext &ctx, const std::string &body) {
   EXPECT_EQ(rest, body);
 }
 
-TEST_F(QnStackHttpAnswerHeap, ParsingACompleteAnswerGoesOnLater) {
-  RefuseEachInTurn([](int number, FailingHeap::Reach reach) {
-    fnQNStack_Http_Cookie_FreeAll();
+TEST_F(QnStackHttpAnswerHeap, ParsingGoesOnLater) {
+  for (const int32_t state : {QN_HTTP_COMPLETE, QN_HTTP_RECEIVING}) {
+    SCOPED_TRACE(state);
+    RefuseEachInTurn([state](int number, FailingHeap::Reach reach) {
+      fnQNStack_Http_Cookie_FreeAll();
+      AnswerContext ctx(state);
+      ctx.Feed(kAnswer);
+      int32_t result = 0;
+      const int refusals =
+          RefusalsIn([&] { result = fnQNStack_Http_ParseAnswer(ctx.get()); }, number, reach);
+      EXPECT_THAT(result, AnyOf(0, -2));
+      EXPECT_EQ(ctx->headParsed, result == 0 ? 1 : 0);
+      ExpectSoundAnswerFields(ctx);
+      // The cookie is stored whole or not at all.
+      EXPECT_THAT(CookiesInJar(), Each(StoredCookie{"sid", "42", AnswerContext::kHost, "/m"}));
+
+      EXPECT_EQ(fnQNStack_Http_ParseAnswer(ctx.get()), 0);
+      EXPECT_EQ(ctx.Unread(), "abc");
+      return refusals;
+    });
+  }
+}
+
+TEST_F(QnStackHttpAnswerHeap, LinesKeepNothingButTheLastOfEachText) {
+  struct Case {
+    const char *what;
+    const char *lines;
+    int blocks;
+  };
+  constexpr Case kCases[] = {
+      {"numbers and other lines",
+       "HTTP/1.0 200 OK\r\nContent-Length: 3\r\nContent-Encoding: gzip\r\nX-Other: y\r\n", 0},
+      {"the URL is replaced", "Location: http://a.test/\r\nContent-Location: http://b.test/\r\n",
+       0},
+      {"one media type of three", "Content-Type: a/a\r\nContent-Type: b/b\r\nContentType: c/c\r\n",
+       1},
+      {"a cookie with its list node and four texts", "Set-Cookie: a=1; Path=/m\r\n", 6},
+  };
+  fnQNStack_Http_Cookie_Set("first", "creates", "the", "jar");
+  for (const Case &c : kCases) {
     AnswerContext ctx;
-    ctx.Feed(kAnswer);
-    int32_t result = 0;
-    int refusals = 0;
-    {
-      FailingHeap heap(number, reach);
-      result = fnQNStack_Http_ParseAnswer(ctx.get());
-      refusals = heap.Refusals();
-    }
-    EXPECT_THAT(result, AnyOf(0, -2));
-    EXPECT_EQ(ctx->headParsed, result == 0 ? 1 : 0);
-    ExpectSoundAnswerFields(ctx);
-    ExpectSoundCookies();
-    ExpectBody(ctx, "abc");
-    return refusals;
-  });
-}
-
-TEST_F(QnStackHttpAnswerHeap, ParsingWhileReceivingGoesOnLater) {
-  RefuseEachInTurn([](int number, FailingHeap::Reach reach) {
-    fnQNStack_Http_Cookie_FreeAll();
-    AnswerContext ctx(QN_HTTP_RECEIVING);
-    ctx.Feed(kAnswer);
-    int32_t result = 0;
-    int refusals = 0;
-    {
-      FailingHeap heap(number, reach);
-      result = fnQNStack_Http_ParseAnswer(ctx.get());
-      refusals = heap.Refusals();
-    }
-    EXPECT_THAT(result, AnyOf(0, -2));
-    EXPECT_EQ(ctx->headParsed, result == 0 ? 1 : 0);
-    ExpectSoundAnswerFields(ctx);
-    ExpectSoundCookies();
-
-    EXPECT_EQ(fnQNStack_Http_ParseAnswer(ctx.get()), 0);
-    EXPECT_EQ(ctx.Unread(), "abc");
-    return refusals;
-  });
-}
-
-TEST_F(QnStackHttpAnswerHeap, LinesWhoseTextIsNotKeptAreGivenBack) {
-  AnswerContext ctx;
-  ctx.Feed("HTTP/1.0 200 OK\r\nContent-Length: 3\r\nContent-Encoding: gzip\r\nX-Other: y\r\n\r\n");
-  EXPECT_EQ(BlocksKeptBy([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); }), 0);
-  EXPECT_EQ(ctx->retValue, 200);
-  EXPECT_EQ(ctx->retCtxLen, 3);
-  EXPECT_EQ(ctx->retEncoding, -1);
+    ctx.Feed(std::string(c.lines) + "\r\n");
+    EXPECT_EQ(BlocksKeptBy([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); }), c.blocks) << c.what;
+    EXPECT_EQ(ctx->headParsed, 1);
+  }
 }
 
 // What a redirect that met refusals may leave in the fields.
@@ -157,12 +146,9 @@ TEST_F(QnStackHttpAnswerHeap, RedirectSurvivesAndCanBeDrivenOn) {
     ctx.Feed(qntest::FoundAt("http://new.test:81/p") + "abc");
     char room[512];
     int32_t result = 0;
-    int refusals = 0;
-    {
-      FailingHeap heap(number, reach);
-      result = fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room);
-      refusals = heap.Refusals();
-    }
+    const int refusals =
+        RefusalsIn([&] { result = fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room); },
+                   number, reach);
     EXPECT_LE(result, static_cast<int32_t>(sizeof room));
     ExpectSoundRedirect(ctx);
 
@@ -183,29 +169,14 @@ TEST_F(QnStackHttpAnswerHeap, RefusedReadsDeliverNoHeader) {
     ctx.Feed(kAnswer);
     char room[8] = "???????";
     int32_t result = 0;
-    int refusals = 0;
-    {
-      FailingHeap heap(number, reach);
-      result = fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room);
-      refusals = heap.Refusals();
-    }
+    const int refusals =
+        RefusalsIn([&] { result = fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room); },
+                   number, reach);
     EXPECT_THAT(result, AnyOf(-1, 3));
     EXPECT_STREQ(room, result == 3 ? "abc????" : "???????");
     ExpectBody(ctx, result == 3 ? "" : "abc");
     return refusals;
   });
-}
-
-TEST_F(QnStackHttpAnswerHeap, LocationFreesTheUrlItReplaces) {
-  AnswerContext ctx;
-  ctx.Feed("Location: http://a.test/\r\nContent-Location: http://b.test/\r\n\r\n");
-  EXPECT_EQ(BlocksKeptBy([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); }), 0);
-}
-
-TEST_F(QnStackHttpAnswerHeap, MediaTypesFreeTheOneTheyReplace) {
-  AnswerContext ctx;
-  ctx.Feed("Content-Type: a/a\r\nContent-Type: b/b\r\nContentType: c/c\r\n\r\n");
-  EXPECT_EQ(BlocksKeptBy([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); }), 1);
 }
 
 TEST_F(QnStackHttpAnswerHeap, RedirectFreesEveryTextItReplaces) {
@@ -217,14 +188,6 @@ TEST_F(QnStackHttpAnswerHeap, RedirectFreesEveryTextItReplaces) {
       BlocksKeptBy([&] { result = fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room); });
   EXPECT_EQ(result, -2);
   EXPECT_EQ(kept, -1);  // the body's media type is gone, four texts were replaced
-}
-
-TEST_F(QnStackHttpAnswerHeap, CookieLineKeepsOnlyTheCookie) {
-  fnQNStack_Http_Cookie_Set("first", "creates", "the", "jar");
-  AnswerContext ctx;
-  ctx.Feed("Set-Cookie: a=1; Path=/m\r\n\r\n");
-  const int kept = BlocksKeptBy([&ctx] { fnQNStack_Http_ParseAnswer(ctx.get()); });
-  EXPECT_EQ(kept, 6);  // list node, cookie, and its four texts
 }
 
 }  // namespace

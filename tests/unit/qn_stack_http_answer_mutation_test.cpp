@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -90,31 +89,10 @@ class Mutator {
   std::mt19937 random_;
 };
 
-// Whether no value would be lost on purpose: the parser leaves the value of a
-// repeated content type to those that kept it.
-bool HasAtMostOneType(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  });
-  int count = 0;
-  for (const std::string_view name : {"content-type:", "contenttype:"}) {
-    for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + 1)) {
-      ++count;
-    }
-  }
-  return count <= 1;
-}
-
-std::string Escaped(const std::string &text) { return testing::PrintToString(text); }
-
-// The mutants of a seed that can be tested for leaks too.
 std::vector<std::string> MutantsOf(size_t seed) {
   Mutator mutator(static_cast<unsigned>(seed) + 1);
   std::vector<std::string> mutants;
-  while (mutants.size() < kMutantsOfASeed) {
-    std::string mutant = mutator.Mutate(Seeds()[seed]);
-    if (HasAtMostOneType(mutant)) mutants.push_back(std::move(mutant));
-  }
+  for (int i = 0; i < kMutantsOfASeed; ++i) mutants.push_back(mutator.Mutate(Seeds()[seed]));
   return mutants;
 }
 
@@ -156,10 +134,10 @@ TEST_P(QnStackHttpAnswerMutation, IsReadToItsEnd) {
     Ending ending;
     qntest::OutputOf([&] { ending = ReadToTheEnd(ctx, capacity, mutant.size() + 13); });
 
-    ASSERT_TRUE(ending.reached) << Escaped(mutant);
-    ASSERT_TRUE(mutant.ends_with(ending.bytes)) << Escaped(mutant);
-    ASSERT_LE(ending.redirects, 10) << Escaped(mutant);
-    ASSERT_EQ(ctx.Unread(), "") << Escaped(mutant);
+    ASSERT_TRUE(ending.reached) << testing::PrintToString(mutant);
+    ASSERT_TRUE(mutant.ends_with(ending.bytes)) << testing::PrintToString(mutant);
+    ASSERT_LE(ending.redirects, 10) << testing::PrintToString(mutant);
+    ASSERT_EQ(ctx.Unread(), "") << testing::PrintToString(mutant);
   }
 }
 
@@ -208,7 +186,8 @@ TEST_P(QnStackHttpAnswerMutation, InPiecesGivesWhatTheWholeGives) {
     std::vector<size_t> cuts = {random.Below(mutant.size() + 1), random.Below(mutant.size() + 1),
                                 random.Below(mutant.size() + 1)};
     std::sort(cuts.begin(), cuts.end());
-    ASSERT_TRUE(ParseInPieces(mutant, cuts) == ParseInPieces(mutant, {})) << Escaped(mutant);
+    ASSERT_TRUE(ParseInPieces(mutant, cuts) == ParseInPieces(mutant, {}))
+        << testing::PrintToString(mutant);
   }
 }
 

@@ -6,7 +6,6 @@
 #include <array>
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "qnstack/qn_stack_http.h"
 #include "support/answer_context.h"
@@ -49,26 +48,34 @@ TEST(QnStackHttpAnswerRead, DeliversTheBodyAndThenTheEnd) {
   EXPECT_EQ(ctx->state, QN_HTTP_COMPLETE);
 }
 
-TEST(QnStackHttpAnswerRead, DeliversInPiecesOfTheCapacity) {
-  AnswerContext ctx;
-  ctx.Feed(kHeader + "abcdefgh"s);
-  std::vector<std::string> pieces;
-  for (int call = 0; call < 4; ++call) {
-    pieces.push_back(ctx.Read(3).bytes);
+TEST(QnStackHttpAnswerRead, WhatStandsBehindTheHeaderIsDeliveredAsItCame) {
+  struct Case {
+    const char *what;
+    std::string header;
+    std::string body;
+    int32_t status;
+  };
+  std::string every_byte;
+  for (int byte = 0; byte < 256; ++byte) every_byte += static_cast<char>(byte);
+  const Case cases[] = {
+      {"every byte", kHeader, every_byte, 200},
+      {"compressed", "HTTP/1.0 200 OK\r\nContent-Encoding: gzip\r\n\r\n", "\x1f\x8b\x08zip", 200},
+      {"behind an interim answer", "HTTP/1.1 100 Continue\r\n\r\n",
+       "HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\nx", 100},
+      {"no header", "", "just text\nwithout a header", 0},
+      {"nothing at all", "", "", 0},
+  };
+  for (const Case &c : cases) {
+    SCOPED_TRACE(c.what);
+    AnswerContext ctx;
+    ctx.Feed(c.header + c.body);
+    EXPECT_EQ(ctx.Read(3).bytes, c.body.substr(0, 3));
+    EXPECT_EQ(ctx.Read().bytes, c.body.size() > 3 ? c.body.substr(3) : "");
+    EXPECT_EQ(ctx.Read().result, 0);
+    EXPECT_EQ(ctx->headParsed, 1);
+    EXPECT_EQ(ctx->retValue, c.status);
+    EXPECT_EQ(ctx->retCtxLen, 0);
   }
-  EXPECT_EQ(pieces, (std::vector<std::string>{"abc", "def", "gh", ""}));
-}
-
-TEST(QnStackHttpAnswerRead, DeliversEveryByteValue) {
-  std::string body;
-  for (int byte = 0; byte < 256; ++byte) {
-    body += static_cast<char>(byte);
-  }
-  AnswerContext ctx;
-  ctx.Feed(kHeader + body);
-  const Delivery delivery = ctx.Read();
-  EXPECT_EQ(delivery.result, 256);
-  EXPECT_EQ(delivery.bytes, body);
 }
 
 TEST(QnStackHttpAnswerRead, LengthLineDoesNotBoundTheBody) {
@@ -76,33 +83,6 @@ TEST(QnStackHttpAnswerRead, LengthLineDoesNotBoundTheBody) {
   ctx.Feed("HTTP/1.0 200 OK\r\nContent-Length: 2\r\n\r\nabcdef");
   EXPECT_EQ(ctx.Read().bytes, "abcdef");
   EXPECT_EQ(ctx->retCtxLen, 2);
-}
-
-TEST(QnStackHttpAnswerRead, CompressedBodyIsDeliveredAsItCame) {
-  AnswerContext ctx;
-  ctx.Feed("HTTP/1.0 200 OK\r\nContent-Encoding: gzip\r\n\r\n\x1f\x8b\x08zip"s);
-  EXPECT_EQ(ctx.Read().bytes, "\x1f\x8b\x08zip");
-}
-
-TEST(QnStackHttpAnswerRead, AnswerBehindAnInterimOneIsBody) {
-  AnswerContext ctx;
-  ctx.Feed("HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\nx");
-  EXPECT_EQ(ctx.Read().bytes, "HTTP/1.1 200 OK\r\nContent-Length: 1\r\n\r\nx");
-  EXPECT_EQ(ctx->retValue, 100);
-  EXPECT_EQ(ctx->retCtxLen, 0);
-}
-
-TEST(QnStackHttpAnswerRead, AnswerWithoutAnyHeaderIsAllBody) {
-  AnswerContext ctx;
-  ctx.Feed("just text\nwithout a header");
-  EXPECT_EQ(ctx.Read().bytes, "just text\nwithout a header");
-  EXPECT_EQ(ctx->retValue, 0);
-}
-
-TEST(QnStackHttpAnswerRead, EmptyAnswerEndsAtOnce) {
-  AnswerContext ctx;
-  EXPECT_EQ(ctx.Read().result, 0);
-  EXPECT_EQ(ctx->headParsed, 1);
 }
 
 TEST(QnStackHttpAnswerRead, BytesTakenRawAreGoneForTheParser) {
@@ -202,13 +182,6 @@ TEST(QnStackHttpAnswerRead, BodyInPiecesIsDeliveredAsItComes) {
   EXPECT_EQ(ctx.Read().result, 0);
 }
 
-TEST(QnStackHttpAnswerRead, FailureBeforeAnyDataIsReportedAtOnce) {
-  AnswerContext ctx(QN_HTTP_RECEIVING);
-  EXPECT_EQ(ctx.Read().result, -1);
-  EXPECT_EQ(ctx->state, QN_HTTP_RECEIVE_FAILED);
-  EXPECT_EQ(ctx->headParsed, 0);
-}
-
 // --- a stopped transfer ---
 
 TEST(QnStackHttpAnswerRead, StoppedContextStillParsesAndDelivers) {
@@ -226,94 +199,68 @@ TEST(QnStackHttpAnswerRead, StoppedContextStillParsesAndDelivers) {
 // --- nothing to read from ---
 
 TEST(QnStackHttpAnswerRead, FailedContextDeliversNothing) {
-  for (const int32_t state : {QN_HTTP_RESOLVE_FAILED, QN_HTTP_CONNECT_FAILED, QN_HTTP_SEND_FAILED,
-                              QN_HTTP_RECEIVE_FAILED, QN_HTTP_GIVEN_UP}) {
-    SCOPED_TRACE(state);
-    AnswerContext ctx(state);
+  struct Case {
+    int32_t state;
+    int32_t tries;
+    int32_t ends_in;
+  };
+  constexpr Case kCases[] = {
+      {QN_HTTP_RESOLVE_FAILED, 0, QN_HTTP_RESOLVE_FAILED},
+      {QN_HTTP_CONNECT_FAILED, 0, QN_HTTP_CONNECT_FAILED},
+      {QN_HTTP_SEND_FAILED, 0, QN_HTTP_SEND_FAILED},
+      {QN_HTTP_RECEIVE_FAILED, 0, QN_HTTP_RECEIVE_FAILED},
+      {QN_HTTP_GIVEN_UP, 0, QN_HTTP_GIVEN_UP},
+      // The tries are exhausted.
+      {QN_HTTP_NEW, 3001, QN_HTTP_GIVEN_UP},
+      {QN_HTTP_RESOLVED, 3001, QN_HTTP_GIVEN_UP},
+      {QN_HTTP_CONNECTED, 3001, QN_HTTP_GIVEN_UP},
+      {QN_HTTP_SENDING, 3001, QN_HTTP_GIVEN_UP},
+      {QN_HTTP_RECEIVING, 3001, QN_HTTP_GIVEN_UP},
+  };
+  for (const Case &c : kCases) {
+    SCOPED_TRACE(c.state);
+    AnswerContext ctx(c.state);
+    ctx->tryCount = c.tries;
     ctx.Feed(kHeader + "abc"s);
-
     EXPECT_EQ(ctx.Read().result, -1);
-
-    EXPECT_EQ(ctx->state, state);
+    EXPECT_EQ(ctx->state, c.ends_in);
     EXPECT_EQ(ctx->headParsed, 0);
     EXPECT_EQ(ctx.Unread(), kHeader + "abc"s);
   }
 }
 
-TEST(QnStackHttpAnswerRead, ExhaustedTriesFailAContextThatIsUnderWay) {
-  for (const int32_t state :
-       {QN_HTTP_NEW, QN_HTTP_RESOLVED, QN_HTTP_CONNECTED, QN_HTTP_SENDING, QN_HTTP_RECEIVING}) {
-    SCOPED_TRACE(state);
-    AnswerContext ctx(state);
-    ctx->tryCount = 3001;
-    ctx.Feed(kHeader + "abc"s);
-
-    EXPECT_EQ(ctx.Read().result, -1);
-
-    EXPECT_EQ(ctx->state, QN_HTTP_GIVEN_UP);
-    EXPECT_EQ(ctx->headParsed, 0);
-  }
+TEST(QnStackHttpAnswerRead, FailureBeforeAnyDataIsReportedAtOnce) {
+  AnswerContext ctx(QN_HTTP_RECEIVING);
+  EXPECT_EQ(ctx.Read().result, -1);
+  EXPECT_EQ(ctx->state, QN_HTTP_RECEIVE_FAILED);
+  EXPECT_EQ(ctx->headParsed, 0);
 }
 
 // --- odd destinations and capacities ---
 
-TEST(QnStackHttpAnswerRead, CapacityZeroParsesAndTakesNothing) {
-  AnswerContext ctx;
-  ctx.Feed(kHeader + "abc"s);
+TEST(QnStackHttpAnswerRead, WithoutRoomTheHeaderIsParsedAndNothingTaken) {
   char untouched = 'u';
-
-  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, 0), 0);
-
-  EXPECT_EQ(untouched, 'u');
-  EXPECT_EQ(ctx->retValue, 200);
-  EXPECT_EQ(ctx.Read().bytes, "abc");
-}
-
-TEST(QnStackHttpAnswerRead, CapacityZeroWhileReceivingAsksToCallAgain) {
-  AnswerContext ctx(QN_HTTP_RECEIVING);
-  ctx.Feed(kHeader + LongBody());
-  char untouched = 'u';
-
-  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, 0), -2);
-
-  EXPECT_EQ(untouched, 'u');
-  EXPECT_EQ(ctx->headParsed, 1);
-  EXPECT_EQ(ctx.Unread(), LongBody());
-}
-
-TEST(QnStackHttpAnswerRead, CapacityZeroNeedsNoDestination) {
-  AnswerContext ctx;
-  ctx.Feed(kHeader + "abc"s);
-  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), nullptr, 0), 0);
-  EXPECT_EQ(ctx.Unread(), "abc");
-}
-
-TEST(QnStackHttpAnswerRead, NegativeCapacityIsRefusedAndTakesNothing) {
-  for (const int32_t capacity : {-1, -4096, INT32_MIN}) {
-    SCOPED_TRACE(capacity);
-    AnswerContext ctx;
-    ctx.Feed(kHeader + "abc"s);
-    char untouched = 'u';
-
-    EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, capacity), -1);
-
-    EXPECT_EQ(untouched, 'u');
-    EXPECT_EQ(ctx.Unread(), "abc");
+  struct Case {
+    void *destination;
+    int32_t capacity;
+    int32_t complete;  // the result for an answer that is complete
+  };
+  const Case cases[] = {{&untouched, 0, 0},          {nullptr, 0, 0},
+                        {&untouched, -1, -1},        {&untouched, -4096, -1},
+                        {&untouched, INT32_MIN, -1}, {nullptr, 3, -1}};
+  for (const Case &c : cases) {
+    for (const int32_t state : {QN_HTTP_COMPLETE, QN_HTTP_RECEIVING}) {
+      SCOPED_TRACE(testing::Message() << "capacity " << c.capacity << ", state " << state);
+      AnswerContext ctx(state);
+      ctx.Feed(kHeader + LongBody());
+      EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), c.destination, c.capacity),
+                state == QN_HTTP_COMPLETE ? c.complete : -2);
+      EXPECT_EQ(untouched, 'u');
+      EXPECT_EQ(ctx->state, state);
+      EXPECT_EQ(ctx->retValue, 200);
+      EXPECT_EQ(ctx.Unread(), LongBody());
+    }
   }
-}
-
-TEST(QnStackHttpAnswerRead, RefusedReadWhileReceivingAsksToCallAgainAndLosesNothing) {
-  AnswerContext ctx(QN_HTTP_RECEIVING);
-  ctx.Feed(kHeader + LongBody());
-  char untouched = 'u';
-
-  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, -1), -2);
-  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), &untouched, INT32_MIN), -2);
-  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), nullptr, 3), -2);
-
-  EXPECT_EQ(untouched, 'u');
-  EXPECT_EQ(ctx->state, QN_HTTP_RECEIVING);
-  EXPECT_EQ(ctx.Unread(), LongBody());
 }
 
 TEST(QnStackHttpAnswerRead, OddArgumentsDoNotKeepARedirectFromBeingFollowed) {

@@ -49,23 +49,15 @@ class QnCacheFreshness : public qntest::CacheTest {
   }
 };
 
-TEST_F(QnCacheFreshness, BeginsWithAnAnswerThatMustNotBeKept) {
-  EXPECT_EQ(facts_at_load, CacheTime{});
-}
-
 TEST_F(QnCacheFreshness, TakesNothingBeforeAnAnswerIsStarted) {
+  EXPECT_EQ(facts_at_load, CacheTime{});
   EXPECT_EQ(fnQNStack_Cache_ParseCacheTime("Cache-Control: max-age=60"), -1);
   EXPECT_EQ(fnQNStack_Cache_ParseCacheTime(nullptr), -1);
-
   EXPECT_EQ(qn::cache_time, CacheTime{});
   EXPECT_EQ(fnQNStack_Cache_getExpired(), -1);
-}
 
-TEST_F(QnCacheFreshness, StartsEveryAnswerAnew) {
   qn::cache_time = {0, 1, 2, 3, 4};
-
   fnQNStack_Cache_InitTime();
-
   EXPECT_EQ(qn::cache_time, (CacheTime{1, 0, 0, 0, 0}));
 }
 
@@ -74,48 +66,51 @@ TEST_F(QnCacheFreshness, TakesOneFactFromALine) {
     const char *line;
     CacheTime facts;
   };
+  // The facts before it are those of a started answer with the numbers 2 to 5.
   const Case cases[] = {
-      {"Date: Sun, 06 Nov 1994 08:49:37 GMT", {1, 0, 0, 0, kNov6}},
-      {"DATE:Sun, 06 Nov 1994 23:59:59 GMT", {1, 0, 0, 0, kNov6}},
-      {"Date: \t Sun, 06 Nov 1994 x", {1, 0, 0, 0, kNov6}},
-      {"Date: Sun, 06 Nov 1994", {1, 0, 0, 0, -1}},
-      {"Date: Sun, 06 nov 1994 08:49:37 GMT", {1, 0, 0, 0, -1}},
-      {"Date:", {1, 0, 0, 0, -1}},
-      {"Last-Modified: Sun, 06 Nov 1994 08:49:37 GMT", {1, 0, 0, kNov6, 0}},
-      {"last-modified:Sun, 06 Nov 1994 08:49:37 GMT", {1, 0, 0, kNov6, 0}},
-      {"Last-Modified: yesterday", {1, 0, 0, -1, 0}},
-      {"Expires: Sun, 06 Nov 1994 08:49:37 GMT", {1, kNov6, 0, 0, 0}},
-      {"eXPIRES: Sun, 06 Nov 1994 08:49:37 GMT", {1, kNov6, 0, 0, 0}},
-      {"Expires: 0", {1, -1, 0, 0, 0}},
-      {"Expires: -1", {1, -1, 0, 0, 0}},
-      {"Age: 60", {1, 0, 60, 0, 0}},
-      {"AGE:60", {1, 0, 60, 0, 0}},
-      {"Age:\t+7 seconds", {1, 0, 7, 0, 0}},
-      {"Age: -5", {1, 0, -5, 0, 0}},
-      {"Age: 2147483647", {1, 0, kMost, 0, 0}},
-      {"Cache-Control: max-age=60", {1, 0, 60, 0, 0}},
-      {"cache-control:MAX-AGE=60", {1, 0, 60, 0, 0}},
-      {"Cache-Control: public, max-age= 60, x", {1, 0, 60, 0, 0}},
-      {"Cache-Control: max-age=1, max-age=2", {1, 0, 1, 0, 0}},
-      {"Cache-Control: max-age=-2147483648", {1, 0, kLeast, 0, 0}},
-      {"Cache-Control: no-cache", {0, 0, 0, 0, 0}},
-      {"CACHE-CONTROL:x,No-Cache=\"Set-Cookie\"", {0, 0, 0, 0, 0}},
-      {"Cache-Control: max-age=60, no-cache", {0, 0, 60, 0, 0}},
-      {"Cache-Control: no-cache, max-age=60", {0, 0, 60, 0, 0}},
-      {"Pragma: no-cache", {0, 0, 0, 0, 0}},
-      {"pragma:x, NO-CACHE", {0, 0, 0, 0, 0}},
+      {"Date: Sun, 06 Nov 1994 08:49:37 GMT", {1, 2, 3, 4, kNov6}},
+      {"DATE:Sun, 06 Nov 1994 23:59:59 GMT", {1, 2, 3, 4, kNov6}},
+      {"Date: \t Sun, 06 Nov 1994 x", {1, 2, 3, 4, kNov6}},
+      {"Date: Sun, 06 Nov 1994", {1, 2, 3, 4, -1}},
+      {"Date: Sun, 06 nov 1994 08:49:37 GMT", {1, 2, 3, 4, -1}},
+      {"Date:", {1, 2, 3, 4, -1}},
+      {"Last-Modified: Sun, 06 Nov 1994 08:49:37 GMT", {1, 2, 3, kNov6, 5}},
+      {"last-modified:Sun, 06 Nov 1994 08:49:37 GMT", {1, 2, 3, kNov6, 5}},
+      {"Last-Modified: yesterday", {1, 2, 3, -1, 5}},
+      {"Expires: Sun, 06 Nov 1994 08:49:37 GMT", {1, kNov6, 3, 4, 5}},
+      {"eXPIRES: Sun, 06 Nov 1994 08:49:37 GMT", {1, kNov6, 3, 4, 5}},
+      {"Expires: 0", {1, -1, 3, 4, 5}},
+      {"Expires: -1", {1, -1, 3, 4, 5}},
+      {"Age: 60", {1, 2, 60, 4, 5}},
+      {"AGE:60", {1, 2, 60, 4, 5}},
+      {"Age:\t+7 seconds", {1, 2, 7, 4, 5}},
+      {"Age: -5", {1, 2, -5, 4, 5}},
+      {"Age: 2147483647", {1, 2, kMost, 4, 5}},
+      {"Cache-Control: max-age=60", {1, 2, 60, 4, 5}},
+      {"cache-control:MAX-AGE=60", {1, 2, 60, 4, 5}},
+      {"Cache-Control: public, max-age= 60, x", {1, 2, 60, 4, 5}},
+      {"Cache-Control: max-age=1, max-age=2", {1, 2, 1, 4, 5}},
+      {"Cache-Control: max-age=-2147483648", {1, 2, kLeast, 4, 5}},
+      {"Cache-Control: no-cache", {0, 2, 3, 4, 5}},
+      {"CACHE-CONTROL:x,No-Cache=\"Set-Cookie\"", {0, 2, 3, 4, 5}},
+      {"Cache-Control: max-age=60, no-cache", {0, 2, 60, 4, 5}},
+      {"Cache-Control: no-cache, max-age=60", {0, 2, 60, 4, 5}},
+      {"Pragma: no-cache", {0, 2, 3, 4, 5}},
+      {"pragma:x, NO-CACHE", {0, 2, 3, 4, 5}},
+      // A missing number is zero.
+      {"Age:", {1, 2, 0, 4, 5}},
+      {"Age: x60", {1, 2, 0, 4, 5}},
+      {"Age: - 6", {1, 2, 0, 4, 5}},
+      {"Cache-Control: max-age=", {1, 2, 0, 4, 5}},
+      {"Cache-Control: max-age=, no-store", {1, 2, 0, 4, 5}},
+      {"Cache-Control: max-age=\"60\"", {1, 2, 0, 4, 5}},
   };
   for (const Case &c : cases) {
     SCOPED_TRACE(c.line);
-    fnQNStack_Cache_InitTime();
-
+    qn::cache_time = {1, 2, 3, 4, 5};
     EXPECT_EQ(fnQNStack_Cache_ParseCacheTime(c.line), 0);
-
     EXPECT_EQ(qn::cache_time, c.facts);
   }
-}
-
-TEST_F(QnCacheFreshness, TakesNothingFromOtherLines) {
   for (const char *line :
        {"", "D", "Date", "Date : Sun, 06 Nov 1994 08:49:37 GMT",
         " Date: Sun, 06 Nov 1994 08:49:37 GMT", "X-Date: Sun, 06 Nov 1994 08:49:37 GMT",
@@ -125,30 +120,8 @@ TEST_F(QnCacheFreshness, TakesNothingFromOtherLines) {
         "Cache-Control:", "Pragma: max-age=60", "Pragma:"}) {
     SCOPED_TRACE(line);
     qn::cache_time = {1, 2, 3, 4, 5};
-
     EXPECT_EQ(fnQNStack_Cache_ParseCacheTime(line), 0);
-
     EXPECT_EQ(qn::cache_time, (CacheTime{1, 2, 3, 4, 5}));
-  }
-}
-
-TEST_F(QnCacheFreshness, TakesNothingFromNull) {
-  qn::cache_time = {1, 2, 3, 4, 5};
-
-  EXPECT_EQ(fnQNStack_Cache_ParseCacheTime(nullptr), 0);
-
-  EXPECT_EQ(qn::cache_time, (CacheTime{1, 2, 3, 4, 5}));
-}
-
-TEST_F(QnCacheFreshness, TakesAMissingNumberForZero) {
-  for (const char *line : {"Age:", "Age: x60", "Age: - 6", "Cache-Control: max-age=",
-                           "Cache-Control: max-age=, no-store", "Cache-Control: max-age=\"60\""}) {
-    SCOPED_TRACE(line);
-    qn::cache_time = {1, 0, 77, 0, 0};
-
-    fnQNStack_Cache_ParseCacheTime(line);
-
-    EXPECT_EQ(qn::cache_time.max_age, 0);
   }
 }
 
@@ -261,21 +234,12 @@ TEST_F(QnCacheFreshness, MakesTheExpiryOfHeaderLines) {
   }
 }
 
-TEST_F(QnCacheFreshness, LeavesTheIndexAlone) {
-  ExpiryOf({"Cache-Control: max-age=60"});
-
+TEST_F(QnCacheFreshness, LeavesIndexFilesAndHeapAlone) {
+  const qntest::FailingHeap heap(1);
+  EXPECT_EQ(ExpiryOf({"Cache-Control: max-age=60"}), kNow + 60);
+  EXPECT_EQ(heap.Allocations(), 0);
   EXPECT_EQ(qn::http_cache_list, nullptr);
   EXPECT_THAT(qntest::FilePort().Calls(), testing::IsEmpty());
-}
-
-TEST_F(QnCacheFreshness, AsksTheHeapForNothing) {
-  qn::cache_time = {1, 0, 0, 0, 0};
-  qntest::FailingHeap heap(1);
-
-  fnQNStack_Cache_ParseCacheTime("Cache-Control: max-age=60");
-
-  EXPECT_EQ(fnQNStack_Cache_getExpired(), kNow + 60);
-  EXPECT_EQ(heap.Allocations(), 0);
 }
 
 }  // namespace

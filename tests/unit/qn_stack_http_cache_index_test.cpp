@@ -28,14 +28,19 @@ const std::vector<CachedAnswer> kTwo = {{"http://a/", "text/plain", -4928, 120, 
 
 class QnCacheIndex : public qntest::CacheTest {};
 
-TEST_F(QnCacheIndex, LoadsTheIndexInTheOrderOfItsFile) {
+TEST_F(QnCacheIndex, LoadsOnceInTheOrderOfItsFileAndCountsNothing) {
   WriteIndex(kTwo);
-
+  SetCounters(7, -70);
   EXPECT_EQ(fnQNStack_LoadCache_To_List(), 1);
-
   EXPECT_EQ(Held(), kTwo);
   EXPECT_THAT(FilePort().Calls(),
               ElementsAreArray(InARow({{"MkDir(/wap/ca/)"}, IndexRead(IndexOf(kTwo).size())})));
+
+  FilePort().ClearCalls();
+  EXPECT_EQ(fnQNStack_LoadCache_To_List(), 1);
+  EXPECT_THAT(FilePort().Calls(), ElementsAre("MkDir(/wap/ca/)")) << "every time";
+  EXPECT_EQ(Held(), kTwo);
+  ExpectCounters(7, -70);
 }
 
 TEST_F(QnCacheIndex, CountsOnBeyond32BitsByWrapping) {
@@ -48,26 +53,6 @@ TEST_F(QnCacheIndex, CountsOnBeyond32BitsByWrapping) {
 
   EXPECT_EQ(qn::http_cache_items, kLeast);
   EXPECT_EQ(qn::http_cache_size, kMost);
-}
-
-TEST_F(QnCacheIndex, LoadsOnceAndMakesTheFolderEveryTime) {
-  WriteIndex(kTwo);
-  fnQNStack_LoadCache_To_List();
-  FilePort().ClearCalls();
-
-  EXPECT_EQ(fnQNStack_LoadCache_To_List(), 1);
-
-  EXPECT_THAT(FilePort().Calls(), ElementsAre("MkDir(/wap/ca/)"));
-  EXPECT_EQ(Held(), kTwo);
-}
-
-TEST_F(QnCacheIndex, LoadingLeavesTheCounters) {
-  WriteIndex(kTwo);
-  SetCounters(7, -70);
-
-  fnQNStack_LoadCache_To_List();
-
-  ExpectCounters(7, -70);
 }
 
 TEST_F(QnCacheIndex, LoadsAnEmptyIndexWhereThereIsNoFile) {
@@ -122,26 +107,19 @@ TEST_F(QnCacheIndex, ReadsWhatIsMissingOfAnEntryAsEmpty) {
   EXPECT_EQ(Held(), (std::vector<CachedAnswer>{{"http://a/", "label", -17, 0, 0, 0, 0}}));
 }
 
-TEST_F(QnCacheIndex, ListIsLoadedAgainAfterFreeAndNotCounted) {
+TEST_F(QnCacheIndex, ListIsTheOneThatIsLoadedAndLoadedAgainAfterFree) {
   Start(kTwo);
+  const QNList *list = qn::http_cache_list;
+  EXPECT_EQ(fnQNFS_http_cache_list(), list);
+  EXPECT_THAT(FilePort().Calls(), IsEmpty());
+
   fnQNStack_Cache_Free();
   SetCounters(7, -70);
-
-  const QNList *list = fnQNFS_http_cache_list();
-
+  list = fnQNFS_http_cache_list();
   ASSERT_NE(list, nullptr);
   EXPECT_EQ(list, qn::http_cache_list);
   EXPECT_EQ(Held(), kTwo);
   ExpectCounters(7, -70);
-}
-
-TEST_F(QnCacheIndex, ListIsTheOneThatIsLoaded) {
-  Start(kTwo);
-  const QNList *list = qn::http_cache_list;
-
-  EXPECT_EQ(fnQNFS_http_cache_list(), list);
-
-  EXPECT_THAT(FilePort().Calls(), IsEmpty());
 }
 
 TEST_F(QnCacheIndex, HasNoIndexWhenTheHeapRefusesTheList) {

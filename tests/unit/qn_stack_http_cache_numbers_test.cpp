@@ -8,6 +8,7 @@
 #include <functional>
 #include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qn_stack_http_cache_internal.h"
@@ -80,42 +81,39 @@ TEST_F(QnCacheNumbers, StayTakenWhileTheIndexCannotBeWritten) {
   ExpectOwnBodiesAtAStart();
 }
 
-TEST_F(QnCacheNumbers, StayTakenAfterASaveThatCouldNotWriteItsBody) {
-  StartWithAStaleEntryOfTheNextNumber();
-  FilePort().Fail("WriteToFile");
-  EXPECT_EQ(Save("u"), 0);
-  EXPECT_THAT(Held(), IsEmpty());
+TEST_F(QnCacheNumbers, StayTakenAfterACallThatEmptiedTheListAndNotTheIndex) {
+  const std::pair<const char *, std::function<void()>> calls[] = {
+      {"a save that could not write its body",
+       [] {
+         StartWithAStaleEntryOfTheNextNumber();
+         FilePort().Fail("WriteToFile");
+         EXPECT_EQ(Save("u"), 0);
+       }},
+      {"a save that found no room",
+       [] {
+         Start({{.url = "old", .file_no = kFileNoOfNow, .expires = kFresh}});
+         EXPECT_EQ(fnQNStack_Cache_Save("large", nullptr, "b", kMebibyte, kFresh, 0), 0);
+       }},
+      {"a deletion that failed",
+       [] {
+         Start({{.url = "old", .file_no = kFileNoOfNow, .expires = kFresh}});
+         FilePort().Fail("DelAllFiles");
+         FilePort().Fail("WriteToFile");
+         EXPECT_EQ(fnQNStack_Cache_Delete_All(), 0);
+       }},
+  };
+  for (const auto &[what, call] : calls) {
+    SCOPED_TRACE(what);
+    ResetCache();
+    call();
+    EXPECT_THAT(Held(), IsEmpty());
 
-  FilePort().FailFrom(2);  // the program ends when the body is written
-  Save("v");
+    FilePort().FailFrom(2);  // the program ends when the body is written
+    Save("v");
 
-  EXPECT_EQ(FirstNumber(), kFileNoOfNow + 1);
-  ExpectOwnBodiesAtAStart();
-}
-
-TEST_F(QnCacheNumbers, StayTakenAfterASaveThatFoundNoRoom) {
-  Start({{.url = "old", .file_no = kFileNoOfNow, .expires = kFresh}});
-  EXPECT_EQ(fnQNStack_Cache_Save("large", nullptr, "b", kMebibyte, kFresh, 0), 0);
-  EXPECT_THAT(Held(), IsEmpty());
-
-  FilePort().FailFrom(2);
-  Save("u");
-
-  EXPECT_EQ(FirstNumber(), kFileNoOfNow + 1);
-  ExpectOwnBodiesAtAStart();
-}
-
-TEST_F(QnCacheNumbers, StayTakenWhenTheIndexOutlivesItsDeletion) {
-  Start({{.url = "old", .file_no = kFileNoOfNow, .expires = kFresh}});
-  FilePort().Fail("DelAllFiles");
-  FilePort().Fail("WriteToFile");
-  EXPECT_EQ(fnQNStack_Cache_Delete_All(), 0);
-
-  FilePort().FailFrom(2);
-  Save("u");
-
-  EXPECT_EQ(FirstNumber(), kFileNoOfNow + 1);
-  ExpectOwnBodiesAtAStart();
+    EXPECT_EQ(FirstNumber(), kFileNoOfNow + 1);
+    ExpectOwnBodiesAtAStart();
+  }
 }
 
 TEST_F(QnCacheNumbers, StayTakenOfEntriesThatTheProgramTookOut) {
@@ -163,58 +161,43 @@ TEST_F(QnCacheNumbers, AreThoseOfTheIndexThatWasLoadedLast) {
   EXPECT_EQ(FirstNumber(), kFileNoOfNow);
 }
 
-TEST_F(QnCacheNumbers, AboveThoseThatAreNotedOneByOneAreFree) {
-  Start(Answers(kHighestNoted - kFileNoOfNow + 1, kFresh, 0, kFileNoOfNow));
-  fnQNList_Clear(fnQNFS_http_cache_list(), qn::FreeCacheEntry);
-  SetCounters(0, 0);
+TEST_F(QnCacheNumbers, AboveThoseThatAreNotedOneByOneAreFreeUnlessTheIndexNamesOne) {
+  for (const bool names_one : {false, true}) {
+    SCOPED_TRACE(names_one);
+    ResetCache();
+    std::vector<CachedAnswer> many =
+        Answers(kHighestNoted - kFileNoOfNow + 1, kFresh, 0, kFileNoOfNow);
+    if (names_one) many.push_back({.url = "far", .file_no = 1000000, .expires = kFresh});
+    Start(many);
+    fnQNList_Clear(fnQNFS_http_cache_list(), qn::FreeCacheEntry);
+    SetCounters(0, 0);
 
-  EXPECT_EQ(Save("u"), 1);
+    EXPECT_EQ(Save("u"), names_one ? 0 : 1);
 
-  EXPECT_EQ(FirstNumber(), kHighestNoted + 1);
-}
-
-TEST_F(QnCacheNumbers, AreOutWhenTheIndexNamesThoseAboveToo) {
-  std::vector<CachedAnswer> many =
-      Answers(kHighestNoted - kFileNoOfNow + 1, kFresh, 0, kFileNoOfNow);
-  many.push_back({.url = "far", .file_no = 1000000, .expires = kFresh});
-  Start(many);
-  fnQNList_Clear(fnQNFS_http_cache_list(), qn::FreeCacheEntry);
-  SetCounters(0, 0);
-
-  EXPECT_EQ(Save("u"), 0);
-
-  EXPECT_THAT(Held(), IsEmpty());
-  EXPECT_EQ(FilePort().CountOf("WriteToFile"), 0);
+    EXPECT_EQ(FirstNumber(), names_one ? 0 : kHighestNoted + 1);
+    EXPECT_EQ(FilePort().CountOf("WriteToFile") == 0, names_one);
+  }
 }
 
 TEST_F(QnCacheNumbers, AreNotKnownOfAnIndexThatCannotBeRead) {
-  const std::vector<CachedAnswer> old = Answers(2, kFresh);
-  WriteIndex(old);
   FilePort().Fail("ReadFromFile");
   fnQNStack_Cache_Init();
+  EXPECT_EQ(Save("u"), 1) << "the index is not there";
 
+  ResetCache();
+  WriteIndex(Answers(2, kFresh));
+  FilePort().Fail("ReadFromFile");
+  fnQNStack_Cache_Init();
   EXPECT_EQ(Save("u"), 0);
-
   EXPECT_EQ(FilePort().CountOf("WriteToFile"), 0);
   fnQNStack_Cache_Free();
   EXPECT_EQ(Save("u"), 1);
   EXPECT_THAT(HeldUrls(), testing::ElementsAre("u", "u0", "u1"));
-}
 
-TEST_F(QnCacheNumbers, AreKnownOfAnIndexThatIsNotThere) {
+  fnQNStack_Cache_Free();
   FilePort().Fail("ReadFromFile");
   fnQNStack_Cache_Init();
-
-  EXPECT_EQ(Save("u"), 1);
-}
-
-TEST_F(QnCacheNumbers, AreKnownAgainWhenAllIsDeleted) {
-  WriteIndex(Answers(2, kFresh));
-  FilePort().Fail("ReadFromFile");
-  fnQNStack_Cache_Init();
-
   EXPECT_EQ(fnQNStack_Cache_Delete_All(), 1);
-
   EXPECT_EQ(Save("u"), 1);
 }
 

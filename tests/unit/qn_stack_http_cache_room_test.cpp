@@ -57,17 +57,6 @@ TEST_F(QnCacheRoom, PurgesWhatExpiresWithin99Seconds) {
   }
 }
 
-TEST_F(QnCacheRoom, KeepsWhatItsHeaderLetsExpireIn2037) {
-  fnQNStack_Cache_InitTime();
-  fnQNStack_Cache_ParseCacheTime("Expires: Thu, 31 Dec 2037 23:55:55 GMT");
-  EXPECT_EQ(Save("u", 1, fnQNStack_Cache_getExpired()), 1);
-
-  EXPECT_EQ(Save("new"), 1);
-
-  EXPECT_THAT(HeldUrls(), ElementsAre("new", "u"));
-  EXPECT_NE(fnQNStack_Cache_FindbyUrl_NoExpired("u"), nullptr);
-}
-
 TEST_F(QnCacheRoom, PurgesFromTheHeadOnWhereverTheyStand) {
   std::vector<CachedAnswer> answers = Answers(6, kFresh);
   for (const size_t stale : {0U, 2U, 3U, 5U}) answers[stale].expires = kNow + 50;
@@ -81,15 +70,6 @@ TEST_F(QnCacheRoom, PurgesFromTheHeadOnWhereverTheyStand) {
                                         "DeleteFile(/wap/ca/20003)", "DeleteFile(/wap/ca/20005)",
                                         "WriteToFile(1 bytes, /wap/ca/-4928)"},
                                        IndexRewrite(IndexOf(Held()).size())})));
-}
-
-TEST_F(QnCacheRoom, PurgesAllOfTheCache) {
-  Start(Answers(3, kNow));
-
-  EXPECT_EQ(Save("new"), 1);
-
-  EXPECT_THAT(HeldUrls(), ElementsAre("new"));
-  EXPECT_EQ(IndexFile(), IndexOf(Held()));
 }
 
 TEST_F(QnCacheRoom, PurgesAnEntryWhoseStringsAreMissing) {
@@ -107,51 +87,34 @@ TEST_F(QnCacheRoom, PurgesAnEntryWhoseStringsAreMissing) {
 TEST_F(QnCacheRoom, StoresWhatExpiresSoonAndPurgesItAtTheNextSave) {
   EXPECT_EQ(Save("soon", 1, kNow + 99), 1);
   EXPECT_THAT(HeldUrls(), ElementsAre("soon"));
-
   EXPECT_EQ(Save("next"), 1);
-
   EXPECT_THAT(HeldUrls(), ElementsAre("next"));
-  EXPECT_EQ(qn::http_cache_items, 1);
+
+  SetCounters(0, -10);  // lets more than a mebibyte in
+  EXPECT_EQ(Save("large", kMebibyte + 9), 1);
+  EXPECT_EQ(qn::http_cache_size, kMebibyte - 1);
 }
 
-TEST_F(QnCacheRoom, Holds199Entries) {
+TEST_F(QnCacheRoom, Holds199EntriesAndThrowsTheOldestOutFirst) {
   Start(Answers(198, kFresh));
-
   EXPECT_EQ(Save("a"), 1);
   EXPECT_EQ(HeldUrls().size(), 199U);
   EXPECT_EQ(FilePort().CountOf("DeleteFile"), 2);  // those of the index's backup
 
-  EXPECT_EQ(Save("b"), 1);
-  EXPECT_EQ(HeldUrls().size(), 199U);
-  EXPECT_EQ(HeldUrls().front(), "b");
-  EXPECT_EQ(HeldUrls().back(), "u196");
-  EXPECT_FALSE(FilePort().files().Exists("/wap/ca/20197"));
-  EXPECT_EQ(qn::http_cache_items, 199);
-}
-
-TEST_F(QnCacheRoom, ThrowsTheOldestOutFirst) {
-  Start(Answers(202, kFresh));
-
-  EXPECT_EQ(Save("new"), 1);
-
-  EXPECT_EQ(HeldUrls().size(), 199U);
-  EXPECT_EQ(HeldUrls().back(), "u197");
-  EXPECT_THAT(FilePort().Calls(),
-              ElementsAreArray(InARow({{"DeleteFile(/wap/ca/20201)", "DeleteFile(/wap/ca/20200)",
-                                        "DeleteFile(/wap/ca/20199)", "DeleteFile(/wap/ca/20198)",
-                                        "WriteToFile(1 bytes, /wap/ca/-4928)"},
-                                       IndexRewrite(IndexOf(Held()).size())})));
-}
-
-TEST_F(QnCacheRoom, PurgesBeforeItLooksForRoom) {
-  std::vector<CachedAnswer> answers = Answers(199, kFresh);
-  answers[0].expires = kNow;
+  ResetCache();
+  std::vector<CachedAnswer> answers = Answers(203, kFresh);
+  answers[0].expires = kNow;  // it is purged before
   Start(answers);
-
   EXPECT_EQ(Save("new"), 1);
-
   EXPECT_EQ(HeldUrls().size(), 199U);
   EXPECT_EQ(HeldUrls().back(), "u198");
+  EXPECT_EQ(qn::http_cache_items, 199);
+  EXPECT_THAT(
+      FilePort().Calls(),
+      ElementsAreArray(InARow({{"DeleteFile(/wap/ca/20000)", "DeleteFile(/wap/ca/20202)",
+                                "DeleteFile(/wap/ca/20201)", "DeleteFile(/wap/ca/20200)",
+                                "DeleteFile(/wap/ca/20199)", "WriteToFile(1 bytes, /wap/ca/-4928)"},
+                               IndexRewrite(IndexOf(Held()).size())})));
 }
 
 TEST_F(QnCacheRoom, TakesABodyThatIsSmallerThanWhatIsLeftOfTheMebibyte) {
@@ -176,28 +139,18 @@ TEST_F(QnCacheRoom, TakesABodyThatIsSmallerThanWhatIsLeftOfTheMebibyte) {
 }
 
 TEST_F(QnCacheRoom, EmptiesItselfForABodyThatNeverFits) {
-  for (const int32_t length : {kMebibyte, kMebibyte + 1}) {
+  for (const int32_t length : {kMebibyte, kMebibyte + 1, kMost}) {
+    SCOPED_TRACE(length);
     ResetCache();
     const std::vector<CachedAnswer> answers = Answers(2, kFresh);
     Start(answers);
-
-    EXPECT_EQ(Save("new", length), 0);
-
+    EXPECT_EQ(fnQNStack_Cache_Save("new", nullptr, "b", length, kFresh, 0), 0);
     EXPECT_THAT(FilePort().Calls(),
                 ElementsAre("DeleteFile(/wap/ca/20001)", "DeleteFile(/wap/ca/20000)"));
     EXPECT_THAT(Held(), IsEmpty());
     ExpectCounters(0, 0);
     EXPECT_EQ(IndexFile(), IndexOf(answers));
   }
-}
-
-TEST_F(QnCacheRoom, EmptiesItselfForTheGreatestLength) {
-  Start(Answers(2, kFresh));
-
-  EXPECT_EQ(fnQNStack_Cache_Save("new", nullptr, "b", kMost, kFresh, 0), 0);
-
-  EXPECT_THAT(Held(), IsEmpty());
-  EXPECT_EQ(FilePort().CountOf("WriteToFile"), 0);
 }
 
 TEST_F(QnCacheRoom, GoesByTheCountersAndNotByTheList) {
@@ -225,15 +178,6 @@ TEST_F(QnCacheRoom, GoesByTheCountersAndNotByTheList) {
 
     EXPECT_EQ(HeldUrls().size(), c.left);
   }
-}
-
-TEST_F(QnCacheRoom, LetsMoreThanAMebibyteInOnceTheSizeIsNegative) {
-  Start({});
-  qn::http_cache_size = -10;
-
-  EXPECT_EQ(Save("u", kMebibyte + 9), 1);
-
-  EXPECT_EQ(qn::http_cache_size, kMebibyte - 1);
 }
 
 }  // namespace

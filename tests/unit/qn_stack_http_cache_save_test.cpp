@@ -51,74 +51,45 @@ TEST_F(QnCacheSave, WritesTheBodyThenTheIndex) {
   EXPECT_EQ(IndexFile(), index);
 }
 
-TEST_F(QnCacheSave, KeepsEveryArgument) {
+TEST_F(QnCacheSave, KeepsEveryArgumentAndACopyOfItsStrings) {
   const std::string body("a\0\nb", 4);
-
-  EXPECT_EQ(fnQNStack_Cache_Save("u", "image/gif", body.data(), 4, kFresh, -200), 1);
-
-  EXPECT_EQ(Held(),
-            (std::vector<CachedAnswer>{{"u", "image/gif", kFileNoOfNow, 4, kFresh, kNow, -200}}));
-  EXPECT_EQ(Body(kFileNoOfNow), body);
-}
-
-TEST_F(QnCacheSave, CopiesItsStrings) {
   std::string url = "url";
-  std::string label = "label";
-
-  fnQNStack_Cache_Save(url.c_str(), label.c_str(), "x", 1, kFresh, 0);
-  url = label = "?????";
-
-  EXPECT_EQ(Held().front().url, "url");
-  EXPECT_EQ(Held().front().label, "label");
-}
-
-TEST_F(QnCacheSave, KeepsAnEmptyLabelAndAnEmptyBody) {
-  EXPECT_EQ(fnQNStack_Cache_Save("u", "", "", 0, kFresh, 0), 1);
-
-  EXPECT_EQ(Held(), (std::vector<CachedAnswer>{{"u", "", kFileNoOfNow, 0, kFresh, kNow, 0}}));
-  EXPECT_EQ(Body(kFileNoOfNow), "");
-}
-
-TEST_F(QnCacheSave, RefusesANullUrl) {
-  EXPECT_EQ(fnQNStack_Cache_Save(nullptr, nullptr, "body", 4, kFresh, 0), 0);
-
-  EXPECT_THAT(FilePort().Calls(), testing::IsEmpty());
+  std::string label = "image/gif";
+  EXPECT_EQ(fnQNStack_Cache_Save(url.c_str(), label.c_str(), body.data(), 4, kFresh, -200), 1);
+  EXPECT_EQ(fnQNStack_Cache_Save("empty", "", "", 0, kFresh, 0), 1);
+  url = label = "?????????";
+  EXPECT_EQ(Held(),
+            (std::vector<CachedAnswer>{{"empty", "", kFileNoOfNow + 1, 0, kFresh, kNow, 0},
+                                       {"url", "image/gif", kFileNoOfNow, 4, kFresh, kNow, -200}}));
+  EXPECT_EQ(Body(kFileNoOfNow), body);
+  EXPECT_EQ(Body(kFileNoOfNow + 1), "");
 }
 
 TEST_F(QnCacheSave, RefusesAnAnswerWithoutAUrlAndThrowsNothingOut) {
   const std::vector<CachedAnswer> stale = Answers(1, kNow - 1);
   Start(stale);
-
   EXPECT_EQ(fnQNStack_Cache_Save(nullptr, nullptr, "body", 4, kFresh, 0), 0);
-
   EXPECT_EQ(Held(), stale);
+  EXPECT_THAT(FilePort().Calls(), testing::IsEmpty());
 }
 
-TEST_F(QnCacheSave, PutsTheNewEntryInFrontAndCountsIt) {
+TEST_F(QnCacheSave, PutsTheNewEntryInFrontAndCountsItAlone) {
   const std::vector<CachedAnswer> old = Answers(2, kFresh, 10);
-  Start(old);
-
-  EXPECT_EQ(Save("new", "body"), 1);
-
-  EXPECT_EQ(Held(), (std::vector<CachedAnswer>{Saved("new", 4), old[0], old[1]}));
-  EXPECT_EQ(IndexFile(), IndexOf(Held()));
-  ExpectCounters(3, 24);
-}
-
-TEST_F(QnCacheSave, LoadsTheIndexWithoutCountingIt) {
-  WriteIndex(Answers(2, kFresh, 10));
-
-  EXPECT_EQ(Save("new", "body"), 1);
-
-  EXPECT_THAT(HeldUrls(), ElementsAre("new", "u0", "u1"));
-  ExpectCounters(1, 4);
-}
-
-TEST_F(QnCacheSave, HeedsNeitherTheModeNorTheFreshnessFacts) {
-  fnQNStack_Cache_setMode(0);
-  qn::cache_time.cacheable = 0;
-
-  EXPECT_EQ(Save("u", "x"), 1);
+  for (const bool loaded : {true, false}) {
+    SCOPED_TRACE(loaded);
+    ResetCache();
+    fnQNStack_Cache_setMode(0);  // nobody heeds it here, nor the facts of an answer
+    qn::cache_time.cacheable = 0;
+    if (loaded) {
+      Start(old);
+    } else {
+      WriteIndex(old);
+    }
+    EXPECT_EQ(Save("new", "body"), 1);
+    EXPECT_EQ(Held(), (std::vector<CachedAnswer>{Saved("new", 4), old[0], old[1]}));
+    EXPECT_EQ(IndexFile(), IndexOf(Held()));
+    ExpectCounters(loaded ? 3 : 1, loaded ? 24 : 4);
+  }
 }
 
 TEST_F(QnCacheSave, DeletesTheOldBodyOfItsUrlFirst) {
@@ -139,7 +110,8 @@ TEST_F(QnCacheSave, DeletesTheOldBodyOfItsUrlFirst) {
 
 TEST_F(QnCacheSave, TakesTheOldEntryOfAUrlOffTwiceInTheEnd) {
   Start({{.url = "u", .file_no = 7, .size = 100, .expires = kNow + 200}});
-  Save("u", "body");
+  FilePort().Fail("DeleteFile");  // the old body is not there
+  EXPECT_EQ(Save("u", "body"), 1);
   clock_.SetLocal({.year = 2009, .month = 6, .day = 15, .hour = 12, .minute = 5});
 
   EXPECT_EQ(Save("other", "x", kNow + 10000), 1);
@@ -157,13 +129,6 @@ TEST_F(QnCacheSave, TakesAStaleEntryOfItsUrlOffTwiceAtOnce) {
   EXPECT_EQ(FilePort().Calls()[1], "DeleteFile(/wap/ca/7)");
   EXPECT_EQ(Held(), (std::vector<CachedAnswer>{Saved("u", 4)}));
   ExpectCounters(0, -96);
-}
-
-TEST_F(QnCacheSave, GoesOnWhenTheOldBodyIsNotThere) {
-  Start({{.url = "u", .file_no = 7, .expires = kFresh}});
-  FilePort().Fail("DeleteFile");
-
-  EXPECT_EQ(Save("u", "body"), 1);
 }
 
 TEST_F(QnCacheSave, FailsWhenTheBodyCannotBeWritten) {
@@ -212,46 +177,29 @@ TEST_F(QnCacheSave, SucceedsWhenTheIndexCannotBeWritten) {
 }
 
 TEST_F(QnCacheSave, GivesTheBodyTheNextNumberThatNoEntryHas) {
-  const auto with_number = [](int32_t file_no) {
-    return CachedAnswer{.url = std::to_string(file_no), .file_no = file_no, .expires = kFresh};
+  const auto with_number = [](const char *url, int32_t file_no) {
+    return CachedAnswer{.url = url, .file_no = file_no, .expires = kFresh};
   };
-  Start({with_number(-4927), with_number(-4925), with_number(-4928)});
+  Start({with_number("a", -4927), with_number("b", -4925), with_number("u", kFileNoOfNow)});
 
   Save("u", "body");
 
-  EXPECT_EQ(Held().front().file_no, -4926);
+  EXPECT_EQ(Held().front().file_no, -4926) << "the number of its old entry is taken too";
   EXPECT_EQ(Body(-4926), "body");
-}
-
-TEST_F(QnCacheSave, KeepsTheNumberOfAnOldEntryOfItsUrlTaken) {
-  Start({{.url = "u", .file_no = kFileNoOfNow, .expires = kFresh}});
-
-  Save("u", "body");
-
-  EXPECT_EQ(Held().front().file_no, kFileNoOfNow + 1);
   EXPECT_EQ(Body(kFileNoOfNow), "none");
 }
 
-TEST_F(QnCacheSave, TakesTheStringsOfAnEntryThatIsPurged) {
-  Start({{.url = "url", .label = "label", .file_no = 7, .size = 9, .expires = kNow}});
-  const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl("url");
-
-  EXPECT_EQ(fnQNStack_Cache_Save(entry->url, entry->label, "x", 1, kFresh, 5), 1);
-
-  EXPECT_EQ(Held(),
-            (std::vector<CachedAnswer>{{"url", "label", kFileNoOfNow, 1, kFresh, kNow, 5}}));
-}
-
-TEST_F(QnCacheSave, TakesTheStringsOfAnEntryThatIsEvicted) {
-  Start({{.url = "other", .file_no = 6, .expires = kFresh},
-         {.url = "url", .label = "label", .file_no = 7, .expires = kFresh}});
-  qn::http_cache_items = 200;
-  const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl("url");
-
-  EXPECT_EQ(fnQNStack_Cache_Save(entry->url, entry->label, "x", 1, kFresh, 5), 1);
-
-  EXPECT_THAT(HeldUrls(), ElementsAre("url", "other"));
-  EXPECT_EQ(Held().front().label, "label");
+TEST_F(QnCacheSave, TakesTheStringsOfAnEntryThatIsThrownOut) {
+  for (const bool is_purged : {true, false}) {
+    SCOPED_TRACE(is_purged ? "purged" : "evicted");
+    ResetCache();
+    Start({{.url = "url", .label = "label", .file_no = 7, .expires = is_purged ? kNow : kFresh}});
+    if (!is_purged) qn::http_cache_items = 200;  // its old body is taken off first
+    const QNCacheEntry *entry = fnQNStack_Cache_FindbyUrl("url");
+    EXPECT_EQ(fnQNStack_Cache_Save(entry->url, entry->label, "x", 1, kFresh, 5), 1);
+    EXPECT_EQ(Held(),
+              (std::vector<CachedAnswer>{{"url", "label", kFileNoOfNow, 1, kFresh, kNow, 5}}));
+  }
 }
 
 TEST_F(QnCacheSave, TakesABodyThatIsAStringOfAnEntryThatIsPurged) {
@@ -269,18 +217,13 @@ TEST_F(QnCacheSave, TakesABodyThatIsAStringOfAnEntryThatIsPurged) {
 
 TEST_F(QnCacheSave, IsWholeOrNotAtAllWhenTheHeapRefuses) {
   const std::vector<CachedAnswer> old = Answers(3, kFresh, 10);
-  int refusals = 1;
   int failures = 0;
-  for (int k = 1; refusals > 0; ++k) {
+  for (int k = 1, refusals = 1; refusals > 0; ++k) {
     SCOPED_TRACE(k);
     ResetCache();
     Start(old);
     int32_t result = -1;
-    {
-      FailingHeap heap(k);
-      result = Save("new", "body");
-      refusals = heap.Refusals();
-    }
+    refusals = RefusalsIn([&] { result = Save("new", "body"); }, k);
     failures += result == 0 ? 1 : 0;
 
     ASSERT_THAT(result, testing::AnyOf(0, 1));
@@ -296,10 +239,8 @@ TEST_F(QnCacheSave, IsWholeOrNotAtAllWhenTheHeapRefuses) {
 }
 
 TEST_F(QnCacheSave, FailsWithoutAnIndexWhenTheHeapRefusesIt) {
-  FailingHeap heap(4);
-
+  const FailingHeap heap(4);
   EXPECT_EQ(Save("u", "body"), 0);
-
   EXPECT_EQ(qn::http_cache_list, nullptr);
   EXPECT_EQ(FilePort().CountOf("WriteToFile"), 0);
 }

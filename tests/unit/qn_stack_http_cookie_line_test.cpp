@@ -29,69 +29,37 @@ class QnStackHttpCookieLine : public testing::Test {
   }
 };
 
-TEST_F(QnStackHttpCookieLine, IsMissingWithoutAJar) { EXPECT_EQ(LinesFor("h"), ""); }
-
 TEST_F(QnStackHttpCookieLine, HoldsNameAndValueAndIsFollowedByCookie2) {
-  fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/mms");
-
-  EXPECT_EQ(LinesFor("h"), "Cookie: sid=abc\r\nCookie2: \"1\"\r\n");
-}
-
-TEST_F(QnStackHttpCookieLine, IsAppendedBehindTheOtherLines) {
-  fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
-  Buffer buffer(64);
-  buffer.Write("GET / HTTP/1.0\r\n");
-
-  fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
-
-  EXPECT_EQ(buffer.Fields().held, "GET / HTTP/1.0\r\nCookie: sid=abc\r\nCookie2: \"1\"\r\n");
+  struct Case {
+    const char *name;
+    const char *value;
+    const char *host;
+    const char *lines;
+  };
+  constexpr Case kCases[] = {
+      {"sid", "abc", "h", "Cookie: sid=abc\r\nCookie2: \"1\"\r\n"},
+      {"%s", "%d%n", "h", "Cookie: %s=%d%n\r\nCookie2: \"1\"\r\n"},
+      {"a", "1", "", "Cookie: a=1\r\nCookie2: \"1\"\r\n"},
+  };
+  for (const Case &c : kCases) {
+    fnQNStack_Http_Cookie_FreeAll();
+    fnQNStack_Http_Cookie_Set(c.name, c.value, c.host, "/mms");
+    EXPECT_EQ(LinesFor(c.host), c.lines) << c.name;
+  }
 }
 
 // A line end alone would end the header, and what follows would be the body.
-TEST_F(QnStackHttpCookieLine, IsLeftOutWholeWhenTheHeapRefusesIt) {
+TEST_F(QnStackHttpCookieLine, IsWholeOrMissingBehindTheOtherLinesWhenTheHeapRefuses) {
   fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
-  Buffer buffer(16);
-  buffer.Write("GET / HTTP/1.0\r\n");
-
-  {
-    const FailingHeap heap(1);
-    fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
-    EXPECT_EQ(heap.Refusals(), 1);
-  }
-
-  EXPECT_EQ(buffer.Fields().held, "GET / HTTP/1.0\r\n");
-}
-
-TEST_F(QnStackHttpCookieLine, IsWholeOrMissingWhereTheBufferHasRoom) {
-  fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
-  for (int refused = 1; refused <= 3; ++refused) {
-    SCOPED_TRACE(refused);
-    const Buffer buffer(64);
-    int refusals = 0;
-    {
-      const FailingHeap heap(refused);
-      fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
-      refusals = heap.Refusals();
+  for (const uint32_t capacity : {4U, 64U}) {
+    for (int refused = 1, refusals = 1; refusals > 0; ++refused) {
+      SCOPED_TRACE(testing::Message() << "capacity " << capacity << ", allocation " << refused);
+      Buffer buffer(capacity);
+      buffer.Write("GET ");
+      refusals = RefusalsIn([&] { fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h"); }, refused);
+      EXPECT_EQ(buffer.Fields().held,
+                refusals > 0 ? "GET " : "GET Cookie: sid=abc\r\nCookie2: \"1\"\r\n");
     }
-
-    EXPECT_EQ(buffer.Fields().held, refusals > 0 ? "" : "Cookie: sid=abc\r\nCookie2: \"1\"\r\n");
-  }
-}
-
-TEST_F(QnStackHttpCookieLine, IsWholeOrMissingWhereTheBufferGrows) {
-  fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
-  for (int refused = 1, refusals = 1; refusals > 0; ++refused) {
-    SCOPED_TRACE(refused);
-    Buffer buffer(4);
-    buffer.Write("GET ");
-    {
-      const FailingHeap heap(refused);
-      fnQNStack_Http_Cookie_AddToHead(buffer.get(), "h");
-      refusals = heap.Refusals();
-    }
-
-    const std::string lines = refusals > 0 ? "" : "Cookie: sid=abc\r\nCookie2: \"1\"\r\n";
-    EXPECT_EQ(buffer.Fields().held, "GET " + lines);
   }
 }
 
@@ -103,61 +71,22 @@ TEST_F(QnStackHttpCookieLine, GoesToTheCookiesOwnHostAlone) {
     EXPECT_EQ(LinesFor(other), "");
   }
   EXPECT_NE(LinesFor("host.test"), "");
+  fnQNStack_Http_Cookie_FreeAll();
+  EXPECT_EQ(LinesFor("host.test"), "");
 }
 
-TEST_F(QnStackHttpCookieLine, CarriesTheNewestCookieOnly) {
+TEST_F(QnStackHttpCookieLine, IsOfTheNewestCookieAndGoesToItsHostOnly) {
   fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
-  fnQNStack_Http_Cookie_Set("b", "2", "h", "/");
-
-  EXPECT_EQ(LinesFor("h"), std::string("Cookie: b=2\r\n") + kCookie2Line);
-}
-
-TEST_F(QnStackHttpCookieLine, GoesToTheHostOfTheNewestCookieOnly) {
-  fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
-  fnQNStack_Http_Cookie_Set("b", "2", "i", "/");
-
-  EXPECT_EQ(LinesFor("h"), "");
-  EXPECT_EQ(LinesFor("i"), std::string("Cookie: b=2\r\n") + kCookie2Line);
-}
-
-TEST_F(QnStackHttpCookieLine, StaysWithTheNewestWhenAnOlderOneIsReplaced) {
-  fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
-  fnQNStack_Http_Cookie_Set("b", "2", "h", "/");
-
-  fnQNStack_Http_Cookie_Set("a", "new", "i", "/q");
-
-  EXPECT_EQ(LinesFor("h"), std::string("Cookie: b=2\r\n") + kCookie2Line);
-  EXPECT_EQ(LinesFor("i"), "");
-}
-
-TEST_F(QnStackHttpCookieLine, CarriesAReplacedValueToTheFirstDomain) {
-  fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
-
-  fnQNStack_Http_Cookie_Set("a", "new", "i", "/q");
-
+  fnQNStack_Http_Cookie_Set("a", "new", "i", "/q");  // replaces the value
   EXPECT_EQ(LinesFor("h"), std::string("Cookie: a=new\r\n") + kCookie2Line);
   EXPECT_EQ(LinesFor("i"), "");
-}
 
-TEST_F(QnStackHttpCookieLine, GoesNowhereForANullDomainOrHost) {
-  fnQNStack_Http_Cookie_Set("a", "1", nullptr, "/");
+  fnQNStack_Http_Cookie_Set("b", "2", "i", "/");
   EXPECT_EQ(LinesFor("h"), "");
-  EXPECT_EQ(LinesFor(nullptr), "");
+  EXPECT_EQ(LinesFor("i"), std::string("Cookie: b=2\r\n") + kCookie2Line);
 
-  fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
-  EXPECT_EQ(LinesFor(nullptr), "");
-}
-
-TEST_F(QnStackHttpCookieLine, GoesToAnEmptyHostThatSetIt) {
-  fnQNStack_Http_Cookie_Set("a", "1", "", "/");
-
-  EXPECT_EQ(LinesFor(""), std::string("Cookie: a=1\r\n") + kCookie2Line);
-}
-
-TEST_F(QnStackHttpCookieLine, KeepsSignsOfAFormatAsTheyAre) {
-  fnQNStack_Http_Cookie_Set("%s", "%d%n", "h", "/");
-
-  EXPECT_EQ(LinesFor("h"), std::string("Cookie: %s=%d%n\r\n") + kCookie2Line);
+  fnQNStack_Http_Cookie_Set("a", "newer", "j", "/q");  // replaces the older one's
+  EXPECT_EQ(LinesFor("i"), std::string("Cookie: b=2\r\n") + kCookie2Line);
 }
 
 TEST_F(QnStackHttpCookieLine, IsCutAt2047BytesButKeepsItsLineEnd) {
@@ -170,15 +99,6 @@ TEST_F(QnStackHttpCookieLine, IsCutAt2047BytesButKeepsItsLineEnd) {
 
     EXPECT_EQ(LinesFor("h"), (start + value).substr(0, 2047) + "\r\n" + kCookie2Line);
   }
-}
-
-TEST_F(QnStackHttpCookieLine, LeavesTheJarAsItIs) {
-  fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/");
-  const std::string first = LinesFor("h");
-
-  fnQNStack_Http_Cookie_AddToHead(nullptr, "h");
-
-  EXPECT_EQ(LinesFor("h"), first);
 }
 
 }  // namespace

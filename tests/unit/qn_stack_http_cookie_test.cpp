@@ -46,61 +46,56 @@ class QnStackHttpCookie : public testing::Test {
   ~QnStackHttpCookie() override { fnQNStack_Http_Cookie_FreeAll(); }
 };
 
-TEST_F(QnStackHttpCookie, HasNoJarBeforeTheFirstCookie) {
-  EXPECT_EQ(qn::http_cookie_list, nullptr);
-}
-
-TEST_F(QnStackHttpCookie, SetKeepsAllFourTexts) {
-  fnQNStack_Http_Cookie_Set("sid", "abc", "h", "/mms");
-
+TEST_F(QnStackHttpCookie, SetCopiesAllFourTexts) {
+  std::string texts[] = {"sid", "abc", "h", "/mms"};
+  fnQNStack_Http_Cookie_Set(texts[0].c_str(), texts[1].c_str(), texts[2].c_str(), texts[3].c_str());
+  for (std::string &text : texts) text.assign(text.size(), '?');
   EXPECT_THAT(CookiesInJar(), ElementsAre(StoredCookie{"sid", "abc", "h", "/mms"}));
 }
 
-TEST_F(QnStackHttpCookie, SetCopiesItsTexts) {
-  char text[] = "x";
-
-  fnQNStack_Http_Cookie_Set(text, text, text, text);
-  text[0] = '?';
-
-  EXPECT_THAT(CookiesInJar(), ElementsAre(StoredCookie{"x", "x", "x", "x"}));
-}
-
-TEST_F(QnStackHttpCookie, SetPutsNewCookiesInFront) {
-  fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
-  fnQNStack_Http_Cookie_Set("b", "2", "h", "/");
-
-  EXPECT_THAT(CookiesInJar(),
-              ElementsAre(StoredCookie{"b", "2", "h", "/"}, StoredCookie{"a", "1", "h", "/"}));
-}
-
-// A cookie stored for host h and path /p, and one set after it.
+// A missing text is another one than any, itself too.
 TEST_F(QnStackHttpCookie, SetReplacesForAnotherDomainAndAnotherPathOnly) {
-  struct Case {
+  struct Key {
     const char *name;
     const char *domain;
     const char *path;
+  };
+  struct Case {
+    Key stored;
+    Key set;
     bool replaces;
   };
   constexpr Case kCases[] = {
-      {"n", "h", "/p", false},    {"n", "h", "/q", false},       {"n", "i", "/p", false},
-      {"n", "i", "/q", true},     {"m", "h", "/p", false},       {"m", "i", "/q", false},
-      {"N", "i", "/q", false},    {"n", "H", "/P", true},        {"n", nullptr, "/q", true},
-      {"n", "i", nullptr, true},  {"n", nullptr, nullptr, true}, {"n", nullptr, "/p", false},
-      {"n", "h", nullptr, false}, {nullptr, "i", "/q", false},
+      {{"n", "h", "/p"}, {"n", "h", "/p"}, false},
+      {{"n", "h", "/p"}, {"n", "h", "/q"}, false},
+      {{"n", "h", "/p"}, {"n", "i", "/p"}, false},
+      {{"n", "h", "/p"}, {"n", "i", "/q"}, true},
+      {{"n", "h", "/p"}, {"m", "h", "/p"}, false},
+      {{"n", "h", "/p"}, {"m", "h", "/q"}, false},
+      {{"n", "h", "/p"}, {"m", "i", "/p"}, false},
+      {{"n", "h", "/p"}, {"m", "i", "/q"}, false},
+      {{"n", "h", "/p"}, {"N", "i", "/q"}, false},
+      {{"n", "h", "/p"}, {"n", "H", "/P"}, true},
+      {{"n", "h", "/p"}, {"n", nullptr, "/q"}, true},
+      {{"n", "h", "/p"}, {"n", "i", nullptr}, true},
+      {{"n", "h", "/p"}, {"n", nullptr, nullptr}, true},
+      {{"n", "h", "/p"}, {"n", nullptr, "/p"}, false},
+      {{"n", "h", "/p"}, {"n", "h", nullptr}, false},
+      {{"n", "h", "/p"}, {nullptr, "i", "/q"}, false},
+      {{nullptr, "h", "/p"}, {nullptr, "i", "/q"}, false},
+      {{"n", nullptr, "/p"}, {"n", nullptr, "/q"}, true},
+      {{"n", "h", nullptr}, {"n", "i", nullptr}, true},
+      {{"n", nullptr, nullptr}, {"n", "h", "/p"}, true},
   };
   for (const Case &c : kCases) {
-    SCOPED_TRACE(testing::Message()
-                 << testing::PrintToString(c.name) << ' ' << testing::PrintToString(c.domain) << ' '
-                 << testing::PrintToString(c.path));
+    SCOPED_TRACE(testing::Message() << "case " << &c - kCases);
     fnQNStack_Http_Cookie_FreeAll();
-    fnQNStack_Http_Cookie_Set("n", "old", "h", "/p");
-
-    fnQNStack_Http_Cookie_Set(c.name, "new", c.domain, c.path);
-
-    const std::vector<StoredCookie> jar = CookiesInJar();
-    const StoredCookie first{"n", c.replaces ? "new" : "old", "h", "/p"};
-    ASSERT_EQ(jar.size(), c.replaces ? 1U : 2U);
-    EXPECT_EQ(jar.back(), first);
+    fnQNStack_Http_Cookie_Set(c.stored.name, "old", c.stored.domain, c.stored.path);
+    const StoredCookie first = CookiesInJar().back();
+    fnQNStack_Http_Cookie_Set(c.set.name, "new", c.set.domain, c.set.path);
+    ASSERT_EQ(CookiesInJar().size(), c.replaces ? 1U : 2U);
+    EXPECT_EQ(CookiesInJar().back(),
+              (StoredCookie{first.name, c.replaces ? "new" : "old", first.domain, first.path}));
   }
 }
 
@@ -126,31 +121,12 @@ TEST_F(QnStackHttpCookie, SetReplacesTheNewestOfSeveralMatches) {
               ElementsAre(StoredCookie{"a", "new", "h", "/"}, StoredCookie{"a", "1", "h", "/"}));
 }
 
-TEST_F(QnStackHttpCookie, SetTwiceByOneHostKeepsBoth) {
-  fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
-  fnQNStack_Http_Cookie_Set("a", "2", "h", "/");
-
-  EXPECT_THAT(CookiesInJar(),
-              ElementsAre(StoredCookie{"a", "2", "h", "/"}, StoredCookie{"a", "1", "h", "/"}));
-}
-
-TEST_F(QnStackHttpCookie, SetKeepsNullTexts) {
+TEST_F(QnStackHttpCookie, SetKeepsNullTextsAndReplacesByANullValue) {
   fnQNStack_Http_Cookie_Set(nullptr, nullptr, nullptr, nullptr);
-
-  ASSERT_EQ(fnQNList_GetCount(qn::http_cookie_list), 1);
-  EXPECT_EQ(NewestCookie().name, nullptr);
-  EXPECT_EQ(NewestCookie().value, nullptr);
-  EXPECT_EQ(NewestCookie().domain, nullptr);
-  EXPECT_EQ(NewestCookie().path, nullptr);
-}
-
-TEST_F(QnStackHttpCookie, SetReplacesByANullValue) {
   fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
-
   fnQNStack_Http_Cookie_Set("a", nullptr, "i", "/q");
-
-  ASSERT_EQ(fnQNList_GetCount(qn::http_cookie_list), 1);
-  EXPECT_EQ(NewestCookie().value, nullptr);
+  EXPECT_THAT(CookiesInJar(), ElementsAre(StoredCookie{"a", "(null)", "h", "/"},
+                                          StoredCookie{"(null)", "(null)", "(null)", "(null)"}));
 }
 
 TEST_F(QnStackHttpCookie, SetTakesStoredTexts) {
@@ -177,102 +153,33 @@ TEST_F(QnStackHttpCookie, SetTakesTheTextsOfTheCookieThatItDrops) {
   EXPECT_EQ(jar.back(), (StoredCookie{"n1", "v1", "h", "/"}));
 }
 
-TEST_F(QnStackHttpCookie, FiftyCookiesStay) {
+TEST_F(QnStackHttpCookie, TheOldestOf51IsDroppedAndGivenBackWhole) {
   SetCookies(50);
-
-  const std::vector<StoredCookie> jar = CookiesInJar();
-  ASSERT_EQ(jar.size(), 50U);
-  EXPECT_EQ(jar.front(), (StoredCookie{"n49", "v49", "h", "/"}));
-  EXPECT_EQ(jar.back(), (StoredCookie{"n0", "v0", "h", "/"}));
-}
-
-TEST_F(QnStackHttpCookie, TheOldestOf51IsDropped) {
-  SetCookies(51);
-
+  ASSERT_EQ(CookiesInJar().size(), 50U);
+  fnQNStack_Http_Cookie_Set("n0", "new", "i", "/q");  // drops nothing
+  EXPECT_EQ(CookiesInJar().back(), (StoredCookie{"n0", "new", "h", "/"}));
+  {
+    const FailingHeap heap(FailingHeap::kCountOnly);
+    fnQNStack_Http_Cookie_Set("n50", "v50", "h", "/");
+    EXPECT_EQ(heap.Frees(), heap.Allocations());  // record, node and four texts each way
+  }
   const std::vector<StoredCookie> jar = CookiesInJar();
   ASSERT_EQ(jar.size(), 50U);
   for (size_t i = 0; i < jar.size(); ++i) {
-    EXPECT_EQ(jar[i].name, "n" + std::to_string(50 - i));
+    const std::string number = std::to_string(50 - i);
+    EXPECT_EQ(jar[i], (StoredCookie{"n" + number, "v" + number, "h", "/"}));
   }
 }
 
-TEST_F(QnStackHttpCookie, ReplacingInAFullJarDropsNothing) {
-  SetCookies(50);
-
-  fnQNStack_Http_Cookie_Set("n0", "new", "i", "/q");
-
-  const std::vector<StoredCookie> jar = CookiesInJar();
-  ASSERT_EQ(jar.size(), 50U);
-  EXPECT_EQ(jar.back(), (StoredCookie{"n0", "new", "h", "/"}));
-}
-
-TEST_F(QnStackHttpCookie, DroppingGivesTheWholeCookieBack) {
-  SetCookies(50);
-
-  FailingHeap heap(FailingHeap::kCountOnly);
-  fnQNStack_Http_Cookie_Set("n50", "v50", "h", "/");
-
-  EXPECT_EQ(heap.Frees(), heap.Allocations());  // record, node and four texts each way
-}
-
-TEST_F(QnStackHttpCookie, FreeAllGivesEverythingBack) {
-  SetCookies(3);
-  int frees = 0;
-  {
-    FailingHeap heap(FailingHeap::kCountOnly);
-    fnQNStack_Http_Cookie_FreeAll();
-    frees = heap.Frees();
-  }
-
+TEST_F(QnStackHttpCookie, FreeAllGivesEverythingBackAndMayBeCalledTwice) {
   EXPECT_EQ(qn::http_cookie_list, nullptr);
-  EXPECT_EQ(frees, 3 * 6 + 1);  // node, record and four texts of each; the list record
-}
-
-TEST_F(QnStackHttpCookie, FreeAllTwiceIsHarmless) {
   SetCookies(3);
-  fnQNStack_Http_Cookie_FreeAll();
-
-  fnQNStack_Http_Cookie_FreeAll();
-
+  // Node, record and four texts of each; the list record.
+  EXPECT_EQ(FreesIn(fnQNStack_Http_Cookie_FreeAll), 3 * 6 + 1);
   EXPECT_EQ(qn::http_cookie_list, nullptr);
+  fnQNStack_Http_Cookie_FreeAll();
   fnQNStack_Http_Cookie_Set("a", "1", "h", "/");
   EXPECT_THAT(CookiesInJar(), ElementsAre(StoredCookie{"a", "1", "h", "/"}));
-}
-
-TEST_F(QnStackHttpCookie, CompareMatchesEqualNamesOfAnotherDomainAndPath) {
-  char a[] = "a";
-  char b[] = "b";
-  for (const bool same_name : {false, true}) {
-    for (const bool same_domain : {false, true}) {
-      for (const bool same_path : {false, true}) {
-        SCOPED_TRACE(testing::Message() << same_name << same_domain << same_path);
-        const qn::HttpCookie key = {a, a, a, a};
-        const qn::HttpCookie stored = {same_name ? a : b, a, same_domain ? a : b,
-                                       same_path ? a : b};
-        const bool match = same_name && !same_domain && !same_path;
-
-        EXPECT_EQ(qn::CompareCookies(&key, &stored), match ? 0 : 1);
-      }
-    }
-  }
-}
-
-TEST_F(QnStackHttpCookie, CompareTakesANullTextForDifferent) {
-  struct Case {
-    qn::HttpCookie key;
-    qn::HttpCookie stored;
-    int expected;
-  };
-  char a[] = "a";
-  char b[] = "b";
-  const Case kCases[] = {
-      {{nullptr, a, a, a}, {nullptr, a, b, b}, 1}, {{a, a, nullptr, a}, {a, a, nullptr, b}, 0},
-      {{a, a, a, nullptr}, {a, a, b, nullptr}, 0}, {{a, a, nullptr, a}, {a, a, b, a}, 1},
-      {{a, a, a, a}, {a, a, nullptr, nullptr}, 0},
-  };
-  for (const Case &c : kCases) {
-    EXPECT_EQ(qn::CompareCookies(&c.key, &c.stored), c.expected) << "case " << &c - kCases;
-  }
 }
 
 TEST_F(QnStackHttpCookie, FreeNodeFreesWhatIsThereAndClearsThePointer) {
@@ -281,32 +188,17 @@ TEST_F(QnStackHttpCookie, FreeNodeFreesWhatIsThereAndClearsThePointer) {
   ASSERT_NE(cookie, nullptr);
   cookie->name = fnQNStack_StrDup("name");
   cookie->path = fnQNStack_StrDup("/");
-  int frees = 0;
-  {
-    FailingHeap heap(FailingHeap::kCountOnly);
-    qn::FreeCookie(&cookie);
-    frees = heap.Frees();
-  }
+
+  EXPECT_EQ(FreesIn([&] { qn::FreeCookie(&cookie); }), 3);
 
   EXPECT_EQ(cookie, nullptr);
-  EXPECT_EQ(frees, 3);
-}
-
-TEST_F(QnStackHttpCookie, FreeNodeIgnoresNulls) {
-  qn::HttpCookie *cookie = nullptr;
-  FailingHeap heap(FailingHeap::kCountOnly);
-
   qn::FreeCookie(nullptr);
   qn::FreeCookie(&cookie);
-
-  EXPECT_EQ(heap.Frees(), 0);
 }
 
 // Sets one cookie with the nth allocation refused; true if there was one.
 bool SetWithRefusal(int refused, const char *domain, const char *path) {
-  FailingHeap heap(refused);
-  fnQNStack_Http_Cookie_Set("n1", "new", domain, path);
-  return heap.Refusals() > 0;
+  return RefusalsIn([&] { fnQNStack_Http_Cookie_Set("n1", "new", domain, path); }, refused) > 0;
 }
 
 TEST_F(QnStackHttpCookie, SetLeavesTheJarToAnyRefusedAllocation) {

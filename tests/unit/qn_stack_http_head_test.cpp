@@ -17,7 +17,8 @@
 
 namespace {
 
-using qntest::FailingHeap;
+using qntest::FreesIn;
+using qntest::RefusalsIn;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
@@ -48,80 +49,38 @@ class QnStackHttpHead : public testing::Test {
   ~QnStackHttpHead() override { fnQNStack_Http_Head_FreeAll(); }
 };
 
-TEST_F(QnStackHttpHead, HasNoTableBeforeTheFirstWrite) {
+TEST_F(QnStackHttpHead, WriteAppendsNewNamesAndReplacesInPlace) {
   EXPECT_EQ(fnQNStack_Http_Head_Read("Accept"), nullptr);
   EXPECT_EQ(qn::http_head_list, nullptr);
-}
-
-TEST_F(QnStackHttpHead, WriteAppendsNewNames) {
-  fnQNStack_Http_Head_Write("X-One", "1");
-  fnQNStack_Http_Head_Write("X-Two", "2");
-
-  EXPECT_THAT(Table(), ElementsAre(Pair("X-One", "1"), Pair("X-Two", "2")));
-}
-
-TEST_F(QnStackHttpHead, WriteReplacesInPlace) {
-  fnQNStack_Http_Head_Write("X-One", "1");
-  fnQNStack_Http_Head_Write("X-Two", "2");
-
-  fnQNStack_Http_Head_Write("X-One", "another");
-
-  EXPECT_THAT(Table(), ElementsAre(Pair("X-One", "another"), Pair("X-Two", "2")));
-}
-
-TEST_F(QnStackHttpHead, WriteMindsTheCaseOfNames) {
-  fnQNStack_Http_Head_Write("Accept", "1");
+  std::string name = "Accept";
+  std::string value = "1";
+  fnQNStack_Http_Head_Write(name.c_str(), value.c_str());
+  name = value = "texts are copied";
   fnQNStack_Http_Head_Write("accept", "2");
-
-  EXPECT_THAT(Table(), ElementsAre(Pair("Accept", "1"), Pair("accept", "2")));
-  EXPECT_STREQ(fnQNStack_Http_Head_Read("accept"), "2");
-  EXPECT_EQ(fnQNStack_Http_Head_Read("ACCEPT"), nullptr);
-}
-
-TEST_F(QnStackHttpHead, WriteMatchesWholeNamesOnly) {
   fnQNStack_Http_Head_Write("Accept-Language", "en");
+  EXPECT_THAT(Table(),
+              ElementsAre(Pair("Accept", "1"), Pair("accept", "2"), Pair("Accept-Language", "en")));
 
-  EXPECT_EQ(fnQNStack_Http_Head_Read("Accept"), nullptr);
-  EXPECT_EQ(fnQNStack_Http_Head_Read("Accept-Language2"), nullptr);
-  EXPECT_EQ(fnQNStack_Http_Head_Read(""), nullptr);
+  EXPECT_EQ(FreesIn([] { fnQNStack_Http_Head_Write("Accept", "another"); }), 1);
+  EXPECT_THAT(Table(), ElementsAre(Pair("Accept", "another"), Pair("accept", "2"),
+                                   Pair("Accept-Language", "en")));
+  EXPECT_STREQ(fnQNStack_Http_Head_Read("accept"), "2");
+  for (const char *other : {"ACCEPT", "Accept-", "Accept-Language2", ""}) {
+    EXPECT_EQ(fnQNStack_Http_Head_Read(other), nullptr) << other;
+  }
 }
 
-TEST_F(QnStackHttpHead, WriteCopiesItsTexts) {
-  char name[] = "X-One";
-  char value[] = "1";
-
-  fnQNStack_Http_Head_Write(name, value);
-  name[0] = '?';
-  value[0] = '?';
-
-  EXPECT_THAT(Table(), ElementsAre(Pair("X-One", "1")));
-}
-
-TEST_F(QnStackHttpHead, WriteOfANullNameAddsAnEntryEachTime) {
-  fnQNStack_Http_Head_Write(nullptr, "1");
-  fnQNStack_Http_Head_Write(nullptr, "2");
-
-  EXPECT_EQ(fnQNList_GetCount(qn::http_head_list), 2);
-  EXPECT_EQ(fnQNStack_Http_Head_Read(nullptr), nullptr);
-}
-
-TEST_F(QnStackHttpHead, WriteTakesAValueThatWasJustRead) {
+TEST_F(QnStackHttpHead, WriteTakesTheTablesOwnTexts) {
   fnQNStack_Http_Head_Write("Accept", "text/plain");
-
   fnQNStack_Http_Head_Write("Accept", fnQNStack_Http_Head_Read("Accept"));
   fnQNStack_Http_Head_Write("X-Copy", fnQNStack_Http_Head_Read("Accept"));
   fnQNStack_Http_Head_Write("X-Copy", fnQNStack_Http_Head_Read("X-Copy") + 5);
-
   EXPECT_THAT(Table(), ElementsAre(Pair("Accept", "text/plain"), Pair("X-Copy", "plain")));
-}
-
-TEST_F(QnStackHttpHead, WriteTakesStoredTextsAsNameAndValue) {
-  fnQNStack_Http_Head_Write("Accept", "X-New");
 
   fnQNStack_Http_Head_Write(FirstEntry()->value, FirstEntry()->name);
   fnQNStack_Http_Head_Write(FirstEntry()->name, FirstEntry()->name);
-
-  EXPECT_THAT(Table(), ElementsAre(Pair("Accept", "Accept"), Pair("X-New", "Accept")));
+  EXPECT_THAT(Table(), ElementsAre(Pair("Accept", "Accept"), Pair("X-Copy", "plain"),
+                                   Pair("text/plain", "Accept")));
 }
 
 TEST_F(QnStackHttpHead, WriteDoesNotBoundItsTexts) {
@@ -157,69 +116,25 @@ TEST_F(QnStackHttpHead, SetDefaultWritesSixHeadersInOrder) {
                   Pair("Accept-Language", "en")));
 }
 
-TEST_F(QnStackHttpHead, SetDefaultIsReadByExactName) {
-  fnQNStack_Http_Head_SetDefault();
-
-  EXPECT_STREQ(fnQNStack_Http_Head_Read("User-Agent"),
-               "MRV-WIN K415/WAP2.0 Profile/MIDP-2.0 Configuration/CLDC-1.1");
-  EXPECT_EQ(fnQNStack_Http_Head_Read("user-agent"), nullptr);
-}
-
-TEST_F(QnStackHttpHead, SetDefaultRestoresWithoutDuplicates) {
-  fnQNStack_Http_Head_SetDefault();
-  const Entries defaults = Table();
-  for (const auto &[name, value] : defaults) fnQNStack_Http_Head_Write(name.c_str(), "changed");
-
-  fnQNStack_Http_Head_SetDefault();
-
-  EXPECT_EQ(Table(), defaults);
-}
-
-TEST_F(QnStackHttpHead, SetDefaultKeepsOtherNamesAndTheirPlaces) {
+TEST_F(QnStackHttpHead, SetDefaultRestoresInPlaceAndKeepsOtherNames) {
   fnQNStack_Http_Head_Write("X-Test", "1");
-  fnQNStack_Http_Head_Write("Accept", "text/plain");
-
   fnQNStack_Http_Head_SetDefault();
-
-  const Entries table = Table();
+  Entries table = Table();
   ASSERT_EQ(table.size(), 7U);
-  EXPECT_THAT(table[0], Pair("X-Test", "1"));
-  EXPECT_THAT(table[1], Pair("Accept", "*/*,application/vnd.wap.mms-message,text/html"));
-}
+  for (const auto &[name, value] : table) fnQNStack_Http_Head_Write(name.c_str(), "changed");
 
-TEST_F(QnStackHttpHead, WriteAfterSetDefaultKeepsItsPlaceOrAppends) {
   fnQNStack_Http_Head_SetDefault();
 
-  fnQNStack_Http_Head_Write("Accept", "text/plain");
-  fnQNStack_Http_Head_Write("X-Test", "1");
-
-  const Entries table = Table();
-  ASSERT_EQ(table.size(), 7U);
-  EXPECT_THAT(table.front(), Pair("Accept", "text/plain"));
-  EXPECT_THAT(table.back(), Pair("X-Test", "1"));
+  table[0].second = "changed";
+  EXPECT_EQ(Table(), table);
 }
 
-TEST_F(QnStackHttpHead, FreeAllEmptiesAndFreesTheTable) {
+TEST_F(QnStackHttpHead, FreeAllEmptiesAndFreesTheTableAndMayBeCalledTwice) {
   fnQNStack_Http_Head_SetDefault();
-  int frees = 0;
-  {
-    FailingHeap heap(FailingHeap::kCountOnly);
-    fnQNStack_Http_Head_FreeAll();
-    frees = heap.Frees();
-  }
-
+  // Node, entry, name and value of each; the list record.
+  EXPECT_EQ(FreesIn(fnQNStack_Http_Head_FreeAll), 6 * 4 + 1);
   EXPECT_EQ(qn::http_head_list, nullptr);
-  EXPECT_EQ(fnQNStack_Http_Head_Read("Accept"), nullptr);
-  EXPECT_EQ(frees, 6 * 4 + 1);  // node, entry, name and value of each; the list record
-}
-
-TEST_F(QnStackHttpHead, FreeAllTwiceIsHarmless) {
-  fnQNStack_Http_Head_SetDefault();
   fnQNStack_Http_Head_FreeAll();
-
-  fnQNStack_Http_Head_FreeAll();
-
-  EXPECT_EQ(qn::http_head_list, nullptr);
   fnQNStack_Http_Head_Write("X-Again", "1");
   EXPECT_THAT(Table(), ElementsAre(Pair("X-Again", "1")));
 }
@@ -244,62 +159,30 @@ TEST_F(QnStackHttpHead, FreeNodeFreesTheEntryAndClearsThePointer) {
   ASSERT_NE(entry, nullptr);
   entry->name = fnQNStack_StrDup("name");
   entry->value = fnQNStack_StrDup("value");
-  int frees = 0;
-  {
-    FailingHeap heap(FailingHeap::kCountOnly);
-    qn::FreeHeadEntry(&entry);
-    frees = heap.Frees();
-  }
+
+  EXPECT_EQ(FreesIn([&] { qn::FreeHeadEntry(&entry); }), 3);
 
   EXPECT_EQ(entry, nullptr);
-  EXPECT_EQ(frees, 3);
-}
-
-TEST_F(QnStackHttpHead, FreeNodeOfANullEntryDoesNothing) {
-  qn::HttpHeadEntry *entry = nullptr;
-  FailingHeap heap(FailingHeap::kCountOnly);
   qn::FreeHeadEntry(&entry);
-  EXPECT_EQ(heap.Frees(), 0);
 }
 
 TEST_F(QnStackHttpHead, WriteLeavesTheTableToAnyRefusedAllocation) {
-  fnQNStack_Http_Head_SetDefault();
-  const Entries before = Table();
-  for (const char *name : {"Accept", "X-New"}) {
-    for (int refused = 1;; ++refused) {
-      SCOPED_TRACE(std::string(name) + ", allocation " + std::to_string(refused));
-      int refusals = 0;
-      {
-        FailingHeap heap(refused);
-        fnQNStack_Http_Head_Write(name, "new");
-        refusals = heap.Refusals();
-      }
-      if (refusals == 0) break;
-
-      ASSERT_EQ(Table(), before);
+  const auto write = [](const char *name, int refused) {
+    return RefusalsIn([name] { fnQNStack_Http_Head_Write(name, "new"); }, refused) > 0;
+  };
+  for (int refused = 1; write("X-New", refused); ++refused) {
+    ASSERT_THAT(Table(), IsEmpty()) << "the first, allocation " << refused;
+    fnQNStack_Http_Head_FreeAll();
+  }
+  EXPECT_STREQ(fnQNStack_Http_Head_Read("X-New"), "new");
+  for (const char *name : {"Accept", "X-Newer"}) {
+    fnQNStack_Http_Head_SetDefault();
+    const Entries before = Table();
+    for (int refused = 1; write(name, refused); ++refused) {
+      ASSERT_EQ(Table(), before) << name << ", allocation " << refused;
     }
     EXPECT_STREQ(fnQNStack_Http_Head_Read(name), "new");
-    fnQNStack_Http_Head_FreeAll();
-    fnQNStack_Http_Head_SetDefault();
   }
-}
-
-TEST_F(QnStackHttpHead, FirstWriteStoresNothingForARefusedAllocation) {
-  for (int refused = 1;; ++refused) {
-    SCOPED_TRACE(refused);
-    int refusals = 0;
-    {
-      FailingHeap heap(refused);
-      fnQNStack_Http_Head_Write("X-New", "1");
-      refusals = heap.Refusals();
-    }
-    if (refusals == 0) break;
-
-    ASSERT_THAT(Table(), IsEmpty());
-    ASSERT_EQ(fnQNStack_Http_Head_Read("X-New"), nullptr);
-    fnQNStack_Http_Head_FreeAll();
-  }
-  EXPECT_STREQ(fnQNStack_Http_Head_Read("X-New"), "1");
 }
 
 }  // namespace

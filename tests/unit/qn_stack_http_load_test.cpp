@@ -42,66 +42,44 @@ class QnStackHttpLoad : public testing::TestWithParam<Loader> {
   Context ctx_{fnQNStack_Http_Open_Get("http://h/x")};
 };
 
-TEST_P(QnStackHttpLoad, AppendsTheFileToItsBufferAlone) {
+TEST_P(QnStackHttpLoad, AppendsTheFileToItsBufferAloneInOneCall) {
   const std::string bytes("HTTP/1.0 200 OK\r\n\r\nab\0c", 23);
   FilePort().files().Write("/saved", bytes);
-  qntest::Append(FilledBuffer(), "before:");
+  FilePort().files().Write("/byte", "x");
+  EXPECT_EQ(Load("/byte"), 0);
   EXPECT_EQ(Load("/saved"), 0);
-  EXPECT_EQ(Filled(), "before:" + bytes);
+  EXPECT_EQ(Filled(), "x" + bytes);
   EXPECT_EQ(Other(), "");
+  EXPECT_THAT(FilePort().Calls(),
+              ElementsAre("ReadFromFile(/byte, 4000)", "ReadFromFile(/saved, 4000)"));
 }
 
-TEST_P(QnStackHttpLoad, AsksForTheStartOfTheFileInOneCall) {
-  FilePort().files().Write("/saved", "x");
-  Load("/saved");
-  EXPECT_THAT(FilePort().Calls(), ElementsAre("ReadFromFile(/saved, 4000)"));
-}
-
-TEST_P(QnStackHttpLoad, TakesAFileOfOneByte) {
-  FilePort().files().Write("/saved", "x");
-  EXPECT_EQ(Load("/saved"), 0);
-  EXPECT_EQ(Filled(), "x");
-}
-
-TEST_P(QnStackHttpLoad, TakesNoMoreThanItAskedForWhateverThePortReports) {
-  FilePort().files().Write("/saved", std::string(kMostBytes, 'x'));
-  FilePort().Report("ReadFromFile", kMostBytes + 1);
-  EXPECT_EQ(Load("/saved"), 0);
-  EXPECT_EQ(Filled(), std::string(kMostBytes, 'x'));
-}
-
-TEST_P(QnStackHttpLoad, TakesFourThousandBytesAtMost) {
-  const std::string bytes = std::string(kMostBytes, 'a') + "b";
+TEST_P(QnStackHttpLoad, TakesFourThousandBytesAtMostWhateverThePortReports) {
   FilePort().files().Write("/exact", std::string(kMostBytes, 'e'));
-  FilePort().files().Write("/long", bytes);
+  FilePort().files().Write("/long", std::string(kMostBytes, 'a') + "b");
   EXPECT_EQ(Load("/exact"), 0);
   EXPECT_EQ(Load("/long"), 0);
-  EXPECT_EQ(Filled(), std::string(kMostBytes, 'e') + std::string(kMostBytes, 'a'));
+  FilePort().Report("ReadFromFile", kMostBytes + 1);
+  EXPECT_EQ(Load("/exact"), 0);
+  EXPECT_EQ(Filled(), std::string(kMostBytes, 'e') + std::string(kMostBytes, 'a') +
+                          std::string(kMostBytes, 'e'));
 }
 
 TEST_P(QnStackHttpLoad, FileThatGivesNothingIsMinusOne) {
   FilePort().files().Write("/empty", "");
-  for (const char *name : {"/empty", "/missing"}) {
-    EXPECT_EQ(Load(name), -1) << name;
-    EXPECT_EQ(Filled(), "");
-    EXPECT_EQ(Other(), "");
-  }
-}
-
-TEST_P(QnStackHttpLoad, FailedReadIsMinusOne) {
-  FilePort().files().Write("/saved", "x");
+  FilePort().files().Write("/unreadable", "x");
+  EXPECT_EQ(Load("/empty"), -1);
+  EXPECT_EQ(Load("/missing"), -1);
   FilePort().Fail("ReadFromFile");
-  EXPECT_EQ(Load("/saved"), -1);
+  EXPECT_EQ(Load("/unreadable"), -1);
   EXPECT_EQ(Filled(), "");
+  EXPECT_EQ(Other(), "");
 }
 
 TEST_P(QnStackHttpLoad, RefusedAreaIsMinusOneWithoutReading) {
   FilePort().files().Write("/saved", "x");
   int32_t result = 0;
-  {
-    const qntest::FailingHeap heap(1);
-    result = Load("/saved");
-  }
+  RefusalsIn([&] { result = Load("/saved"); }, 1);
   EXPECT_EQ(result, -1);
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
   EXPECT_EQ(Filled(), "");
@@ -115,10 +93,7 @@ TEST_P(QnStackHttpLoad, RefusedGrowthIsMinusOneAndLeavesTheBuffer) {
   fnQN_MemBuffer_Read(buffer, taken, 3);
   const QNMemBuffer before = *buffer;
   int32_t result = 0;
-  {
-    const qntest::FailingHeap heap(2);  // the first is the area for the file
-    result = Load("/saved");
-  }
+  RefusalsIn([&] { result = Load("/saved"); }, 2);  // the first is the area for the file
   EXPECT_EQ(result, -1);
   EXPECT_EQ(buffer->data, before.data);
   EXPECT_EQ(buffer->capacity, before.capacity);
@@ -144,19 +119,5 @@ INSTANTIATE_TEST_SUITE_P(From, QnStackHttpLoad,
                                          Loader{"Answer", fnQNStack_Http_LoadReponseFromFile,
                                                 &QNHttpCtx::recvBuf, &QNHttpCtx::sendBuf}),
                          TopicOf);
-
-TEST(QnStackHttpLoadedAnswer, IsDeliveredAsIfReceived) {
-  FilePort().Reset();
-  FilePort().files().Write("/saved", "HTTP/1.0 201 Created\r\n\r\nabc");
-  const Context ctx(fnQNStack_Http_Open_Get("http://h/x"));
-  fnQNStack_Http_LoadReponseFromFile(ctx.get(), "/saved");
-  ctx->state = QN_HTTP_COMPLETE;
-  char body[8] = "";
-  const auto read = qntest::OutcomeOf(
-      ctx.get(), [&] { return fnQNStack_Http_ReadRecvContext(ctx.get(), body, 7); });
-  EXPECT_EQ(read.result, 3);
-  EXPECT_EQ(ctx->retValue, 201);
-  EXPECT_STREQ(body, "abc");
-}
 
 }  // namespace

@@ -19,73 +19,47 @@ using namespace qntest;
 
 constexpr char kBody[] = "0123456789";
 
-QNHttpCtx *OpenPost() {
-  return fnQNStack_Http_Open_Post("http://origin.test:8080/post", kBody, sizeof kBody - 1,
-                                  "text/x-post");
-}
-
 // --- which answers redirect ---
 
-TEST(QnStackHttpRedirect, EveryStatusFrom300To399IsFollowed) {
-  for (int status = 300; status <= 399; ++status) {
+TEST(QnStackHttpRedirect, StatusesFrom300To399AreFollowedAndOthersDelivered) {
+  std::vector<int> statuses = {-300, 0, 30, 100, 200, 299, 400, 401, 500, 3000};
+  for (int status = 300; status <= 399; ++status) statuses.push_back(status);
+  for (const int status : statuses) {
     SCOPED_TRACE(status);
+    const bool follows = status >= 300 && status <= 399;
     AnswerContext ctx;
     ctx.Feed("HTTP/1.0 " + std::to_string(status) + " x\r\nLocation: http://new.test/p\r\n\r\nb");
+    const Delivery delivery = ctx.Read();
+    EXPECT_EQ(delivery.result, follows ? -2 : 1);
+    EXPECT_EQ(delivery.bytes, follows ? "" : "b");
+    EXPECT_EQ(ctx->state, follows ? QN_HTTP_NEW : QN_HTTP_COMPLETE);
+    EXPECT_EQ(TextOf(ctx->hostname), follows ? "new.test" : AnswerContext::kHost);
+    EXPECT_EQ(TextOf(ctx->url), "http://new.test/p");
+    EXPECT_EQ(ctx->redirectCount, follows ? 1 : 0);
+  }
+}
+
+TEST(QnStackHttpRedirect, IsFollowedInAnyStateWhoseAnswerIsDelivered) {
+  struct Case {
+    const char *what;
+    int32_t state;
+    std::string answer;
+  };
+  const Case cases[] = {
+      {"the close cut its header", QN_HTTP_COMPLETE,
+       "HTTP/1.0 302 Found\r\nLocation: http://new.test/\r\nServer"},
+      {"the transfer was stopped", QN_HTTP_STOPPED, FoundAt("http://new.test/")},
+      {"it is not closed yet", QN_HTTP_RECEIVING,
+       FoundAt("http://new.test/") + std::string(qntest::kReceivePauseMark, 'b')},
+  };
+  for (const Case &c : cases) {
+    SCOPED_TRACE(c.what);
+    AnswerContext ctx(c.state);
+    ctx.Feed(c.answer);
     EXPECT_EQ(ctx.Read().result, -2);
     EXPECT_EQ(ctx->state, QN_HTTP_NEW);
     EXPECT_EQ(TextOf(ctx->hostname), "new.test");
-    EXPECT_EQ(ctx->redirectCount, 1);
   }
-}
-
-TEST(QnStackHttpRedirect, LeavesNothingOfTheOldAnswerAndRequestInTheirStorage) {
-  AnswerContext ctx;
-  ctx.Feed("HTTP/1.0 302 x\r\nLocation: http://new.test/p\r\n\r\n" + std::string(5000, 'b'));
-  fnQNStack_Http_PrepareQuest(ctx.get());
-
-  EXPECT_EQ(ctx.Read().result, -2);
-
-  for (const QNMemBuffer *buffer : {ctx->recvBuf, ctx->sendBuf}) {
-    EXPECT_EQ(buffer->length, 0U);
-    EXPECT_EQ(std::string(buffer->data, buffer->capacity), std::string(buffer->capacity, '\0'));
-  }
-}
-
-TEST(QnStackHttpRedirect, OtherStatusesAreDelivered) {
-  for (const int status : {-300, 0, 30, 100, 200, 299, 400, 401, 500, 3000}) {
-    SCOPED_TRACE(status);
-    AnswerContext ctx;
-    ctx.Feed("HTTP/1.0 " + std::to_string(status) + " x\r\nLocation: http://new.test/p\r\n\r\nb");
-    EXPECT_EQ(ctx.Read().bytes, "b");
-    EXPECT_EQ(ctx->state, QN_HTTP_COMPLETE);
-    EXPECT_EQ(TextOf(ctx->hostname), AnswerContext::kHost);
-    EXPECT_EQ(TextOf(ctx->url), "http://new.test/p");
-    EXPECT_EQ(ctx->redirectCount, 0);
-  }
-}
-
-TEST(QnStackHttpRedirect, HeaderCutOffByTheCloseIsFollowedToo) {
-  AnswerContext ctx;
-  ctx.Feed("HTTP/1.0 302 Found\r\nLocation: http://new.test/\r\nServer");
-  EXPECT_EQ(ctx.Read().result, -2);
-  EXPECT_EQ(TextOf(ctx->hostname), "new.test");
-}
-
-TEST(QnStackHttpRedirect, ReceivingContextIsFollowedWithoutWaitingForTheClose) {
-  AnswerContext ctx(QN_HTTP_RECEIVING);
-  ctx.Feed(FoundAt("http://new.test/") + std::string(qntest::kReceivePauseMark, 'b'));
-  EXPECT_EQ(ctx.Read().result, -2);
-  EXPECT_EQ(ctx->state, QN_HTTP_NEW);
-  EXPECT_EQ(TextOf(ctx->hostname), "new.test");
-}
-
-TEST(QnStackHttpRedirect, StoppedContextStartsAnew) {
-  AnswerContext ctx(QN_HTTP_RECEIVING);
-  ctx.Feed(FoundAt("http://new.test/"));
-  fnQNStack_Http_Stop(ctx.get());
-  EXPECT_EQ(ctx.Read().result, -2);
-  EXPECT_EQ(ctx->state, QN_HTTP_NEW);
-  EXPECT_EQ(TextOf(ctx->hostname), "new.test");
 }
 
 TEST(QnStackHttpRedirect, ParserAloneFollowsNothing) {
@@ -158,41 +132,34 @@ TEST(QnStackHttpRedirect, ContentLocationLeadsAsLocationDoes) {
 
 // --- what becomes of the fields ---
 
-TEST(QnStackHttpRedirect, RequestBecomesAGetWithoutBody) {
-  for (QNHttpCtx *opened : {OpenPost(), fnQNStack_Http_Open_Head(AnswerContext::kUrl),
-                            fnQNStack_Http_Open_Put("http://h.test/", kBody, 3, nullptr),
-                            fnQNStack_Http_Open_Get(AnswerContext::kUrl)}) {
+TEST(QnStackHttpRedirect, RequestBecomesAGetWithoutBodyWhosePointerIsKept) {
+  for (QNHttpCtx *opened :
+       {fnQNStack_Http_Open_Post(AnswerContext::kUrl, kBody, sizeof kBody - 1, "text/x-post"),
+        fnQNStack_Http_Open_Head(AnswerContext::kUrl),
+        fnQNStack_Http_Open_Put("http://h.test/", kBody, 3, nullptr),
+        fnQNStack_Http_Open_Get(AnswerContext::kUrl)}) {
     SCOPED_TRACE(opened->method);
+    const void *content = opened->content;
     AnswerContext ctx(opened);
     ctx.Feed("HTTP/1.1 307 Temporary Redirect\r\nLocation: http://new.test/\r\n\r\n");
     EXPECT_EQ(ctx.Read().result, -2);
     EXPECT_EQ(TextOf(ctx->method), "GET");
+    EXPECT_EQ(ctx->content, content);
     EXPECT_EQ(ctx->contentLen, 0);
     EXPECT_EQ(ctx->contentType, nullptr);
   }
 }
 
-TEST(QnStackHttpRedirect, ContentPointerIsKept) {
-  AnswerContext ctx(OpenPost());
-  ctx.Feed(FoundAt("http://new.test/"));
-  ASSERT_EQ(ctx.Read().result, -2);
-  EXPECT_EQ(ctx->content, kBody);
-}
-
-TEST(QnStackHttpRedirect, AnswerFieldsOfTheHeaderAreCleared) {
+TEST(QnStackHttpRedirect, TypeAndEncodingAreClearedAndStatusLengthAndTriesAreKept) {
   AnswerContext ctx;
-  ctx.Feed("HTTP/1.0 302 x\r\nContent-Type: text/html\r\nContent-Encoding: gzip\r\n\r\n");
+  ctx->tryCount = 17;
+  ctx.Feed(
+      "HTTP/1.0 302 x\r\nContent-Type: text/html\r\nContent-Encoding: gzip\r\n"
+      "Content-Length: 55\r\n\r\n");
   ASSERT_EQ(ctx.Read().result, -2);
   EXPECT_EQ(ctx->retCtxType, nullptr);
   EXPECT_EQ(ctx->retEncoding, 0);
   EXPECT_EQ(ctx->headParsed, 0);
-}
-
-TEST(QnStackHttpRedirect, StatusLengthAndTriesAreKept) {
-  AnswerContext ctx;
-  ctx->tryCount = 17;
-  ctx.Feed("HTTP/1.0 302 x\r\nContent-Length: 55\r\n\r\n");
-  ASSERT_EQ(ctx.Read().result, -2);
   EXPECT_EQ(ctx->retValue, 302);
   EXPECT_EQ(ctx->retCtxLen, 55);
   EXPECT_EQ(ctx->tryCount, 17);
@@ -214,43 +181,27 @@ TEST(QnStackHttpRedirect, BothBuffersAreEmptied) {
   const uint32_t answer_capacity = ctx->recvBuf->capacity;
   const uint32_t request_capacity = ctx->sendBuf->capacity;
 
-  ASSERT_EQ(ctx.Read().result, -2);
+  char room[8] = "clean";
+  ASSERT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room), -2);
 
+  EXPECT_STREQ(room, "clean") << "nothing of the body reaches the destination";
   ExpectCleared(*ctx->recvBuf, answer_capacity);
   ExpectCleared(*ctx->sendBuf, request_capacity);
 }
 
-TEST(QnStackHttpRedirect, NothingOfTheAnswersBodyReachesTheDestination) {
-  AnswerContext ctx;
-  ctx.Feed(FoundAt("http://new.test/") + "body");
-  char room[8] = "clean";
-  EXPECT_EQ(fnQNStack_Http_ReadRecvContext(ctx.get(), room, sizeof room), -2);
-  EXPECT_STREQ(room, "clean");
-}
-
 // --- the socket ---
 
-TEST(QnStackHttpRedirect, SocketIsClosed) {
+TEST(QnStackHttpRedirect, SocketIsClosedWhereThereIsOne) {
   TakenSlot slot(3);
-  AnswerContext ctx;
-  ctx->socket = 3;
-  ctx.Feed(FoundAt("http://new.test/"));
-
-  ASSERT_EQ(ctx.Read().result, -2);
-
-  EXPECT_EQ(ctx->socket, -1);
-  EXPECT_TRUE(slot.IsFree());
-  EXPECT_FALSE(slot.IsOpen());
-}
-
-TEST(QnStackHttpRedirect, NoSocketIsNoTrouble) {
-  for (const int32_t socket : {-1, 0}) {
+  for (const int32_t socket : {-1, 0, 3}) {
     SCOPED_TRACE(socket);
     AnswerContext ctx;
     ctx->socket = socket;
     ctx.Feed(FoundAt("http://new.test/"));
     EXPECT_EQ(ctx.Read().result, -2);
-    EXPECT_EQ(ctx->socket, socket);
+    EXPECT_EQ(ctx->socket, socket == 3 ? -1 : socket);
+    EXPECT_EQ(slot.IsFree(), socket == 3);
+    EXPECT_EQ(slot.IsOpen(), socket != 3);
   }
 }
 

@@ -53,21 +53,11 @@ TEST_F(QnStackHttpTakenSlot, NextPieceOfTheBodyStaysUnsent) {
   const Context redirected = OpenRedirected();
   const Context sending = OpenSending();
   Follow(redirected);
-  network_.ForgetCalls();
-
-  const Outcome outcome = RunStep(sending);
-
-  EXPECT_EQ(outcome, (Outcome{-1, -12, 1, 1, ""}));
-  EXPECT_THAT(network_.Names(), IsEmpty());
-}
-
-TEST_F(QnStackHttpTakenSlot, ChunkSentByHandStaysUnsentToo) {
-  const Context redirected = OpenRedirected();
-  const Context sending = OpenSending();
-  Follow(redirected);
   const uint32_t cursor = sending->sendBuf->cursor;
   network_.ForgetCalls();
 
+  EXPECT_EQ(RunStep(sending), (Outcome{-1, -12, 1, 1, ""}));
+  sending->state = QN_HTTP_SENDING;
   EXPECT_EQ(fnQNStack_Http_SendQuest(sending.get()), -1);
 
   EXPECT_EQ(sending->state, QN_HTTP_SEND_FAILED);
@@ -90,23 +80,15 @@ TEST_F(QnStackHttpTakenSlot, BytesOfATunnelStayUnsent) {
   EXPECT_THAT(network_.Names(), IsEmpty());
 }
 
-TEST_F(QnStackHttpTakenSlot, FinishedContextKeepsItsStateWhenItCannotSend) {
+TEST_F(QnStackHttpTakenSlot, FinishedContextSendsOnceItHasTakenItAnew) {
   const Context finished = OpenRedirected();
   const Context sending = OpenSending();
   network_.ForgetCalls();
-
   EXPECT_EQ(fnQNStack_Http_Socket_SendData(finished.get(), "x", 1), -1);
-
-  EXPECT_EQ(finished->state, QN_HTTP_COMPLETE);
+  EXPECT_EQ(finished->state, QN_HTTP_COMPLETE) << "that keeps its state";
   EXPECT_THAT(network_.Names(), IsEmpty());
-}
 
-TEST_F(QnStackHttpTakenSlot, ContextThatTookItSends) {
-  const Context redirected = OpenRedirected();
-  const Context sending = OpenSending();
-  network_.ForgetCalls();
-
-  Follow(redirected);
+  Follow(finished);
 
   EXPECT_TRUE(network_.Sent().starts_with("GET / HTTP/1.0\r\nHost: new:80\r\n"));
 }

@@ -39,28 +39,29 @@ TEST(QnStackHttpGlobals, StandAtTheirInitialValuesWhenLoaded) {
   EXPECT_FALSE(context_at_load);
 }
 
-TEST(QnStackHttpInitStack, StartsTheSocketLayerAndLoadsTheHeaders) {
-  fnQNStack_Http_CloseStack();
-  EXPECT_EQ(fnQNStack_Http_InitStack(), 0);
+TEST(QnStackHttpInitStack, StartsTheSocketLayerAndLoadsTheHeadersUntilItIsClosed) {
+  const HttpStack stack;
   EXPECT_EQ(qn::http_net_inited, 1);
   EXPECT_EQ(qn::socket_init, 1);
   EXPECT_STREQ(fnQNStack_Http_Head_Read("Accept-Language"), "en");
-  fnQNStack_Http_CloseStack();
-}
-
-TEST(QnStackHttpInitStack, SecondStartKeepsChangedHeaders) {
-  const HttpStack stack;
-  fnQNStack_Http_Head_Write("Accept", "text/plain");
-  EXPECT_EQ(fnQNStack_Http_InitStack(), 0);
-  EXPECT_STREQ(fnQNStack_Http_Head_Read("Accept"), "text/plain");
-  EXPECT_EQ(qn::http_head_list->count, 6);
-}
-
-TEST(QnStackHttpInitStack, StartAfterAStopLoadsTheHeadersAnew) {
-  const HttpStack stack;
   fnQNStack_Http_Head_Write("Accept-Language", "de");
   fnQNStack_Http_Head_Write("X-Test", "1");
-  fnQNStack_Http_CloseStack();
+  fnQNStack_Http_Cookie_Set("sid", "1", "h", "/");
+  fnQNStack_Http_SetProxy("gw", 8080);
+
+  EXPECT_EQ(fnQNStack_Http_InitStack(), 0);
+  EXPECT_STREQ(fnQNStack_Http_Head_Read("Accept-Language"), "de") << "changed headers stay";
+  EXPECT_EQ(qn::http_head_list->count, 7);
+
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(fnQNStack_Http_CloseStack(), 0);
+    EXPECT_EQ(qn::http_net_inited, 0);
+    EXPECT_EQ(qn::socket_init, 0);
+    EXPECT_EQ(qn::http_head_list, nullptr);
+    EXPECT_EQ(qn::http_cookie_list, nullptr);
+    EXPECT_STREQ(qn::http_proxy, "gw");
+    EXPECT_EQ(qn::http_proxy_port, 8080);
+  }
   EXPECT_EQ(fnQNStack_Http_InitStack(), 0);
   EXPECT_STREQ(fnQNStack_Http_Head_Read("Accept-Language"), "en");
   EXPECT_EQ(fnQNStack_Http_Head_Read("X-Test"), nullptr);
@@ -73,29 +74,6 @@ TEST(QnStackHttpInitStack, SocketLayerThatCannotStartIsReported) {
   EXPECT_EQ(fnQNStack_Http_InitStack(), -1);
   EXPECT_EQ(qn::http_net_inited, 0);
   EXPECT_EQ(qn::http_head_list, nullptr);
-}
-
-TEST(QnStackHttpCloseStack, StopsTheSocketLayerAndEmptiesHeadersAndCookies) {
-  fnQNStack_Http_InitStack();
-  fnQNStack_Http_Cookie_Set("sid", "1", "h", "/");
-  EXPECT_EQ(fnQNStack_Http_CloseStack(), 0);
-  EXPECT_EQ(qn::http_net_inited, 0);
-  EXPECT_EQ(qn::socket_init, 0);
-  EXPECT_EQ(qn::http_head_list, nullptr);
-  EXPECT_EQ(qn::http_cookie_list, nullptr);
-}
-
-TEST(QnStackHttpCloseStack, IsHarmlessWithoutAStart) {
-  EXPECT_EQ(fnQNStack_Http_CloseStack(), 0);
-  EXPECT_EQ(fnQNStack_Http_CloseStack(), 0);
-}
-
-TEST(QnStackHttpCloseStack, LeavesTheProxyAlone) {
-  const HttpStack stack;
-  fnQNStack_Http_SetProxy("gw", 8080);
-  fnQNStack_Http_CloseStack();
-  EXPECT_STREQ(qn::http_proxy, "gw");
-  EXPECT_EQ(qn::http_proxy_port, 8080);
 }
 
 TEST(QnStackHttpCloseStack, LeavesContextsAlone) {
@@ -114,55 +92,29 @@ TEST(QnStackHttpCloseStack, LeavesContextsAlone) {
   EXPECT_EQ(gCtx, ctx.get());
 }
 
-TEST(QnStackHttpSetProxy, KeepsItsOwnCopy) {
+TEST(QnStackHttpSetProxy, KeepsACopyOfTheLastHost) {
   const HttpStack stack;
-  std::string host = "gateway.test";
+  std::string host = "first";
   fnQNStack_Http_SetProxy(host.c_str(), 80);
   host = "overwritten";
   EXPECT_EQ(fnQNStack_Have_Proxy(), 1);
-  EXPECT_STREQ(qn::http_proxy, "gateway.test");
-  EXPECT_EQ(qn::http_proxy_port, 80);
-}
-
-TEST(QnStackHttpSetProxy, ReplacesTheProxyBefore) {
-  const HttpStack stack;
-  fnQNStack_Http_SetProxy("first", 80);
-  fnQNStack_Http_SetProxy("second", 8080);
-  EXPECT_STREQ(qn::http_proxy, "second");
-  EXPECT_EQ(qn::http_proxy_port, 8080);
-}
-
-TEST(QnStackHttpSetProxy, HeapThatRefusesTheNewOneLeavesTheOldOne) {
-  const HttpStack stack;
-  fnQNStack_Http_SetProxy("first", 80);
-  {
-    const FailingHeap heap(1);
-    fnQNStack_Http_SetProxy("second", 8080);
-  }
   EXPECT_STREQ(qn::http_proxy, "first");
   EXPECT_EQ(qn::http_proxy_port, 80);
-}
+  EXPECT_EQ(RefusalsIn([] { fnQNStack_Http_SetProxy("second", 8080); }, 1), 1);
+  EXPECT_STREQ(qn::http_proxy, "first");
+  EXPECT_EQ(qn::http_proxy_port, 80);
 
-TEST(QnStackHttpSetProxy, NullHostSwitchesItOffAndStillStoresThePort) {
-  const HttpStack stack;
-  fnQNStack_Http_SetProxy("gw", 80);
+  fnQNStack_Http_SetProxy("second", 8080);
+  fnQNStack_Http_SetProxy(qn::http_proxy, 8081);
+  EXPECT_STREQ(qn::http_proxy, "second");
+  EXPECT_EQ(qn::http_proxy_port, 8081);
+
   fnQNStack_Http_SetProxy(nullptr, 9000);
   EXPECT_EQ(fnQNStack_Have_Proxy(), 0);
   EXPECT_EQ(qn::http_proxy, nullptr);
-  EXPECT_EQ(qn::http_proxy_port, 9000);
-}
-
-TEST(QnStackHttpSetProxy, EmptyHostIsAProxy) {
-  const HttpStack stack;
+  EXPECT_EQ(qn::http_proxy_port, 9000) << "the port is stored all the same";
   fnQNStack_Http_SetProxy("", 80);
   EXPECT_EQ(fnQNStack_Have_Proxy(), 1);
-}
-
-TEST(QnStackHttpSetProxy, TakesTheStoredHostItself) {
-  const HttpStack stack;
-  fnQNStack_Http_SetProxy("gateway.test", 80);
-  fnQNStack_Http_SetProxy(qn::http_proxy, 8080);
-  EXPECT_STREQ(qn::http_proxy, "gateway.test");
 }
 
 TEST(QnStackHttpNewCtx, IsZeroButForTheSocketAndTheBuffers) {
@@ -191,10 +143,7 @@ TEST(QnStackHttpNewCtx, IsZeroButForTheSocketAndTheBuffers) {
 TEST(QnStackHttpNewCtx, IsNullWheneverTheHeapRefuses) {
   for (int refused = 1; refused <= 5; ++refused) {
     QNHttpCtx *ctx = nullptr;
-    {
-      const FailingHeap heap(refused);
-      ctx = qn::NewContext();
-    }
+    RefusalsIn([&] { ctx = qn::NewContext(); }, refused);
     EXPECT_EQ(ctx, nullptr) << "allocation " << refused;
     fnQNStack_Http_FreeCtx(ctx);
   }
@@ -218,59 +167,44 @@ class QnStackHttpContext : public testing::Test {
 using QnStackHttpFree = QnStackHttpContext;
 using QnStackHttpStop = QnStackHttpContext;
 
-TEST_F(QnStackHttpFree, WithoutASocketClosesNothing) {
-  ASSERT_EQ(ctx_->socket, -1);
-  ctx_.reset();
-  EXPECT_EQ(network_.Count("close"), 0u);
-}
-
-TEST_F(QnStackHttpFree, WithSocketZeroClosesNothing) {
-  const auto before = SlotTable::Entries();
-  ctx_->socket = 0;
-  ctx_.reset();
-  EXPECT_EQ(network_.Count("close"), 0u);
-  EXPECT_EQ(SlotTable::Entries(), before);
-}
-
-TEST_F(QnStackHttpFree, ReleasesItsSlotAlone) {
+TEST_F(QnStackHttpFree, ReleasesItsSlotAloneAndKeepsTheContextWorkedOnLast) {
   auto expected = SlotTable::Entries();
-  expected[3] = {};
-  ctx_->socket = 3;
-  ctx_.reset();
-  EXPECT_EQ(SlotTable::Entries(), expected);
-  ASSERT_THAT(network_.Names(), ElementsAre("close"));
+  for (const int32_t socket : {-1, 0, 3}) {
+    SCOPED_TRACE(socket);
+    Context ctx(fnQNStack_Http_Open_Get("http://h/x"));
+    ctx->socket = socket;
+    gCtx = ctx.get();
+    const auto before = reinterpret_cast<uintptr_t>(gCtx);
+    if (socket == 3) expected[3] = {};
+    ctx.reset();
+    EXPECT_EQ(SlotTable::Entries(), expected);
+    EXPECT_EQ(network_.Count("close"), socket == 3 ? 1u : 0u);
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(gCtx), before);
+    gCtx = nullptr;
+  }
   EXPECT_EQ(network_.Calls()[0].fd, kDescriptor);
 }
 
-TEST_F(QnStackHttpFree, LeavesTheCallersBodyAlone) {
-  const std::string body = "hello";
-  fnQNStack_Http_FreeCtx(fnQNStack_Http_Open_Post("h", body.data(), 5, nullptr));
-  EXPECT_EQ(body, "hello");
-}
-
-TEST_F(QnStackHttpFree, KeepsTheContextWorkedOnLast) {
-  gCtx = ctx_.get();
-  const auto before = reinterpret_cast<uintptr_t>(gCtx);
-  ctx_.reset();
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(gCtx), before);
-  gCtx = nullptr;
-}
-
-TEST_F(QnStackHttpStop, NullLeavesTheContextWorkedOnLastAlone) {
-  gCtx = ctx_.get();
-  fnQNStack_Http_Stop(nullptr);
-  EXPECT_EQ(gCtx, ctx_.get());
-  gCtx = nullptr;
-}
-
-TEST_F(QnStackHttpStop, ClearsWhicheverContextWasWorkedOnLast) {
+TEST_F(QnStackHttpStop, ClearsWhicheverContextWasWorkedOnLastInAnyState) {
   const Context other(fnQNStack_Http_Open_Get("other"));
-  gCtx = other.get();
-  fnQNStack_Http_Stop(ctx_.get());
-  EXPECT_EQ(gCtx, nullptr);
+  for (const int32_t state : {0, 1, 2, 3, 4, 5, 6, -10, -14}) {
+    for (const int32_t socket : {-1, 0}) {
+      gCtx = other.get();
+      ctx_->state = state;
+      ctx_->socket = socket;
+      fnQNStack_Http_Stop(nullptr);
+      EXPECT_EQ(gCtx, other.get());
+      fnQNStack_Http_Stop(ctx_.get());
+      EXPECT_EQ(gCtx, nullptr);
+      EXPECT_EQ(ctx_->state, 6) << state;
+      EXPECT_EQ(ctx_->socket, socket);
+    }
+  }
+  EXPECT_EQ(network_.Count("close"), 0u);
 }
 
-TEST_F(QnStackHttpStop, ClosesTheSocketAndForgetsIt) {
+TEST_F(QnStackHttpStop, ClosesTheSocketAndKeepsStringsAndBuffers) {
+  qntest::Append(ctx_->recvBuf, "rest");
   ctx_->socket = 3;
   fnQNStack_Http_Stop(ctx_.get());
   EXPECT_EQ(ctx_->state, QN_HTTP_STOPPED);
@@ -278,42 +212,18 @@ TEST_F(QnStackHttpStop, ClosesTheSocketAndForgetsIt) {
   EXPECT_EQ(socket_list[3], QNSocketSlot{});
   ASSERT_THAT(network_.Names(), ElementsAre("close"));
   EXPECT_EQ(network_.Calls()[0].fd, kDescriptor);
-}
-
-TEST_F(QnStackHttpStop, WithoutASocketClosesNothing) {
-  for (const int32_t socket : {-1, 0}) {
-    ctx_->socket = socket;
-    fnQNStack_Http_Stop(ctx_.get());
-    EXPECT_EQ(ctx_->socket, socket);
-  }
-  EXPECT_EQ(network_.Count("close"), 0u);
-}
-
-TEST_F(QnStackHttpStop, KeepsStringsAndBuffers) {
-  qntest::Append(ctx_->recvBuf, "rest");
-  fnQNStack_Http_Stop(ctx_.get());
   EXPECT_STREQ(ctx_->url, "http://h/x");
   EXPECT_STREQ(ctx_->hostname, "h");
   EXPECT_STREQ(ctx_->method, "GET");
   EXPECT_EQ(qntest::UnreadOf(ctx_->recvBuf), "rest");
 }
 
-TEST_F(QnStackHttpStop, WorksFromAnyState) {
-  for (const int32_t state : {0, 1, 2, 3, 4, 5, 6, -10, -14}) {
-    ctx_->state = state;
-    fnQNStack_Http_Stop(ctx_.get());
-    EXPECT_EQ(ctx_->state, 6) << state;
-  }
-}
-
-TEST(QnStackHttpGetState, GivesTheStateAndMinusOneForNull) {
-  EXPECT_EQ(fnQNStack_Http_getState(nullptr), -1);
+TEST(QnStackHttpGetState, GivesTheState) {
   const Context ctx(fnQNStack_Http_Open_Get("h"));
-  EXPECT_EQ(fnQNStack_Http_getState(ctx.get()), 0);
-  ctx->state = -13;
-  EXPECT_EQ(fnQNStack_Http_getState(ctx.get()), -13);
-  fnQNStack_Http_Stop(ctx.get());
-  EXPECT_EQ(fnQNStack_Http_getState(ctx.get()), 6);
+  for (const int32_t state : {0, 6, -13}) {
+    ctx->state = state;
+    EXPECT_EQ(fnQNStack_Http_getState(ctx.get()), state);
+  }
 }
 
 }  // namespace

@@ -13,42 +13,22 @@
 namespace {
 
 using qntest::FailingHeap;
+using qntest::RefusalsIn;
 
-TEST(QnStackReMalloc, KeepsTheContentOfAGrownBlock) {
+TEST(QnStackReMalloc, KeepsTheContentOfAGrownBlockAndOfOneThatIsRefused) {
   auto *block = static_cast<char *>(fnQN_Malloc_Local(8, __FILE__, __LINE__));
   ASSERT_NE(block, nullptr);
   std::memcpy(block, "content", 8);
+  void *grown = block;
+  EXPECT_EQ(RefusalsIn([&] { grown = fnQNStack_ReMalloc(block, 4096); }, 1), 1);
+  EXPECT_EQ(grown, nullptr);
+  EXPECT_STREQ(block, "content");
 
-  void *grown = fnQNStack_ReMalloc(block, 4096);
-
+  grown = fnQNStack_ReMalloc(block, 4096);
   ASSERT_NE(grown, nullptr);
   EXPECT_STREQ(static_cast<char *>(grown), "content");
   std::memset(grown, 'x', 4096);  // all of it is there
   fnQN_Free(&grown);
-}
-
-TEST(QnStackReMalloc, MakesANewBlockOutOfNull) {
-  void *block = fnQNStack_ReMalloc(nullptr, 16);
-
-  ASSERT_NE(block, nullptr);
-  std::memset(block, 'x', 16);
-  fnQN_Free(&block);
-}
-
-TEST(QnStackReMalloc, LeavesTheOldBlockWhenTheHeapRefuses) {
-  auto *block = static_cast<char *>(fnQN_Malloc_Local(8, __FILE__, __LINE__));
-  ASSERT_NE(block, nullptr);
-  std::memcpy(block, "content", 8);
-
-  void *grown = block;
-  {
-    FailingHeap heap(1);
-    grown = fnQNStack_ReMalloc(block, 4096);
-  }
-
-  EXPECT_EQ(grown, nullptr);
-  EXPECT_STREQ(block, "content");
-  fnQN_Free(&block);
 }
 
 TEST(QnStackReMalloc, AsksTheHeapOnceForExactlyThatSize) {

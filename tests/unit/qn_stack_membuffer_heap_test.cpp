@@ -31,51 +31,30 @@ TEST(QnMemBufferHeap, NewFailsWithoutItsRecordOrItsStorage) {
   }
 }
 
-TEST(QnMemBufferHeap, NewAsksForTheRecordAndTenSpareBytes) {
-  QNMemBuffer *buffer = nullptr;
-  size_t asked = 0;
-  {
-    FailingHeap heap(FailingHeap::kCountOnly);
-    buffer = fnQN_MemBuffer_New(10);
-    asked = heap.BytesAsked();
-  }
-
-  EXPECT_EQ(asked, sizeof(QNMemBuffer) + 20);
-  fnQN_MemBuffer_Free(buffer);
-}
-
-TEST(QnMemBufferHeap, FreeGivesBackStorageAndRecord) {
+TEST(QnMemBufferHeap, NewAsksForTheRecordAndTenSpareBytesAndFreeGivesThemBack) {
+  const FailingHeap heap(FailingHeap::kCountOnly);
   QNMemBuffer *buffer = fnQN_MemBuffer_New(10);
-
-  FailingHeap heap(FailingHeap::kCountOnly);
+  EXPECT_EQ(heap.BytesAsked(), sizeof(QNMemBuffer) + 20);
   fnQN_MemBuffer_Free(buffer);
-
   EXPECT_EQ(heap.Frees(), 2);
 }
 
-TEST(QnMemBufferHeap, WriteAppendsNothingWithoutItsGrowth) {
-  Buffer buffer(4);
-  buffer.Write("abcd");
-  {
-    FailingHeap heap(1);
-    buffer.Write("efgh");
-    EXPECT_EQ(heap.Refusals(), 1);
-  }
-
-  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "abcd", .capacity = 4, .total = 4}));
-}
-
-TEST(QnMemBufferHeap, WriteLeavesEveryFieldWithoutItsGrowth) {
+TEST(QnMemBufferHeap, WriteLeavesEveryFieldWithoutItsGrowthAndWorksAgain) {
   Buffer buffer(4);
   buffer.Write("abcd");
   buffer.Read(2);
-  {
-    FailingHeap heap(1);
-    buffer.Write("efgh");
-  }
+  const BufferFields before = buffer.Fields();
+  EXPECT_EQ(RefusalsIn([&] { buffer.Write("efghij"); }, 1), 1);
+  EXPECT_EQ(buffer.Fields(), before);
+  int32_t result = 0;
+  // The first is the scratch area.
+  RefusalsIn([&] { result = fnQN_MemBuffer_Printf(buffer.get(), "%s", "efg"); }, 2);
+  EXPECT_EQ(result, 3);
+  EXPECT_EQ(buffer.Fields(), before);
 
-  EXPECT_EQ(buffer.Fields(),
-            (BufferFields{.held = "abcd", .capacity = 4, .cursor = 2, .total = 4}));
+  buffer.Write("efg");
+
+  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "cdefg", .capacity = 7, .total = 7}));
 }
 
 TEST(QnMemBufferHeap, GrowthNearTheGreatestCapacityAsksForNoMoreThanThereIs) {
@@ -100,38 +79,23 @@ TEST(QnMemBufferHeap, WriteItemOfOwnTextsAppendsNothingWithoutACopy) {
     SCOPED_TRACE(refused);
     Buffer buffer(64);
     buffer.Write("abcd");
-    {
-      FailingHeap heap(refused);
+    const auto write = [&] {
       fnQN_MemBuffer_WriteItem(buffer.get(), buffer->data, buffer->data + 2);
-      EXPECT_EQ(heap.Refusals(), 1);
-    }
-
+    };
+    EXPECT_EQ(RefusalsIn(write, refused), 1);
     EXPECT_EQ(buffer.Fields().held, "abcd");
   }
 }
 
-TEST(QnMemBufferHeap, WriteWorksAgainAfterARefusal) {
-  Buffer buffer(4);
-  buffer.Write("abcd");
-  {
-    FailingHeap heap(1);
-    buffer.Write("efgh");
-  }
-
-  buffer.Write("ij");
-
-  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "abcdij", .capacity = 6, .total = 6}));
-}
-
-TEST(QnMemBufferHeap, WriteThatFitsAsksForNothing) {
+TEST(QnMemBufferHeap, WriteThatFitsAsksForNothingAndPrintfForItsScratchAreaAlone) {
   Buffer buffer(10);
   buffer.Write("0123456789");
-  buffer.Read(5);
-
-  FailingHeap heap(FailingHeap::kCountOnly);
-  buffer.Write("abcde");
-
+  buffer.Read(7);
+  const FailingHeap heap(FailingHeap::kCountOnly);
+  buffer.Write("abcd");
   EXPECT_EQ(heap.Allocations(), 0);
+  fnQN_MemBuffer_Printf(buffer.get(), "%s", "efg");
+  EXPECT_EQ(heap.Allocations(), heap.Frees());
 }
 
 TEST(QnMemBufferHeap, WriteOfOwnBytesLosesNothingToAnyRefusal) {
@@ -139,68 +103,24 @@ TEST(QnMemBufferHeap, WriteOfOwnBytesLosesNothingToAnyRefusal) {
     SCOPED_TRACE(refused);
     Buffer buffer(4);
     buffer.Write("abcd");
-    int refusals = 0;
-    {
-      FailingHeap heap(refused);
-      fnQN_MemBuffer_Write(buffer.get(), buffer->data, 4);
-      refusals = heap.Refusals();
-    }
-
+    const int refusals =
+        RefusalsIn([&] { fnQN_MemBuffer_Write(buffer.get(), buffer->data, 4); }, refused);
     EXPECT_EQ(buffer.Fields().held, refusals == 0 ? "abcdabcd" : "abcd");
   }
 }
 
-TEST(QnMemBufferHeap, ReadBySubstrStaysWithoutItsItem) {
+TEST(QnMemBufferHeap, ReadBySubstrAndPrintfLeaveEveryFieldWithoutTheirArea) {
   Buffer buffer(64);
   buffer.Write("a;b;c");
   buffer.Read(2);
   const BufferFields before = buffer.Fields();
-  char *item = nullptr;
-  {
-    FailingHeap heap(1);
-    item = fnQN_MemBuffer_ReadBySubstr(buffer.get(), ";");
-  }
-
-  EXPECT_EQ(item, nullptr);
-  EXPECT_EQ(buffer.Fields(), before);
-  fnQN_Free(&item);
-}
-
-TEST(QnMemBufferHeap, PrintfFailsWithoutItsScratchArea) {
-  Buffer buffer(64);
-  buffer.Write("abc");
-  buffer.Read(1);
-  const BufferFields before = buffer.Fields();
+  const char *item = "";
   int32_t result = 0;
-  {
-    FailingHeap heap(1);
-    result = fnQN_MemBuffer_Printf(buffer.get(), "%d", 5);
-  }
-
+  RefusalsIn([&] { item = fnQN_MemBuffer_ReadBySubstr(buffer.get(), ";"); }, 1);
+  RefusalsIn([&] { result = fnQN_MemBuffer_Printf(buffer.get(), "%d", 5); }, 1);
+  EXPECT_EQ(item, nullptr);
   EXPECT_EQ(result, -1);
   EXPECT_EQ(buffer.Fields(), before);
-}
-
-TEST(QnMemBufferHeap, PrintfAppendsNothingWithoutItsGrowth) {
-  Buffer buffer(2);
-  buffer.Write("ab");
-  int32_t result = 0;
-  {
-    FailingHeap heap(2);  // the first is the scratch area
-    result = fnQN_MemBuffer_Printf(buffer.get(), "%s", "cde");
-  }
-
-  EXPECT_EQ(result, 3);
-  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "ab", .capacity = 2, .total = 2}));
-}
-
-TEST(QnMemBufferHeap, PrintfGivesItsScratchAreaBack) {
-  Buffer buffer(64);
-
-  FailingHeap heap(FailingHeap::kCountOnly);
-  fnQN_MemBuffer_Printf(buffer.get(), "%s", "abc");
-
-  EXPECT_EQ(heap.Allocations(), heap.Frees());
 }
 
 }  // namespace

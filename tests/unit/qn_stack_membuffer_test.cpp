@@ -18,18 +18,12 @@ using namespace std::string_view_literals;
 // The storage up to the capacity and the spare byte behind it.
 std::string Storage(const Buffer &buffer) { return {buffer->data, buffer->capacity + 1}; }
 
-TEST(QnMemBufferNew, IsEmptyAndZeroed) {
-  const Buffer buffer(10);
-
-  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "", .capacity = 10, .cursor = 0, .total = 0}));
-  EXPECT_EQ(std::string(buffer->data, 20), std::string(20, '\0'));
-}
-
-TEST(QnMemBufferNew, OfZeroHasTheSpareBytesAlone) {
-  const Buffer buffer(0);
-
-  EXPECT_EQ(buffer.Fields(), BufferFields{});
-  EXPECT_EQ(std::string(buffer->data, 10), std::string(10, '\0'));
+TEST(QnMemBufferNew, IsEmptyAndZeroedWithTenSpareBytes) {
+  for (const uint32_t capacity : {0U, 10U}) {
+    const Buffer buffer(capacity);
+    EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "", .capacity = capacity}));
+    EXPECT_EQ(std::string(buffer->data, capacity + 10), std::string(capacity + 10, '\0'));
+  }
 }
 
 TEST(QnMemBufferNew, RefusesACapacityWhoseStorageNeedsMoreThan32Bits) {
@@ -46,13 +40,19 @@ TEST(QnMemBufferNew, RefusesACapacityWhoseStorageNeedsMoreThan32Bits) {
 TEST(QnMemBufferWrite, SqueezesThenGrowsThenAppends) {
   struct Case {
     const char *what;
-    const char *held;
+    std::string_view held;
     int32_t read;
-    const char *added;
+    std::string_view added;
     BufferFields expected;
   };
   const Case cases[] = {
       {"behind what is held", "abc", 0, "de", {.held = "abcde", .capacity = 10, .total = 5}},
+      {"zero bytes",
+       "",
+       0,
+       "a\0b\0"sv,
+       {.held = std::string("a\0b\0"sv), .capacity = 10, .total = 4}},
+      {"to the capacity", "", 0, "0123456789", {.held = "0123456789", .capacity = 10, .total = 10}},
       {"squeezed", "abcdef", 4, "gh", {.held = "efgh", .capacity = 10, .total = 8}},
       {"read to the end", "abcdef", 6, "gh", {.held = "gh", .capacity = 10, .total = 8}},
       {"nothing added", "abcdef", 4, "", {.held = "ef", .capacity = 10, .total = 6}},
@@ -79,25 +79,6 @@ TEST(QnMemBufferWrite, SqueezesThenGrowsThenAppends) {
   }
 }
 
-TEST(QnMemBufferWrite, TakesZeroBytesAsTheyAre) {
-  Buffer buffer(10);
-
-  buffer.Write("a\0b\0"sv);
-
-  EXPECT_EQ(buffer.Fields(),
-            (BufferFields{.held = std::string("a\0b\0"sv), .capacity = 10, .total = 4}));
-}
-
-TEST(QnMemBufferWrite, FillsTheCapacityWithoutGrowing) {
-  Buffer buffer(10);
-  const char *storage = buffer->data;
-
-  buffer.Write("0123456789");
-
-  EXPECT_EQ(buffer->data, storage);
-  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "0123456789", .capacity = 10, .total = 10}));
-}
-
 TEST(QnMemBufferWrite, GrowsByTheCountAndNotByTheShortfall) {
   struct Case {
     uint32_t capacity;
@@ -105,13 +86,8 @@ TEST(QnMemBufferWrite, GrowsByTheCountAndNotByTheShortfall) {
     size_t added;
     uint32_t expected;
   };
-  constexpr Case kCases[] = {{.capacity = 10, .held = 0, .added = 15, .expected = 25},
-                             {.capacity = 10, .held = 10, .added = 1, .expected = 11},
-                             {.capacity = 10, .held = 4, .added = 6, .expected = 10},
-                             {.capacity = 10, .held = 4, .added = 7, .expected = 17},
-                             {.capacity = 0, .held = 0, .added = 5, .expected = 5},
-                             {.capacity = 0, .held = 0, .added = 0, .expected = 0},
-                             {.capacity = 2048, .held = 2047, .added = 2, .expected = 2050}};
+  constexpr Case kCases[] = {{10, 0, 15, 25}, {10, 10, 1, 11}, {10, 4, 6, 10},       {10, 4, 7, 17},
+                             {0, 0, 5, 5},    {0, 0, 0, 0},    {2048, 2047, 2, 2050}};
   for (const Case &c : kCases) {
     SCOPED_TRACE(c.capacity);
     SCOPED_TRACE(c.added);
@@ -176,22 +152,13 @@ TEST(QnMemBufferWrite, TakesTheBuffersOwnBytes) {
     size_t count;
     const char *expected;
   };
-  constexpr Case kCases[] = {
-      {.what = "no move", .read_first = 0, .from = 2, .count = 3, .expected = "abcdefcde"},
-      {.what = "growth", .read_first = 0, .from = 0, .count = 6, .expected = "abcdefabcdef"},
-      {.what = "unread, squeezed", .read_first = 2, .from = 3, .count = 2, .expected = "cdefde"},
-      {.what = "read, squeezed", .read_first = 3, .from = 0, .count = 2, .expected = "defab"},
-      {.what = "both, squeezed", .read_first = 3, .from = 2, .count = 3, .expected = "defcde"},
-      {.what = "all, read to the end",
-       .read_first = 6,
-       .from = 0,
-       .count = 6,
-       .expected = "abcdef"},
-      {.what = "squeezed and grown",
-       .read_first = 1,
-       .from = 0,
-       .count = 6,
-       .expected = "bcdefabcdef"}};
+  constexpr Case kCases[] = {{"no move", 0, 2, 3, "abcdefcde"},
+                             {"growth", 0, 0, 6, "abcdefabcdef"},
+                             {"unread, squeezed", 2, 3, 2, "cdefde"},
+                             {"read, squeezed", 3, 0, 2, "defab"},
+                             {"both, squeezed", 3, 2, 3, "defcde"},
+                             {"all, read to the end", 6, 0, 6, "abcdef"},
+                             {"squeezed and grown", 1, 0, 6, "bcdefabcdef"}};
   for (const Case &c : kCases) {
     SCOPED_TRACE(c.what);
     Buffer buffer(10);
@@ -205,153 +172,67 @@ TEST(QnMemBufferWrite, TakesTheBuffersOwnBytes) {
 }
 
 TEST(QnMemBufferRead, TakesAtMostWhatIsUnread) {
+  struct Case {
+    int32_t count;
+    int32_t result;
+    const char *destination;
+    uint32_t cursor;
+  };
+  constexpr Case kCases[] = {{-1, -1, "??????", 0}, {INT32_MIN, -1, "??????", 0},
+                             {0, 0, "??????", 0},   {2, 2, "ab????", 2},
+                             {6, 1, "c?????", 3},   {6, 0, "??????", 3}};
   Buffer buffer(10);
   buffer.Write("abc");
-
-  EXPECT_EQ(buffer.Read(2), "ab");
-  EXPECT_EQ(buffer->cursor, 2U);
-  EXPECT_EQ(buffer.Read(5), "c");
-  EXPECT_EQ(buffer.Read(5), "");
-
-  EXPECT_EQ(buffer.Fields(),
-            (BufferFields{.held = "abc", .capacity = 10, .cursor = 3, .total = 3}));
-}
-
-TEST(QnMemBufferRead, WritesNotMoreThanItTakes) {
-  Buffer buffer(10);
-  buffer.Write("abc");
-  char destination[] = "??????";
-
-  ASSERT_EQ(fnQN_MemBuffer_Read(buffer.get(), destination, 6), 3);
-
-  EXPECT_STREQ(destination, "abc???");
-}
-
-TEST(QnMemBufferRead, OfNothingTakesNothing) {
-  Buffer buffer(10);
-  buffer.Write("abc");
-  char destination = '?';
-
-  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), &destination, 0), 0);
-  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 0), 0);
-
-  EXPECT_EQ(destination, '?');
-  EXPECT_EQ(buffer->cursor, 0U);
-}
-
-TEST(QnMemBufferRead, NeedsNoDestinationWhereNothingIsUnread) {
-  Buffer buffer(10);
-  buffer.Write("abc");
-  char destination[3];
-
-  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), destination, 3), 3);
-
-  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 5), 0);
-}
-
-TEST(QnMemBufferRead, RefusesNullsAndNegativeCounts) {
-  Buffer buffer(10);
-  buffer.Write("abc");
-  char destination[4] = "???";
-
-  EXPECT_EQ(fnQN_MemBuffer_Read(nullptr, destination, 1), -1);
-  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 1), -1);
-  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), destination, -1), -1);
-  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), destination, INT32_MIN), -1);
-
-  EXPECT_STREQ(destination, "???");
-  EXPECT_EQ(buffer->cursor, 0U);
-}
-
-TEST(QnMemBufferUnRead, GivesBackWhatTheLastReadTook) {
-  Buffer buffer(10);
-  buffer.Write("abc");
-  buffer.Read(2);
-
-  EXPECT_EQ(fnQN_MemBuffer_unRead(buffer.get(), 2), 0);
-
-  EXPECT_EQ(buffer->cursor, 0U);
-  EXPECT_EQ(buffer.Read(2), "ab");
-}
-
-TEST(QnMemBufferUnRead, GivesBackAPart) {
-  Buffer buffer(10);
-  buffer.Write("abc");
-  buffer.Read(2);
-
-  EXPECT_EQ(fnQN_MemBuffer_unRead(buffer.get(), 1), 0);
-
-  EXPECT_EQ(buffer.Fields(),
-            (BufferFields{.held = "abc", .capacity = 10, .cursor = 1, .total = 3}));
-}
-
-TEST(QnMemBufferUnRead, ChangesNothingPastTheCursor) {
-  Buffer buffer(10);
-  buffer.Write("abc");
-  buffer.Read(2);
-
-  for (const int32_t count : {0, 3, 5, INT32_MAX}) {
-    SCOPED_TRACE(count);
-    EXPECT_EQ(fnQN_MemBuffer_unRead(buffer.get(), count), 0);
-    EXPECT_EQ(buffer->cursor, 2U);
+  for (const Case &c : kCases) {
+    char destination[] = "??????";
+    EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), destination, c.count), c.result);
+    EXPECT_STREQ(destination, c.destination);
+    EXPECT_EQ(buffer.Fields(),
+              (BufferFields{.held = "abc", .capacity = 10, .cursor = c.cursor, .total = 3}));
   }
+  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 5), 0) << "nothing is unread";
 }
 
-TEST(QnMemBufferUnRead, IsImpossibleAfterAWrite) {
+TEST(QnMemBufferUnRead, GivesBackWhatWasReadUntilAWrite) {
+  struct Case {
+    int32_t count;
+    int32_t result;
+    uint32_t cursor;
+  };
+  constexpr Case kCases[] = {{0, 0, 3},          {4, 0, 3},   {5, 0, 3},
+                             {INT32_MAX, 0, 3},  {-1, -1, 3}, {1, 0, 2},
+                             {INT32_MIN, -1, 2}, {3, 0, 2},   {2, 0, 0}};
   Buffer buffer(10);
-  buffer.Write("abc");
+  buffer.Write("abcd");
+  buffer.Read(3);
+  for (const Case &c : kCases) {
+    SCOPED_TRACE(c.count);
+    EXPECT_EQ(fnQN_MemBuffer_unRead(buffer.get(), c.count), c.result);
+    EXPECT_EQ(buffer.Fields(),
+              (BufferFields{.held = "abcd", .capacity = 10, .cursor = c.cursor, .total = 4}));
+  }
   buffer.Read(2);
-  buffer.Write("d");
-
+  buffer.Write("e");
   EXPECT_EQ(fnQN_MemBuffer_unRead(buffer.get(), 2), 0);
-
-  EXPECT_EQ(buffer.Unread(), "cd");
-}
-
-TEST(QnMemBufferUnRead, RefusesNullAndNegativeCounts) {
-  Buffer buffer(10);
-  buffer.Write("abc");
-  buffer.Read(2);
-
-  EXPECT_EQ(fnQN_MemBuffer_unRead(nullptr, 0), -1);
-  EXPECT_EQ(fnQN_MemBuffer_unRead(buffer.get(), -1), -1);
-  EXPECT_EQ(fnQN_MemBuffer_unRead(buffer.get(), INT32_MIN), -1);
-
-  EXPECT_EQ(buffer->cursor, 2U);
+  EXPECT_EQ(buffer.Unread(), "cde");
 }
 
 TEST(QnMemBufferClearContent, ZeroesTheWholeCapacityAndKeepsIt) {
-  Buffer buffer(10);
-  buffer.Write("0123456789");
-  buffer.Read(8);
-  buffer.Write("");  // squeezes, and leaves old bytes behind the content
-  char *storage = buffer->data;
+  for (const uint32_t capacity : {10U, 2U}) {
+    Buffer buffer(capacity);
+    const uint32_t grown = capacity == 2 ? 12 : 10;
+    buffer.Write("0123456789");
+    buffer.Read(8);
+    buffer.Write("");  // squeezes, and leaves old bytes behind the content
+    char *storage = buffer->data;
 
-  EXPECT_EQ(fnQN_MemBufer_ClearContent(buffer.get()), storage);
+    EXPECT_EQ(fnQN_MemBufer_ClearContent(buffer.get()), storage);
 
-  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "", .capacity = 10, .total = 0}));
-  EXPECT_EQ(Storage(buffer), std::string(11, '\0'));
-}
-
-TEST(QnMemBufferClearContent, ZeroesAGrownCapacityToo) {
-  Buffer buffer(2);
-  buffer.Write("0123456789");
-
-  fnQN_MemBufer_ClearContent(buffer.get());
-
-  EXPECT_EQ(buffer->capacity, 12U);
-  EXPECT_EQ(Storage(buffer).substr(0, 12), std::string(12, '\0'));
-}
-
-TEST(QnMemBufferClearContent, LeavesAUsableBuffer) {
-  Buffer buffer(4);
-  buffer.Write("abcdef");
-  buffer.Read(3);
-  fnQN_MemBufer_ClearContent(buffer.get());
-
-  buffer.Write("xyz");
-
-  EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "xyz", .capacity = 10, .total = 3}));
+    EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "", .capacity = grown}));
+    EXPECT_EQ(Storage(buffer), std::string(grown + 1, '\0'));
+    buffer.Write("xyz");
+    EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "xyz", .capacity = grown, .total = 3}));
+  }
 }
 
 }  // namespace

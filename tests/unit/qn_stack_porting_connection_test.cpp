@@ -10,14 +10,14 @@
 #include <cerrno>
 #include <climits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qn_stack_porting_internal.h"
 #include "qnstack/qn_stack_porting.h"
+#include "support/loopback.h"
 #include "support/network_faults.h"
-#include "support/scripted_server.h"
 #include "support/slot_table.h"
-#include "support/watchdog.h"
 
 namespace {
 
@@ -58,40 +58,33 @@ TEST_F(QnStackConnect, ConnectsToTheResolvedAddressInOneCall) {
   EXPECT_EQ(call.asked, 16u);
 }
 
-TEST_F(QnStackConnect, ConnectedSlotIsOneAtOnce) {
-  EXPECT_EQ(fnQN_Stack_Connect(kSlot), 1);
+TEST_F(QnStackConnect, MakesNoAttemptForASlotWhoseStateIsSettled) {
+  constexpr std::pair<int32_t, int32_t> kStates[] = {{1, 1}, {-1, 0}, {-2, -2}};
+  for (const auto &[state, result] : kStates) {
+    SetConnState(state);
+    EXPECT_EQ(fnQN_Stack_Connect(kSlot), result);
+    EXPECT_EQ(fnQN_Stack_Connect(kSlot), result);
+    EXPECT_EQ(socket_list[kSlot].connState, state);
+  }
+  socket_list[0].connState = 1;  // slot 0 is not refused like everywhere else
+  const auto before = SlotTable::Entries();
+  EXPECT_EQ(fnQN_Stack_Connect(0), 1);
+  for (const int32_t slot : {20, 21, INT32_MAX, -1, INT32_MIN}) {
+    EXPECT_EQ(fnQN_Stack_Connect(slot), 0) << slot;
+  }
   EXPECT_THAT(network_.Names(), IsEmpty());
+  EXPECT_EQ(SlotTable::Entries(), before);
 }
 
 TEST_F(QnStackConnect, FailureIsMinusOneAndRemembered) {
-  SetConnState(0);
-  network_.Script("connect", FailWith(ECONNREFUSED));
-  EXPECT_EQ(fnQN_Stack_Connect(kSlot), -1);
-  EXPECT_EQ(fnQN_Stack_SocketError(), ECONNREFUSED);
-  EXPECT_EQ(socket_list[kSlot].connState, -1);
-}
-
-TEST_F(QnStackConnect, FailedSlotIsZeroWithoutANewAttempt) {
-  SetConnState(-1);
-  EXPECT_EQ(fnQN_Stack_Connect(kSlot), 0);
-  EXPECT_EQ(fnQN_Stack_Connect(kSlot), 0);
-  EXPECT_THAT(network_.Names(), IsEmpty());
-  EXPECT_EQ(socket_list[kSlot].connState, -1);
-}
-
-TEST_F(QnStackConnect, SlotUnderWayIsMinusTwo) {
-  SetConnState(-2);
-  EXPECT_EQ(fnQN_Stack_Connect(kSlot), -2);
-  EXPECT_THAT(network_.Names(), IsEmpty());
-  EXPECT_EQ(socket_list[kSlot].connState, -2);
-}
-
-TEST_F(QnStackConnect, InterruptedAttemptIsAFailure) {
-  SetConnState(0);
-  network_.Script("connect", FailWith(EINTR));
-  EXPECT_EQ(fnQN_Stack_Connect(kSlot), -1);
-  EXPECT_EQ(fnQN_Stack_Connect(kSlot), 0);
-  EXPECT_EQ(network_.Count("connect"), 1u);
+  for (const int error : {ECONNREFUSED, EINTR}) {
+    SetConnState(0);
+    network_.Script("connect", FailWith(error));
+    EXPECT_EQ(fnQN_Stack_Connect(kSlot), -1);
+    EXPECT_EQ(fnQN_Stack_SocketError(), error);
+    EXPECT_EQ(fnQN_Stack_Connect(kSlot), 0);
+  }
+  EXPECT_EQ(network_.Count("connect"), 2u);
 }
 
 TEST_F(QnStackConnect, AnyOtherStateMakesAnAttempt) {
@@ -100,37 +93,13 @@ TEST_F(QnStackConnect, AnyOtherStateMakesAnAttempt) {
   EXPECT_EQ(network_.Count("connect"), 1u);
 }
 
-TEST_F(QnStackConnect, SlotsOutOfRangeAreZeroAndUntouched) {
-  const auto before = SlotTable::Entries();
-  for (const int32_t slot : {20, 21, INT32_MAX, -1, INT32_MIN}) {
-    EXPECT_EQ(fnQN_Stack_Connect(slot), 0) << slot;
-  }
-  EXPECT_THAT(network_.Names(), IsEmpty());
-  EXPECT_EQ(SlotTable::Entries(), before);
-}
-
-// Slot 0 is not refused like everywhere else; it fails as a free slot does.
-TEST_F(QnStackConnect, SlotZeroIsTriedAndFailsOnce) {
-  EXPECT_EQ(fnQN_Stack_Connect(0), -1);
-  EXPECT_EQ(socket_list[0].connState, -1);
-  EXPECT_EQ(fnQN_Stack_Connect(0), 0);
-}
-
-TEST_F(QnStackConnect, SlotZeroThatCountsAsConnectedIsOne) {
-  socket_list[0].connState = 1;
-  EXPECT_EQ(fnQN_Stack_Connect(0), 1);
-}
-
-TEST_F(QnStackConnect, FreeSlotFailsOnce) {
-  EXPECT_EQ(fnQN_Stack_Connect(7), -1);
-  EXPECT_EQ(socket_list[7].connState, -1);
-  EXPECT_EQ(fnQN_Stack_Connect(7), 0);
-}
-
 // Where a slot has no socket, descriptor 0 is somebody else's.
-TEST_F(QnStackConnect, NeverConnectsDescriptorZero) {
-  fnQN_Stack_Connect(0);
-  fnQN_Stack_Connect(7);
+TEST_F(QnStackConnect, FreeSlotFailsOnceAndNeverConnectsDescriptorZero) {
+  for (const int32_t slot : {0, 7}) {
+    EXPECT_EQ(fnQN_Stack_Connect(slot), -1);
+    EXPECT_EQ(socket_list[slot].connState, -1);
+    EXPECT_EQ(fnQN_Stack_Connect(slot), 0);
+  }
   for (const PlatformCall &call : network_.CallsOf("connect")) EXPECT_NE(call.fd, 0);
 }
 
@@ -144,15 +113,11 @@ TEST_F(QnStackSendData, SendsInOneCallThatRaisesNoSignal) {
   EXPECT_EQ(call.text, "hello");
 }
 
-TEST_F(QnStackSendData, ShortSendIsLeftToTheCaller) {
+TEST_F(QnStackSendData, ShortSendIsLeftToTheCallerAndCountZeroToThePlatform) {
   network_.Script("send", AtMost(2));
   EXPECT_EQ(fnQN_Stack_SendData(kSlot, "hello", 5), 2);
-  EXPECT_EQ(network_.Count("send"), 1u);
-}
-
-TEST_F(QnStackSendData, CountZeroIsAskedOfThePlatformToo) {
   EXPECT_EQ(fnQN_Stack_SendData(kSlot, "hello", 0), 0);
-  EXPECT_EQ(network_.Count("send"), 1u);
+  EXPECT_EQ(network_.Count("send"), 2u);
 }
 
 TEST_F(QnStackSendData, AnyNegativeResultIsMinusOne) {
@@ -166,35 +131,33 @@ TEST_F(QnStackSendData, AnyNegativeResultIsMinusOne) {
   EXPECT_EQ(network_.Count("send"), 5u);
 }
 
-TEST_F(QnStackSendData, RefusesSlotsOutOfRangeBeforeAllElse) {
+// First the slot is looked at, then the pointer, then the connection and the count.
+TEST_F(QnStackConnection, NothingIsSentOrReceivedForWrongArguments) {
+  struct Case {
+    int32_t slot;
+    int32_t state;
+    bool is_null;
+    int32_t count;
+    int32_t result;
+  };
+  std::vector<Case> cases = {{kSlot, 0, false, 1, -1},  {kSlot, -1, false, 1, -1},
+                             {kSlot, -2, false, 1, -1}, {kSlot, 2, false, 1, -1},
+                             {kSlot, 1, true, 1, -3},   {kSlot, 0, true, 1, -3},
+                             {kSlot, -1, true, 1, -3},  {kSlot, -2, true, 1, -3},
+                             {kSlot, 1, false, -1, -1}, {kSlot, 1, false, INT32_MIN, -1}};
   for (const int32_t slot : kBadSlots) {
-    EXPECT_EQ(fnQN_Stack_SendData(slot, "hello", 5), -1) << slot;
-    EXPECT_EQ(fnQN_Stack_SendData(slot, nullptr, 5), -1) << slot;
+    cases.push_back({slot, 1, false, 1, -1});
+    cases.push_back({slot, 1, true, 1, -1});
   }
-  EXPECT_THAT(network_.Names(), IsEmpty());
-}
-
-TEST_F(QnStackSendData, NullBytesAreMinusThreeBeforeTheConnectionIsLookedAt) {
-  for (const int32_t state : {1, 0, -1, -2}) {
-    SetConnState(state);
-    EXPECT_EQ(fnQN_Stack_SendData(kSlot, nullptr, 5), -3) << state;
+  for (const Case &c : cases) {
+    SCOPED_TRACE(testing::Message() << "slot " << c.slot << ", state " << c.state << ", null "
+                                    << c.is_null << ", count " << c.count);
+    SetConnState(c.state);
+    char byte = 'x';
+    EXPECT_EQ(fnQN_Stack_SendData(c.slot, c.is_null ? nullptr : &byte, c.count), c.result);
+    EXPECT_EQ(fnQN_Stack_RecvData(c.slot, c.is_null ? nullptr : &byte, c.count), c.result);
+    EXPECT_THAT(network_.Names(), IsEmpty());
   }
-  EXPECT_THAT(network_.Names(), IsEmpty());
-}
-
-TEST_F(QnStackSendData, RefusesASlotThatIsNotConnected) {
-  for (const int32_t state : {0, -1, -2, 2}) {
-    SetConnState(state);
-    EXPECT_EQ(fnQN_Stack_SendData(kSlot, "hello", 5), -1) << state;
-  }
-  EXPECT_THAT(network_.Names(), IsEmpty());
-}
-
-TEST_F(QnStackSendData, RefusesNegativeCounts) {
-  for (const int32_t count : {-1, INT32_MIN}) {
-    EXPECT_EQ(fnQN_Stack_SendData(kSlot, "hello", count), -1);
-  }
-  EXPECT_THAT(network_.Names(), IsEmpty());
 }
 
 TEST_F(QnStackRecvData, ReceivesInOneCallWithoutFlags) {
@@ -209,55 +172,17 @@ TEST_F(QnStackRecvData, ReceivesInOneCallWithoutFlags) {
   EXPECT_EQ(call.flags, 0);
 }
 
-TEST_F(QnStackRecvData, ClosedPeerIsZero) {
+TEST_F(QnStackRecvData, ClosedPeerIsZeroAndAnyNegativeResultMinusOne) {
   char byte = 0;
   network_.Script("recv", Give(0));
   EXPECT_EQ(fnQN_Stack_RecvData(kSlot, &byte, 1), 0);
   EXPECT_EQ(socket_list[kSlot].connState, 1);
-}
-
-TEST_F(QnStackRecvData, AnyNegativeResultIsMinusOne) {
-  char byte = 0;
   for (const int error : {ECONNRESET, EAGAIN, EINTR}) {
     network_.Script("recv", FailWith(error));
     EXPECT_EQ(fnQN_Stack_RecvData(kSlot, &byte, 1), -1);
     EXPECT_EQ(fnQN_Stack_SocketError(), error);
   }
-  EXPECT_EQ(network_.Count("recv"), 3u);
-}
-
-TEST_F(QnStackRecvData, RefusesSlotsOutOfRangeBeforeAllElse) {
-  char byte = 0;
-  for (const int32_t slot : kBadSlots) {
-    EXPECT_EQ(fnQN_Stack_RecvData(slot, &byte, 1), -1) << slot;
-    EXPECT_EQ(fnQN_Stack_RecvData(slot, nullptr, 1), -1) << slot;
-  }
-  EXPECT_THAT(network_.Names(), IsEmpty());
-}
-
-TEST_F(QnStackRecvData, NullDestinationIsMinusThreeBeforeTheConnectionIsLookedAt) {
-  for (const int32_t state : {1, 0, -1, -2}) {
-    SetConnState(state);
-    EXPECT_EQ(fnQN_Stack_RecvData(kSlot, nullptr, 5), -3) << state;
-  }
-  EXPECT_THAT(network_.Names(), IsEmpty());
-}
-
-TEST_F(QnStackRecvData, RefusesASlotThatIsNotConnected) {
-  char byte = 0;
-  for (const int32_t state : {0, -1, -2, 2}) {
-    SetConnState(state);
-    EXPECT_EQ(fnQN_Stack_RecvData(kSlot, &byte, 1), -1) << state;
-  }
-  EXPECT_THAT(network_.Names(), IsEmpty());
-}
-
-TEST_F(QnStackRecvData, RefusesNegativeCapacities) {
-  char byte = 0;
-  for (const int32_t capacity : {-1, INT32_MIN}) {
-    EXPECT_EQ(fnQN_Stack_RecvData(kSlot, &byte, capacity), -1);
-  }
-  EXPECT_THAT(network_.Names(), IsEmpty());
+  EXPECT_EQ(network_.Count("recv"), 4u);
 }
 
 TEST_F(QnStackHurry, TurnsOffTheKernelsWaitOnTheSlotsSocket) {
@@ -273,64 +198,21 @@ TEST_F(QnStackHurry, LeavesDescriptorsAloneThatAreNotConnected) {
     SetConnState(state);
     qn::HurryLastChunk(kSlot);
   }
-  fnQN_Stack_CloseSocket(kSlot);
-  network_.ForgetCalls();
+  for (const int32_t slot : kBadSlots) qn::HurryLastChunk(slot);
+  socket_list[kSlot] = {};
   qn::HurryLastChunk(kSlot);
   EXPECT_THAT(network_.Names(), IsEmpty());
 }
 
-TEST_F(QnStackHurry, IgnoresSlotsOutOfRange) {
-  for (const int32_t slot : kBadSlots) qn::HurryLastChunk(slot);
-  EXPECT_THAT(network_.Names(), IsEmpty());
-}
-
-// With a real peer.
-class QnStackLoopback : public testing::Test {
- protected:
-  static int32_t ConnectTo(uint16_t port) {
-    const int32_t slot = fnQN_Stack_CreateSocket();
-    EXPECT_EQ(fnQN_Stack_GetHostByName(slot, "127.0.0.1", port), 1);
-    return slot;
-  }
-
-  qntest::Watchdog watchdog_;
-  SlotTable table_;
-};
-
-TEST_F(QnStackLoopback, ExchangesBytesUntilThePeerCloses) {
-  qntest::ScriptedServer server({{qntest::ReadBytes(4), qntest::SendBytes("pong"),
-                                  qntest::HalfClose(), qntest::ReadToEnd()}});
-  const int32_t slot = ConnectTo(server.port());
-  char answer[5] = "";
-
-  EXPECT_EQ(fnQN_Stack_Connect(slot), 1);
-  EXPECT_EQ(fnQN_Stack_SendData(slot, "ping", 4), 4);
-  EXPECT_EQ(fnQN_Stack_RecvData(slot, answer, 4), 4);
-  EXPECT_STREQ(answer, "pong");
-  EXPECT_EQ(fnQN_Stack_RecvData(slot, answer, 4), 0);
-  fnQN_Stack_CloseSocket(slot);
-
-  EXPECT_EQ(server.Finish(), "");
-  EXPECT_EQ(server.Received(0), "ping");
-}
-
-TEST_F(QnStackLoopback, RefusedConnectionFailsOnce) {
+TEST(QnStackLoopback, RefusedConnectionFailsOnce) {
+  const SlotTable table;
   const qntest::RefusingPort nobody;
-  const int32_t slot = ConnectTo(nobody.port());
+  const int32_t slot = fnQN_Stack_CreateSocket();
+  EXPECT_EQ(fnQN_Stack_GetHostByName(slot, "127.0.0.1", nobody.port()), 1);
   EXPECT_EQ(fnQN_Stack_Connect(slot), -1);
   EXPECT_EQ(fnQN_Stack_SocketError(), ECONNREFUSED);
   EXPECT_EQ(fnQN_Stack_Connect(slot), 0);
   EXPECT_EQ(fnQN_Stack_SendData(slot, "x", 1), -1);
-}
-
-TEST_F(QnStackLoopback, ResetConnectionIsMinusOne) {
-  qntest::ScriptedServer server({{qntest::ReadBytes(1), qntest::Reset()}});
-  const int32_t slot = ConnectTo(server.port());
-  char byte = 0;
-  ASSERT_EQ(fnQN_Stack_Connect(slot), 1);
-  ASSERT_EQ(fnQN_Stack_SendData(slot, "x", 1), 1);
-  EXPECT_EQ(fnQN_Stack_RecvData(slot, &byte, 1), -1);
-  EXPECT_EQ(fnQN_Stack_SocketError(), ECONNRESET);
 }
 
 }  // namespace

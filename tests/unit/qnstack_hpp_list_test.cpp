@@ -58,22 +58,18 @@ std::string Joined(const Letters &letters) {
   return joined;
 }
 
-TEST(FaceList, IsEmptyAtFirst) {
-  const Letters letters;
-
+TEST(FaceList, TakesElementsAtBothEnds) {
+  Letters letters;
+  EXPECT_FALSE(letters.push_back(nullptr));
+  EXPECT_FALSE(letters.push_front(nullptr));
   EXPECT_TRUE(letters.empty());
   EXPECT_EQ(letters.size(), 0U);
   EXPECT_EQ(letters.begin(), letters.end());
   EXPECT_EQ(letters.cbegin(), letters.cend());
-}
-
-TEST(FaceList, TakesElementsAtBothEnds) {
-  Letters letters;
 
   EXPECT_TRUE(letters.push_back(TextOf("b")));
   EXPECT_TRUE(letters.push_back(TextOf("c")));
   EXPECT_TRUE(letters.push_front(TextOf("a")));
-
   EXPECT_EQ(Joined(letters), "abc");
   EXPECT_EQ(letters.size(), 3U);
   EXPECT_FALSE(letters.empty());
@@ -104,19 +100,9 @@ TEST(FaceList, ReleasesAtOnceWhatItHasNoPlaceFor) {
   EXPECT_EQ(back, 0);
 }
 
-TEST(FaceList, TakesNoNull) {
-  Letters letters;
-
-  EXPECT_FALSE(letters.push_back(nullptr));
-  EXPECT_FALSE(letters.push_front(nullptr));
-
-  EXPECT_TRUE(letters.empty());
-}
-
-TEST(FaceList, LetsElementsGoAtBothEnds) {
+TEST(FaceList, LetsElementsGoAtBothEndsAndAllAtOnce) {
   const FailingHeap heap(FailingHeap::kCountOnly);
   Letters letters = LettersOf({"a", "b", "c"});
-
   letters.pop_front();
   EXPECT_EQ(Joined(letters), "bc");
   letters.pop_back();
@@ -124,7 +110,11 @@ TEST(FaceList, LetsElementsGoAtBothEnds) {
   letters.pop_back();
   letters.pop_back();
   letters.pop_front();
+  EXPECT_TRUE(letters.empty());
+  EXPECT_EQ(heap.LiveBlocks(), 0);
 
+  letters = LettersOf({"a", "b"});
+  letters.clear();
   EXPECT_TRUE(letters.empty());
   EXPECT_EQ(heap.LiveBlocks(), 0);
 }
@@ -143,16 +133,6 @@ TEST(FaceList, ErasesAnElement) {
     EXPECT_EQ(letters.erase(letters.end()), letters.end());
     EXPECT_EQ(Joined(letters), "a");
   }
-  EXPECT_EQ(heap.LiveBlocks(), 0);
-}
-
-TEST(FaceList, IsCleared) {
-  const FailingHeap heap(FailingHeap::kCountOnly);
-  Letters letters = LettersOf({"a", "b"});
-
-  letters.clear();
-
-  EXPECT_TRUE(letters.empty());
   EXPECT_EQ(heap.LiveBlocks(), 0);
 }
 
@@ -229,13 +209,19 @@ TEST(FaceListIterator, GoesBothWays) {
   EXPECT_EQ(*std::next(backwards, 2), 'a');
 }
 
-TEST(FaceListIterator, GoesBackFromTheEndToWhatWasPushedSince) {
+TEST(FaceListIterator, StandsWhileTheListChangesAndMoves) {
   Letters letters;
   auto end = letters.end();
-
   letters.push_back(TextOf("a"));
+  EXPECT_EQ(*--end, 'a') << "what was pushed since";
 
-  EXPECT_EQ(*--end, 'a');
+  letters.push_back(TextOf("b"));
+  auto second = std::next(letters.begin());
+  letters.erase(letters.begin());
+  auto moved = std::move(letters);
+  EXPECT_STREQ(&*second, "b");
+  EXPECT_EQ(Joined(moved), "b");
+  EXPECT_EQ(++second, moved.end());
 }
 
 TEST(FaceListIterator, IsComparedWithOneThatOnlyLooks) {
@@ -249,27 +235,6 @@ TEST(FaceListIterator, IsComparedWithOneThatOnlyLooks) {
   EXPECT_TRUE(std::next(first) != looking);
   EXPECT_EQ(looking.node(), first.node());
   EXPECT_EQ(looking.list(), letters.get());
-}
-
-TEST(FaceListIterator, StaysOnItsElementWhenTheListMoves) {
-  auto letters = LettersOf({"a", "b"});
-  auto second = std::next(letters.begin());
-
-  auto moved = std::move(letters);
-
-  EXPECT_EQ(*second, 'b');
-  EXPECT_EQ(++second, moved.end());
-}
-
-TEST(FaceListIterator, StandsWhileAnotherElementGoes) {
-  auto letters = LettersOf({"a", "b", "c"});
-
-  auto at = letters.begin();
-  const auto before = at++;
-  letters.erase(before);
-
-  EXPECT_STREQ(&*at, "b");
-  EXPECT_EQ(Joined(letters), "bc");
 }
 
 TEST(FaceListIterator, MayStandOnANodeThatAFunctionOfCGave) {
@@ -316,23 +281,15 @@ TEST_F(FaceRange, ChangesElementsAndNotTheList) {
   EXPECT_EQ(*looking, 4);
 }
 
-TEST_F(FaceRange, SeesWhatBecomesOfTheList) {
+TEST_F(FaceRange, SeesWhatBecomesOfTheListAndIsEmptyWithoutOne) {
   const Range<int> range(&list_);
-
   fnQNList_Clear(&list_, nullptr);
-
-  EXPECT_TRUE(range.empty());
-  EXPECT_EQ(range.size(), 0U);
-  EXPECT_EQ(range.begin(), range.end());
-}
-
-TEST(FaceRangeOfNothing, IsEmpty) {
-  const Range<int> range(nullptr);
-
-  EXPECT_TRUE(range.empty());
-  EXPECT_EQ(range.size(), 0U);
-  EXPECT_EQ(range.begin().node(), nullptr);
-  EXPECT_EQ(range.begin(), range.end());
+  for (const Range<int> &empty : {range, Range<int>(nullptr)}) {
+    EXPECT_TRUE(empty.empty());
+    EXPECT_EQ(empty.size(), 0U);
+    EXPECT_EQ(empty.begin().node(), nullptr);
+    EXPECT_EQ(empty.begin(), empty.end());
+  }
 }
 
 }  // namespace

@@ -79,40 +79,26 @@ TEST_F(FaceRecords, AreNoneWithoutAFile) {
   EXPECT_TRUE(Notices("/not\0ices"s).empty());
 }
 
-TEST_F(FaceRecords, PassOverWhatTheFormatRefuses) {
-  Files().Write(kFile, "7\0\0\n"s + "9\0second\0\n"s);
-
-  EXPECT_THAT(SubjectsOf(Notices(kFile)), ElementsAre("second"));
-}
-
-TEST_F(FaceRecords, ArePushedAsValuesAndSaved) {
+TEST_F(FaceRecords, AreLoadedAnewWithoutWhatTheFormatRefuses) {
   Notices notices(kFile);
-
-  EXPECT_TRUE(notices.push_back({11, "third"}));
-  EXPECT_TRUE(notices.push_front({5, "zeroth"}));
-  notices.erase(std::next(notices.begin()));
-  EXPECT_TRUE(notices.Save());
-
-  EXPECT_EQ(Content(kFile), "5\0zeroth\0\n"s + "9\0second\0\n"s + "11\0third\0\n"s);
-}
-
-TEST_F(FaceRecords, AreChangedInTheirPlace) {
-  Notices notices(kFile);
-
-  for (Notice &notice : notices) notice.size *= 2;
-  notices.pop_front();
-  EXPECT_TRUE(notices.Save());
-
-  EXPECT_EQ(Content(kFile), "18\0second\0\n"s);
-}
-
-TEST_F(FaceRecords, AreLoadedAnew) {
-  Notices notices(kFile);
+  fnQNList_Reverse(notices.get());  // they are a list of C
+  EXPECT_THAT(SubjectsOf(notices), ElementsAre("second", "first"));
   notices.push_back({11, "third"});
+  Files().Write(kFile, "7\0\0\n"s + "9\0second\0\n"s);
 
   notices.Load();
 
-  EXPECT_THAT(SubjectsOf(notices), ElementsAre("first", "second"));
+  EXPECT_THAT(SubjectsOf(notices), ElementsAre("second"));
+}
+
+TEST_F(FaceRecords, ArePushedAsValuesChangedInTheirPlaceAndSaved) {
+  Notices notices(kFile);
+  EXPECT_TRUE(notices.push_back({11, "third"}));
+  EXPECT_TRUE(notices.push_front({5, "zeroth"}));
+  notices.erase(std::next(notices.begin()));
+  for (Notice &notice : notices) notice.size *= 2;
+  EXPECT_TRUE(notices.Save());
+  EXPECT_EQ(Content(kFile), "10\0zeroth\0\n"s + "18\0second\0\n"s + "22\0third\0\n"s);
 }
 
 TEST_F(FaceRecords, TellThatTheyWereNotSaved) {
@@ -135,14 +121,6 @@ TEST_F(FaceRecords, MoveWithTheirFile) {
   EXPECT_EQ(Content(kFile), "7\0first\0\n"s);
   EXPECT_TRUE(notices.empty());
   EXPECT_FALSE(notices.Save()) << "moved from, they have no file";
-}
-
-TEST_F(FaceRecords, AreAListOfC) {
-  Notices notices(kFile);
-
-  fnQNList_Reverse(notices.get());
-
-  EXPECT_THAT(SubjectsOf(notices), ElementsAre("second", "first"));
 }
 
 // A record whose places can be counted and refused.
@@ -199,27 +177,17 @@ TEST_F(FaceCountedRecords, AreReleasedHoweverTheyGo) {
   EXPECT_EQ(Counted::alive, 0);
 }
 
-TEST_F(FaceCountedRecords, TellThatThereWasNoPlace) {
-  CountedRecords records("/counted");
+TEST_F(FaceCountedRecords, TellThatThereWasNoPlaceAndAreNotLoadedWithoutOne) {
+  Files().Write("/counted", "record\0\nrecord\0\n"s);
   Counted::refused = true;
+  CountedRecords records("/counted");
+  EXPECT_TRUE(records.empty());
   EXPECT_FALSE(records.push_back(Counted()));
   EXPECT_FALSE(records.push_front(Counted()));
   Counted::refused = false;
-  {
-    const FailingHeap heap(1);  // the node's
-    EXPECT_FALSE(records.push_back(Counted()));
-  }
-
+  // The node's.
+  EXPECT_EQ(RefusalsIn([&] { EXPECT_FALSE(records.push_back(Counted())); }, 1), 1);
   EXPECT_TRUE(records.empty());
-  EXPECT_EQ(Counted::alive, 0);
-}
-
-TEST_F(FaceCountedRecords, AreNotLoadedWithoutAPlace) {
-  Files().Write("/counted", "record\0\nrecord\0\n"s);
-  Counted::refused = true;
-
-  EXPECT_TRUE(CountedRecords("/counted").empty());
-
   EXPECT_EQ(Counted::alive, 0);
 }
 

@@ -92,39 +92,31 @@ TEST_F(FaceSettings, RefuseWhatCannotBeSet) {
   EXPECT_EQ(settings.Value("port"), "80");
 }
 
-TEST_F(FaceSettings, AreUnset) {
+TEST_F(FaceSettings, AreUnsetAsOftenAsTheyStandThere) {
+  Files().Write(kFile, "k\0"s + "1\0\nother\0"s + "2\0\nk\0"s + "3\0\n"s);
   const FailingHeap heap(FailingHeap::kCountOnly);
   {
     Settings settings(kFile);
-
-    EXPECT_TRUE(settings.Unset("port"));
-    EXPECT_FALSE(settings.Unset("port"));
+    EXPECT_EQ(settings.Value("k"), "1") << "the first counts";
+    EXPECT_TRUE(settings.Unset("k"));
+    EXPECT_FALSE(settings.Unset("k"));
     EXPECT_FALSE(settings.Unset(nullptr));
-
-    EXPECT_THAT(KeysOf(settings), ElementsAre("empty"));
+    EXPECT_EQ(settings.Value("k"), std::nullopt);
+    EXPECT_THAT(KeysOf(settings), ElementsAre("other"));
   }
   EXPECT_EQ(heap.LiveBlocks(), 0);
 }
 
-TEST_F(FaceSettings, AreUnsetAsOftenAsTheyStandThere) {
-  Files().Write(kFile, "k\0"s + "1\0\nother\0"s + "2\0\nk\0"s + "3\0\n"s);
-  Settings settings(kFile);
-  EXPECT_EQ(settings.Value("k"), "1") << "the first counts";
-
-  EXPECT_TRUE(settings.Unset("k"));
-
-  EXPECT_EQ(settings.Value("k"), std::nullopt);
-  EXPECT_THAT(KeysOf(settings), ElementsAre("other"));
-}
-
-TEST_F(FaceSettings, AreSavedToTheirFile) {
+TEST_F(FaceSettings, AreSavedToTheirFileAndLoadedAnew) {
   Settings settings(kFile);
   settings.Set("port", "8080");
   settings.Unset("empty");
-
   EXPECT_TRUE(settings.Save());
-
   EXPECT_EQ(Content(kFile), "port\0"s + "8080\0\n"s);
+
+  Files().Write(kFile, "host\0"s + "gw\0\n"s);
+  settings.Load();
+  EXPECT_THAT(KeysOf(settings), ElementsAre("host"));
 }
 
 TEST_F(FaceSettings, TellThatTheyWereNotSaved) {
@@ -133,16 +125,6 @@ TEST_F(FaceSettings, TellThatTheyWereNotSaved) {
 
   EXPECT_FALSE(settings.Save());
   EXPECT_FALSE(Settings(nullptr).Save());
-}
-
-TEST_F(FaceSettings, AreLoadedAnew) {
-  Settings settings(kFile);
-  settings.Set("port", "8080");
-  Files().Write(kFile, "host\0"s + "gw\0\n"s);
-
-  settings.Load();
-
-  EXPECT_THAT(KeysOf(settings), ElementsAre("host"));
 }
 
 TEST_F(FaceSettings, MoveWithTheirFile) {
@@ -163,24 +145,17 @@ TEST_F(FaceSettings, MoveWithTheirFile) {
   EXPECT_EQ(heap.LiveBlocks(), 0);
 }
 
-TEST_F(FaceSettings, MayLackAValueThatTheHeapRefused) {
+TEST_F(FaceSettings, MayLackAValueOrAFileWhoseNameTheHeapRefused) {
   Settings settings("/none");
   settings.Set("key", "value");
-  {
-    const FailingHeap heap(1);
-    EXPECT_FALSE(settings.Set("key", "other"));
-  }
-
+  EXPECT_EQ(RefusalsIn([&] { EXPECT_FALSE(settings.Set("key", "other")); }, 1), 1);
   EXPECT_STREQ(settings.begin()->key, "key");
   EXPECT_EQ(settings.Value("key"), std::nullopt);
-}
 
-TEST_F(FaceSettings, HaveNoFileWhoseNameTheHeapRefused) {
   const FailingHeap heap(1);
-  Settings settings(kFile);
-
-  EXPECT_EQ(settings.file(), nullptr);
-  EXPECT_TRUE(settings.empty());
+  const Settings without_file(kFile);
+  EXPECT_EQ(without_file.file(), nullptr);
+  EXPECT_TRUE(without_file.empty());
 }
 
 TEST_F(FaceSettings, AreAListOfC) {

@@ -18,7 +18,7 @@ namespace {
 
 using namespace std::string_literals;
 using qnstack::Stack;
-using qntest::FailingHeap;
+using qntest::RefusalsIn;
 using testing::StartsWith;
 
 static_assert(!std::is_copy_constructible_v<Stack> && !std::is_copy_assignable_v<Stack>);
@@ -33,24 +33,23 @@ TEST(FaceStack, StartsAndCloses) {
   EXPECT_EQ(fnQNStack_Http_Head_Read("Accept-Language"), nullptr);
 }
 
-TEST(FaceStack, TakesBackTheProxyThatItSet) {
+TEST(FaceStack, TakesBackTheProxyThatItSetAlone) {
   {
     Stack stack;
+    EXPECT_EQ(RefusalsIn([&] { EXPECT_FALSE(stack.SetProxy("gw", 8080)); }, 1), 1);
     EXPECT_EQ(fnQNStack_Have_Proxy(), 0);
     EXPECT_TRUE(stack.SetProxy("gw"s, 8080));
-    EXPECT_EQ(fnQNStack_Have_Proxy(), 1);
+    EXPECT_FALSE(stack.SetProxy("g\0w"s, 8080));
+    EXPECT_FALSE(stack.SetProxy(nullptr, 8080));
+    EXPECT_EQ(fnQNStack_Have_Proxy(), 1) << "it is kept where another is refused";
     stack.ClearProxy();
     EXPECT_EQ(fnQNStack_Have_Proxy(), 0);
     EXPECT_TRUE(stack.SetProxy(std::string_view("gw"), 8080));
   }
   EXPECT_EQ(fnQNStack_Have_Proxy(), 0);
-}
 
-TEST(FaceStack, LeavesAProxyThatItDidNotSet) {
   fnQNStack_Http_SetProxy("gw", 8080);
-
   { const Stack stack; }
-
   EXPECT_EQ(fnQNStack_Have_Proxy(), 1);
   fnQNStack_Http_SetProxy(nullptr, 0);
 }
@@ -72,48 +71,16 @@ TEST(FaceStack, SendsItsRequestsThroughTheProxy) {
   EXPECT_THAT(network.Sent(), StartsWith("GET http://h/m HTTP/1.0\r\n"));
 }
 
-TEST(FaceStack, KeepsTheProxyWhereAnotherIsRefused) {
+TEST(FaceStack, SetsHeadersThatCanBeKept) {
   Stack stack;
-  ASSERT_TRUE(stack.SetProxy("gw", 8080));
-
-  EXPECT_FALSE(stack.SetProxy("g\0w"s, 8080));
-  EXPECT_FALSE(stack.SetProxy(nullptr, 8080));
-
-  EXPECT_EQ(fnQNStack_Have_Proxy(), 1);
-}
-
-TEST(FaceStack, TellsThatTheHeapRefusedTheFirstProxy) {
-  Stack stack;
-  const FailingHeap heap(1);
-
-  EXPECT_FALSE(stack.SetProxy("gw", 8080));
-
-  EXPECT_EQ(fnQNStack_Have_Proxy(), 0);
-}
-
-TEST(FaceStack, SetsHeaders) {
-  Stack stack;
-
   EXPECT_TRUE(stack.SetHeader("User-Agent", "Handset/1.0"s));
   EXPECT_TRUE(stack.SetHeader("Accept", ""));
-
-  EXPECT_STREQ(fnQNStack_Http_Head_Read("User-Agent"), "Handset/1.0");
-  EXPECT_STREQ(fnQNStack_Http_Head_Read("Accept"), "");
-}
-
-TEST(FaceStack, RefusesHeadersThatCannotBeKept) {
-  Stack stack;
-  ASSERT_TRUE(stack.SetHeader("User-Agent", "Handset/1.0"));
-
   EXPECT_FALSE(stack.SetHeader("User-Agent", "a\0b"s));
   EXPECT_FALSE(stack.SetHeader("User-Agent", nullptr));
   EXPECT_FALSE(stack.SetHeader(nullptr, "value"));
-  {
-    const FailingHeap heap(1);
-    EXPECT_FALSE(stack.SetHeader("User-Agent", "Other/2.0"));
-  }
-
+  EXPECT_EQ(RefusalsIn([&] { EXPECT_FALSE(stack.SetHeader("User-Agent", "Other/2.0")); }, 1), 1);
   EXPECT_STREQ(fnQNStack_Http_Head_Read("User-Agent"), "Handset/1.0");
+  EXPECT_STREQ(fnQNStack_Http_Head_Read("Accept"), "");
 }
 
 }  // namespace
