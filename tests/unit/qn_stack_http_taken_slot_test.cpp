@@ -5,8 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
+#include "qn_stack_http_slot.h"
 #include "qnstack/qn_stack_http.h"
 #include "support/answer_context.h"
 #include "support/transfer_test.h"
@@ -48,6 +50,14 @@ class QnStackHttpTakenSlot : public qntest::TransferTest {
 
   const std::string body_ = std::string(10000, 'b');
 };
+
+TEST_F(QnStackHttpTakenSlot, NumberOfNoSlotIsNobodys) {
+  QNHttpCtx ctx = {};
+  for (const int32_t number : {INT32_MIN, -1, 0, INT32_MAX}) {
+    ctx.socket = number;
+    EXPECT_FALSE(qn::IsSlotOfAnother(ctx)) << number;
+  }
+}
 
 TEST_F(QnStackHttpTakenSlot, NextPieceOfTheBodyStaysUnsent) {
   const Context redirected = OpenRedirected();

@@ -7,11 +7,10 @@
 #include "qn_fs_lock.h"
 
 bool qn::LockDirectory(int directory) {
-  int result = -1;
-  do {
-    result = flock(directory, LOCK_EX);
-  } while (result != 0 && errno == EINTR);
-  return result == 0;
+  while (flock(directory, LOCK_EX) != 0) {
+    if (errno != EINTR) return false;
+  }
+  return true;
 }
 
 void qn::UnlockDirectory(int directory) { flock(directory, LOCK_UN); }
