@@ -86,9 +86,7 @@ char *fnQN_STRNCAT(char *dst, const char *src, uint32_t n) {
   return fnQN_STRCAT(dst, src == nullptr ? nullptr : fnQN_STRNCPY(scratch.get(), src, n));
 }
 
-int32_t fnQN_STRICMP(const char *a, const char *b) {
-  return fnQNRTL_stricmp(a, b) == 0 ? 0 : -1;
-}
+int32_t fnQN_STRICMP(const char *a, const char *b) { return fnQNRTL_stricmp(a, b) == 0 ? 0 : -1; }
 
 int32_t fnQN_STRNICMP(const char *a, const char *b, uint32_t n) {
   if (a == nullptr || b == nullptr) return -1;
