@@ -120,8 +120,9 @@ Answer TakenApart(const std::string &bytes) {
 class Exchange {
  public:
   // The allocation of that number and all after it are refused; 0 for none.
-  Exchange(FuzzedDataProvider *input, QNHttpCtx *ctx, bool raw, int first_refused)
-      : input_(input), ctx_(ctx), raw_(raw), first_refused_(first_refused) {}
+  Exchange(FuzzedDataProvider *input, QNHttpCtx *ctx, std::unique_ptr<NetworkFaults> *network,
+           bool raw, int first_refused)
+      : input_(input), ctx_(ctx), raw_(raw), first_refused_(first_refused), network_(*network) {}
 
   void Run() {
     Begin();
@@ -260,7 +261,7 @@ class Exchange {
   const int first_refused_;
   int allocations_ = 0;
   Script script_;
-  std::unique_ptr<NetworkFaults> network_;
+  std::unique_ptr<NetworkFaults> &network_;
   std::string bytes_;
   Answer answer_;
   std::string delivered_;
@@ -290,12 +291,13 @@ Context Opened(FuzzedDataProvider *input) {
 // as they come.
 void TryTunnel(FuzzedDataProvider *input) {
   fnQNStack_Http_SetProxy(kProxy, 8080);
+  std::unique_ptr<NetworkFaults> network;  // outlives the context, which closes there
   const Context ctx(fnQNStack_Http_Open_Connect("origin.test", 443));
   Script script = NextScript(input);
   script.trouble = Trouble::kNone;
   // Nothing but data lets the wait for the proxy's answer return.
   script.pieces.insert(script.pieces.begin(), "HTTP/1.0 200 Connection established\r\n\r\n");
-  const auto network = Connection(script, *ctx);
+  network = Connection(script, *ctx);
   std::string received;
   while (received.empty()) {
     const qntest::Exact<char> area(65536);
@@ -330,9 +332,10 @@ void TryExchange(FuzzedDataProvider *input) {
   }
   const bool raw = kind == 7;
   const bool heap_fails = kind >= 12;
+  std::unique_ptr<NetworkFaults> network;  // outlives the context, which closes there
   const Context ctx = Opened(input);
   const int first_refused = heap_fails ? input->ConsumeIntegralInRange(1, 250) : 0;
-  Exchange exchange(input, ctx.get(), raw, first_refused);
+  Exchange exchange(input, ctx.get(), &network, raw, first_refused);
   exchange.Run();
 }
 
