@@ -263,6 +263,17 @@ TEST(QnListFindByNum, FindsNothingInAnEmptyList) {
   }
 }
 
+TEST(QnListFindByNum, FindsNothingWhereTheCountIsBelowOne) {
+  LetterList list("AB");
+  for (const int32_t count : {0, -3}) {
+    list.List()->count = count;
+    for (const int32_t index : {INT_MIN, -5, -1, 0}) {
+      EXPECT_EQ(fnQNList_Find_ByNum(list.List(), index), nullptr) << count << " " << index;
+    }
+  }
+  list.List()->count = 2;
+}
+
 TEST(QnListGetPos, GivesThePositionOfTheFirstNodeOrMinusOne) {
   LetterList list("ABCB");
   LetterList empty;

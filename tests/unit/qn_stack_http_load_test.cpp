@@ -78,9 +78,7 @@ TEST_P(QnStackHttpLoad, FileThatGivesNothingIsMinusOne) {
 
 TEST_P(QnStackHttpLoad, RefusedAreaIsMinusOneWithoutReading) {
   FilePort().files().Write("/saved", "x");
-  int32_t result = 0;
-  RefusalsIn([&] { result = Load("/saved"); }, 1);
-  EXPECT_EQ(result, -1);
+  EXPECT_EQ(WithRefusal(1, [&] { return Load("/saved"); }), -1);
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
   EXPECT_EQ(Filled(), "");
 }
@@ -92,9 +90,8 @@ TEST_P(QnStackHttpLoad, RefusedGrowthIsMinusOneAndLeavesTheBuffer) {
   char taken[3];
   fnQN_MemBuffer_Read(buffer, taken, 3);
   const QNMemBuffer before = *buffer;
-  int32_t result = 0;
-  RefusalsIn([&] { result = Load("/saved"); }, 2);  // the first is the area for the file
-  EXPECT_EQ(result, -1);
+  // The first is the area for the file.
+  EXPECT_EQ(WithRefusal(2, [&] { return Load("/saved"); }), -1);
   EXPECT_EQ(buffer->data, before.data);
   EXPECT_EQ(buffer->capacity, before.capacity);
   EXPECT_EQ(buffer->length, before.length);

@@ -46,10 +46,8 @@ TEST(QnMemBufferHeap, WriteLeavesEveryFieldWithoutItsGrowthAndWorksAgain) {
   const BufferFields before = buffer.Fields();
   EXPECT_EQ(RefusalsIn([&] { buffer.Write("efghij"); }, 1), 1);
   EXPECT_EQ(buffer.Fields(), before);
-  int32_t result = 0;
   // The first is the scratch area.
-  RefusalsIn([&] { result = fnQN_MemBuffer_Printf(buffer.get(), "%s", "efg"); }, 2);
-  EXPECT_EQ(result, 3);
+  EXPECT_EQ(WithRefusal(2, [&] { return fnQN_MemBuffer_Printf(buffer.get(), "%s", "efg"); }), 3);
   EXPECT_EQ(buffer.Fields(), before);
 
   buffer.Write("efg");
@@ -109,17 +107,26 @@ TEST(QnMemBufferHeap, WriteOfOwnBytesLosesNothingToAnyRefusal) {
   }
 }
 
+TEST(QnMemBufferHeap, PrintfOfANullFormatAsksForNothingAndKeepsWhatWasRead) {
+  Buffer buffer(8);
+  buffer.Write("abcd");
+  buffer.Read(2);
+  const FailingHeap heap(FailingHeap::kCountOnly);
+
+  EXPECT_EQ(fnQN_MemBuffer_Printf(buffer.get(), nullptr), -1);
+
+  EXPECT_EQ(heap.Allocations(), 0);
+  EXPECT_EQ(buffer->cursor, 2U) << "what was read can be given back";
+}
+
 TEST(QnMemBufferHeap, ReadBySubstrAndPrintfLeaveEveryFieldWithoutTheirArea) {
   Buffer buffer(64);
   buffer.Write("a;b;c");
   buffer.Read(2);
   const BufferFields before = buffer.Fields();
-  const char *item = "";
-  int32_t result = 0;
-  RefusalsIn([&] { item = fnQN_MemBuffer_ReadBySubstr(buffer.get(), ";"); }, 1);
-  RefusalsIn([&] { result = fnQN_MemBuffer_Printf(buffer.get(), "%d", 5); }, 1);
-  EXPECT_EQ(item, nullptr);
-  EXPECT_EQ(result, -1);
+  EXPECT_EQ(WithRefusal(1, [&] { return fnQN_MemBuffer_ReadBySubstr(buffer.get(), ";"); }),
+            nullptr);
+  EXPECT_EQ(WithRefusal(1, [&] { return fnQN_MemBuffer_Printf(buffer.get(), "%d", 5); }), -1);
   EXPECT_EQ(buffer.Fields(), before);
 }
 

@@ -149,6 +149,7 @@ char *fnQN_MemBuffer_ReadBySubstr(QNMemBuffer *buffer, const char *delimiter) {
 }
 
 int32_t fnQN_MemBuffer_Printf(QNMemBuffer *buffer, const char *format, ...) {
+  if (format == nullptr) return -1;
   const qn::Owned<char> scratch(static_cast<char *>(qn::AllocateZeroed(kFormattedBytes)));
   if (scratch == nullptr) return -1;
   va_list args;

@@ -191,7 +191,7 @@ QNListNode *fnQNList_CompareFind(const QNList *list, const void *key, QNListComp
 }
 
 QNListNode *fnQNList_Find_ByNum(const QNList *list, int32_t index) {
-  if (list == nullptr || index >= list->count) return nullptr;
+  if (list == nullptr || list->count < 1 || index >= list->count) return nullptr;
   return NodeAt(list, index);
 }
 
