@@ -153,9 +153,9 @@ const Texts kSettings = {"agent=Handset/1.0", "proxy=10.0.0.1:8080", "timeout=30
 const Texts kIndex = {"a NULL 20001", "b NULL 20002", "c NULL 20003"};
 const Texts kBody = {"the body"};
 
-void PlantRecords() { SaveRecords(kRecords); }
+void PlantThreeRecords() { SaveRecords(kRecords); }
 
-void PlantSettings() {
+void PlantThreeSettings() {
   for (const std::string &text : kSettings) {
     const size_t equals = text.find('=');
     WriteSetting(text.substr(0, equals), text.substr(equals + 1));
@@ -229,8 +229,8 @@ Texts LoadStream() {
 
 std::vector<LoadScenario> LoadScenarios() {
   return {
-      {"record load", PlantRecords, LoadRecords, kRecords, kRecordFile},
-      {"INI load", PlantSettings, LoadSettings, kSettings, kSettingsFile},
+      {"record load", PlantThreeRecords, LoadRecords, kRecords, kRecordFile},
+      {"INI load", PlantThreeSettings, LoadSettings, kSettings, kSettingsFile},
       {"cache index load", PlantIndex, LoadIndex, kIndex, kIndexFile},
       {"cached hit with its body", PlantBody, LoadBody, kBody, kIndexFile},
       {"stored answer", PlantAnswer, LoadAnswer, kBody, nullptr},

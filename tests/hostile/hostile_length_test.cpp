@@ -21,7 +21,6 @@ constexpr std::int32_t kRoom = 4096;
 constexpr long kMostKilobytes = 1024;
 // Receiving pauses above 20480 unread bytes, and comes in pieces of 2048.
 constexpr std::uint32_t kMostBuffered = 20480 + 2 * 2048;
-const std::string kOk = "HTTP/1.0 200 OK\r\n\r\n";
 
 // A block in which each byte tells its place, but for whole turns of 251.
 std::string Numbered(std::size_t size) {

@@ -20,8 +20,6 @@ using std::chrono::milliseconds;
 
 constexpr int kTimedOut = 4;
 constexpr int kReceivingFailed = 4;
-const std::string kStatusLine = "HTTP/1.0 200 OK\r\n";
-const std::string kOk = kStatusLine + "\r\n";
 const std::string kInterim = "HTTP/1.1 100 Continue\r\n\r\n";
 const std::string kChunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
 

@@ -33,6 +33,10 @@ std::string NameOf(Route route);
 inline const auto kRoutes = testing::Values(Route::kDirect, Route::kProxy);
 std::string RouteName(const testing::TestParamInfo<Route> &info);
 
+// The first line of an answer without a length, and the whole header of one.
+inline const std::string kStatusLine = "HTTP/1.0 200 OK\r\n";
+inline const std::string kOk = kStatusLine + "\r\n";
+
 // How a transfer ended, and what its calls delivered.
 struct Ending {
   std::int32_t result = 0;  // of the last call

@@ -17,7 +17,7 @@ using namespace qntest;
 
 constexpr std::size_t kBodyBytes = 5 << 20;
 constexpr std::size_t kSomeBytes = 100000;
-constexpr char kAnswer[] = "HTTP/1.0 200 OK\r\n\r\nabc";
+constexpr char kShortAnswer[] = "HTTP/1.0 200 OK\r\n\r\nabc";
 const Ending kSendFailed = {-1, -12, 1, 0, ""};
 
 volatile std::sig_atomic_t pipe_signals = 0;
@@ -61,12 +61,12 @@ TEST_P(HostileUpload, EndAmidTheBodyIsMinusTwelve) {
       {"Close", {ReadBytes(kSomeBytes), Close()}},
       {"Reset", {ReadBytes(kSomeBytes), Reset()}},
       {"ClosedReading", {ReadBytes(kSomeBytes), CloseReading(), Close()}},
-      {"Answer", {ReadBytes(kSomeBytes), SendBytes(kAnswer), Close()}}};
+      {"Answer", {ReadBytes(kSomeBytes), SendBytes(kShortAnswer), Close()}}};
   for (const auto &[topic, script] : ends) EXPECT_EQ(EndingOfPost(script), kSendFailed) << topic;
 }
 
 TEST_P(HostileUpload, AnswerAmidTheBodyIsReadBehindIt) {
-  EXPECT_EQ(EndingOfPost({ReadHeader(), SendBytes(kAnswer), ReadBytes(kBodyBytes), HalfClose(),
+  EXPECT_EQ(EndingOfPost({ReadHeader(), SendBytes(kShortAnswer), ReadBytes(kBodyBytes), HalfClose(),
                           ReadToEnd()}),
             (Ending{0, 5, 1, 200, "abc"}));
   EXPECT_EQ(server().Finish(), "");
@@ -84,7 +84,7 @@ TEST_P(HostileUpload, ClosedDirectionDoesNotHinderTheAnswer) {
   const std::tuple<const char *, ConnectionScript, Ending> peers[] = {
       {"WritingBeforeTheRequest", {HalfClose(), ReadToEnd()}, {0, 5, 1, 0, ""}},
       {"ReadingBeforeTheRequest",
-       {CloseReading(), SendBytes(kAnswer), HalfClose(), AwaitSignal()},
+       {CloseReading(), SendBytes(kShortAnswer), HalfClose(), AwaitSignal()},
        {0, 5, 1, 200, "abc"}},
       {"WritingBehindPartOfAnAnswer",
        {ReadHeader(), SendBytes(part), HalfClose(), AwaitSignal()},

@@ -13,10 +13,8 @@
 namespace qntest {
 namespace {
 
-const std::string kOk = "HTTP/1.0 200 OK\r\n";
 const std::string kChunkedHead = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
 const std::string kChunked = kChunkedHead + "3\r\nabc\r\n0\r\n\r\n";
-const std::string kInterim = "HTTP/1.1 100 Continue\r\n\r\n";
 
 // A server that sends this and then keeps the connection until the client closes.
 ConnectionScript Keeping(const std::string &answer) {

@@ -186,7 +186,7 @@ struct Chunked {
   std::string content;
 };
 
-const Chunked kChunked[] = {
+const Chunked kChunkedBodies[] = {
     {"None", "0\r\n\r\n", ""},
     {"One", "5\r\nhello\r\n0\r\n\r\n", "hello"},
     {"Some", "5\r\nhello\r\n1\r\n,\r\n6\r\n world\r\n0\r\n\r\n", "hello, world"},
@@ -201,7 +201,7 @@ const Chunked kChunked[] = {
 };
 
 TEST(QngetChunks, AreDecodedInPiecesOfAnySize) {
-  for (const Chunked &row : kChunked) {
+  for (const Chunked &row : kChunkedBodies) {
     SCOPED_TRACE(row.name);
     for (size_t size = 1; size <= row.bytes.size() + 1; ++size) {
       ChunkDecoder decoder;

@@ -23,14 +23,14 @@ using qnget::FreshnessOverRedirects;
 using qnget::ReadHttpDate;
 using qnget::ReceivedHead;
 
-constexpr int64_t kNow = 1790000000;  // 2026-09-21 14:13:20 UTC
+constexpr int64_t kReceivedAt = 1790000000;  // 2026-09-21 14:13:20 UTC
 
 TEST(QngetFreshnessOf, IsAsTheTableSays) {
   for (const CacheRow &row : CacheRows()) {
     SCOPED_TRACE(row.name);
-    const qnget::Freshness freshness = FreshnessOf(Received(row, kNow));
+    const qnget::Freshness freshness = FreshnessOf(Received(row, kReceivedAt));
 
-    const std::optional<int64_t> until = UntilOf(row, kNow);
+    const std::optional<int64_t> until = UntilOf(row, kReceivedAt);
     EXPECT_EQ(freshness.MayBeKept(), until.has_value()) << freshness.why_not;
     EXPECT_EQ(freshness.until, until.value_or(0));
   }
@@ -43,20 +43,22 @@ TEST(QngetFreshnessTable, StandsInTheDocumentation) {
   EXPECT_THAT(page, testing::HasSubstr("\n\n" + CacheTableText() + "\n"));
 }
 
-ReceivedHead Head(int status, const std::string &fields, int64_t asked = kNow,
-                  int64_t came = kNow) {
+ReceivedHead Head(int status, const std::string &fields, int64_t asked = kReceivedAt,
+                  int64_t came = kReceivedAt) {
   return {qnget::ReadAnswerHead("HTTP/1.1 " + std::to_string(status) + " X\r\n" + fields), asked,
           came};
 }
 
 TEST(QngetFreshness, TakesOffTheTimeOnTheWay) {
-  EXPECT_EQ(FreshnessOf(Head(200, "Cache-Control: max-age=60", kNow - 20)).until, kNow + 40);
-  EXPECT_EQ(FreshnessOf(Head(200, "Cache-Control: max-age=60\r\nAge: 30", kNow - 20)).until,
-            kNow + 10);
+  EXPECT_EQ(FreshnessOf(Head(200, "Cache-Control: max-age=60", kReceivedAt - 20)).until,
+            kReceivedAt + 40);
+  EXPECT_EQ(FreshnessOf(Head(200, "Cache-Control: max-age=60\r\nAge: 30", kReceivedAt - 20)).until,
+            kReceivedAt + 10);
 }
 
 TEST(QngetFreshness, GrowsByNoClockThatIsSetBackOnTheWay) {
-  EXPECT_EQ(FreshnessOf(Head(200, "Cache-Control: max-age=60", kNow + 1000)).until, kNow + 60);
+  EXPECT_EQ(FreshnessOf(Head(200, "Cache-Control: max-age=60", kReceivedAt + 1000)).until,
+            kReceivedAt + 60);
 }
 
 TEST(QngetFreshness, SaysWhatForbidsToKeep) {
@@ -72,30 +74,33 @@ TEST(QngetFreshnessOfRedirect, NeedsALifetimeOfItsOwnUnlessItIsPermanent) {
   for (const int status : {302, 303, 307}) {
     EXPECT_EQ(FreshnessOfRedirect(Head(status, "")).why_not,
               "redirect " + std::to_string(status) + ": it has no lifetime");
-    EXPECT_EQ(FreshnessOfRedirect(Head(status, "Cache-Control: max-age=60")).until, kNow + 60);
+    EXPECT_EQ(FreshnessOfRedirect(Head(status, "Cache-Control: max-age=60")).until,
+              kReceivedAt + 60);
   }
   for (const int status : {301, 308}) {
-    EXPECT_EQ(FreshnessOfRedirect(Head(status, "Age: 60")).until, kNow + kDay - 60);
-    EXPECT_EQ(FreshnessOfRedirect(Head(status, "Cache-Control: max-age=60")).until, kNow + 60);
+    EXPECT_EQ(FreshnessOfRedirect(Head(status, "Age: 60")).until, kReceivedAt + kDay - 60);
+    EXPECT_EQ(FreshnessOfRedirect(Head(status, "Cache-Control: max-age=60")).until,
+              kReceivedAt + 60);
     EXPECT_FALSE(FreshnessOfRedirect(Head(status, "Cache-Control: no-store")).MayBeKept());
     EXPECT_FALSE(FreshnessOfRedirect(Head(status, "Expires: 0")).MayBeKept());
   }
 }
 
 TEST(QngetFreshnessOfRedirect, HasNoLifetimeByItsLastChange) {
-  const std::string changed = "Last-Modified: " + HttpDate(kNow - 100 * kDay);
+  const std::string changed = "Last-Modified: " + HttpDate(kReceivedAt - 100 * kDay);
 
   EXPECT_FALSE(FreshnessOfRedirect(Head(302, changed)).MayBeKept());
 }
 
 TEST(QngetFreshnessOverRedirects, IsTheSmallestOfAll) {
   const ReceivedHead moved = Head(301, "");
-  const ReceivedHead found = Head(302, "Cache-Control: max-age=60", kNow, kNow + 5);
-  const ReceivedHead answer = Head(200, "Cache-Control: max-age=600", kNow + 5, kNow + 5);
+  const ReceivedHead found = Head(302, "Cache-Control: max-age=60", kReceivedAt, kReceivedAt + 5);
+  const ReceivedHead answer =
+      Head(200, "Cache-Control: max-age=600", kReceivedAt + 5, kReceivedAt + 5);
 
-  EXPECT_EQ(FreshnessOverRedirects({{answer}}).until, kNow + 605);
-  EXPECT_EQ(FreshnessOverRedirects({{moved, answer}}).until, kNow + 605);
-  EXPECT_EQ(FreshnessOverRedirects({{moved, found, answer}}).until, kNow + 60);
+  EXPECT_EQ(FreshnessOverRedirects({{answer}}).until, kReceivedAt + 605);
+  EXPECT_EQ(FreshnessOverRedirects({{moved, answer}}).until, kReceivedAt + 605);
+  EXPECT_EQ(FreshnessOverRedirects({{moved, found, answer}}).until, kReceivedAt + 60);
 }
 
 TEST(QngetFreshnessOverRedirects, IsNoneWhereOneHasNone) {

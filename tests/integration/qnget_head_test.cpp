@@ -6,6 +6,7 @@
 
 #include "answer_head.h"
 #include "head_reader.h"
+#include "qnget_program.h"
 #include "raw_answer.h"
 #include "visible.h"
 
@@ -20,12 +21,12 @@ using testing::ElementsAre;
 
 constexpr size_t kMostBytes = 262144;
 
-struct Line {
+struct StatusLine {
   const char *line;
   int status;
 };
 
-const Line kLines[] = {
+const StatusLine kLines[] = {
     {"HTTP/1.0 200 OK", 200},
     {"HTTP/1.1 404 Not Found", 404},
     {"HTTP/1.1 200", 200},
@@ -47,7 +48,7 @@ const Line kLines[] = {
 };
 
 TEST(QngetStatus, IsReadFromTheFirstLine) {
-  for (const Line &row : kLines) {
+  for (const StatusLine &row : kLines) {
     SCOPED_TRACE(row.line);
     EXPECT_EQ(ReadAnswerHead(row.line + std::string("\r\n\r\n")).status, row.status);
   }
@@ -153,7 +154,7 @@ TEST(QngetHeadReader, CountsEarlierHeads) {
   EXPECT_EQ(heads, kMostBytes / head.size() + 1);
 }
 
-struct Answer {
+struct RawCase {
   const char *name;
   std::string bytes;
   std::string rest;  // that does not belong to it
@@ -161,10 +162,7 @@ struct Answer {
   const char *cut;
 };
 
-const std::string kOk = "HTTP/1.0 200 OK\r\n";
-const std::string kInterim = "HTTP/1.1 100 Continue\r\n\r\n";
-
-const Answer kAnswers[] = {
+const RawCase kAnswers[] = {
     {"OfALength", kOk + "Content-Length: 3\r\n\r\nabcMORE", "MORE", true, ""},
     {"BelowALength", kOk + "Content-Length: 3\r\n\r\nab", "", false, "after 2 of 3 bytes"},
     {"OfChunks", kOk + "Transfer-Encoding: chunked\r\n\r\n3\r\nabc\r\n0\r\n\r\nMORE", "MORE", true,
@@ -182,7 +180,7 @@ const Answer kAnswers[] = {
 };
 
 TEST(QngetRawAnswer, IsFollowedToItsEnd) {
-  for (const Answer &row : kAnswers) {
+  for (const RawCase &row : kAnswers) {
     SCOPED_TRACE(row.name);
     for (const size_t size : {size_t{1}, size_t{10}, row.bytes.size()}) {
       RawAnswer answer(false, false);

@@ -11,10 +11,10 @@ namespace {
 using qnget::AnnouncedWait;
 using qnget::ReadAnswerHead;
 
-constexpr int64_t kNow = 784111777;  // Sun, 06 Nov 1994 08:49:37 GMT
+constexpr int64_t kNov6 = 784111777;  // Sun, 06 Nov 1994 08:49:37 GMT
 
 std::optional<double> WaitOf(const std::string &lines) {
-  return AnnouncedWait(ReadAnswerHead("HTTP/1.0 503 Busy\r\n" + lines), kNow);
+  return AnnouncedWait(ReadAnswerHead("HTTP/1.0 503 Busy\r\n" + lines), kNov6);
 }
 
 // By its own date, if the answer has one, else from now.

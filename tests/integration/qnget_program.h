@@ -51,6 +51,10 @@ struct Exchange : ProcessResult {
 // "HOST:PORT" stands for the address of the server.
 inline const std::string kUrl = "http://HOST:PORT/";
 
+// The first line of an answer, and an answer that another one follows.
+inline const std::string kOk = "HTTP/1.0 200 OK\r\n";
+inline const std::string kInterim = "HTTP/1.1 100 Continue\r\n\r\n";
+
 // Runs the program to its end while a server does so, one script a connection. The
 // server ends nothing by itself before the program would be killed.
 Exchange RunOn(const std::vector<ConnectionScript> &scripts, const Words &arguments = {kUrl},

@@ -18,19 +18,19 @@ namespace {
 namespace fs = std::filesystem;
 using testing::MatchesRegex;
 
-struct Refusal {
+struct RefusedCall {
   const char *call;
   const char *reason;
   int error;
 };
 
-void PrintTo(const Refusal &refusal, std::ostream *out) {
+void PrintTo(const RefusedCall &refusal, std::ostream *out) {
   *out << refusal.call << " with " << refusal.reason;
 }
 
 constexpr char kOld[] = "proxy: 127.0.0.1:1\naccept: a/b\n";
 
-class QngetRefused : public RootFolder, public testing::WithParamInterface<Refusal> {
+class QngetRefused : public RootFolder, public testing::WithParamInterface<RefusedCall> {
  protected:
   QngetRefused() {
     Set("proxy", "127.0.0.1:1");
@@ -57,11 +57,12 @@ class QngetRefused : public RootFolder, public testing::WithParamInterface<Refus
 
 INSTANTIATE_TEST_SUITE_P(
     Call, QngetRefused,
-    testing::Values(Refusal{"renameat", "EACCES", EACCES}, Refusal{"renameat", "ENOSPC", ENOSPC},
-                    Refusal{"fstat", "EIO", EIO}, Refusal{"write", "ENOSPC", ENOSPC},
-                    Refusal{"fsync", "EIO", EIO}, Refusal{"read", "EIO", EIO},
-                    Refusal{"open", "EMFILE", EMFILE}, Refusal{"openat", "EMFILE", EMFILE},
-                    Refusal{"openat2", "EMFILE", EMFILE}),
+    testing::Values(RefusedCall{"renameat", "EACCES", EACCES},
+                    RefusedCall{"renameat", "ENOSPC", ENOSPC}, RefusedCall{"fstat", "EIO", EIO},
+                    RefusedCall{"write", "ENOSPC", ENOSPC}, RefusedCall{"fsync", "EIO", EIO},
+                    RefusedCall{"read", "EIO", EIO}, RefusedCall{"open", "EMFILE", EMFILE},
+                    RefusedCall{"openat", "EMFILE", EMFILE},
+                    RefusedCall{"openat2", "EMFILE", EMFILE}),
     [](const auto &test) { return std::string(test.param.call) + "_" + test.param.reason; });
 
 TEST_P(QngetRefused, SetKeepsTheSettings) {

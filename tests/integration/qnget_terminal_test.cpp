@@ -21,7 +21,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-struct Line {
+struct ProgressLine {
   int64_t count;
   int64_t expected;
   double seconds;
@@ -29,7 +29,7 @@ struct Line {
 };
 
 TEST(QngetProgressText, TellsBytesPercentAndRate) {
-  const Line lines[] = {
+  const ProgressLine lines[] = {
       {0, -1, 1, "0 B, 0 B/s"},
       {0, 0, 1, "0 B, 0 B/s"},
       {999, -1, 1, "999 B, 999 B/s"},
@@ -43,7 +43,7 @@ TEST(QngetProgressText, TellsBytesPercentAndRate) {
       {4000, 3000, 1, "4.0 kB of 3.0 kB, 100 %, 4.0 kB/s"},
       {5, -1, 0, "5 B, 5.0 kB/s"},
   };
-  for (const Line &line : lines) {
+  for (const ProgressLine &line : lines) {
     EXPECT_EQ(qnget::ProgressText(line.count, line.expected, line.seconds), line.text);
   }
 }

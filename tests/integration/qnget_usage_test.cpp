@@ -18,7 +18,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-struct Refusal {
+struct WrongUsage {
   const char *name;
   std::vector<std::string> arguments;
   const char *message;
@@ -30,7 +30,7 @@ const char *const kPage = "http://127.0.0.1:9/";
 
 // One of each kind of address and field; the other ways in which they can be wrong are
 // those of the tests of their modules.
-const Refusal kRefusals[] = {
+const WrongUsage kWrongUsages[] = {
     {"NoUrl", {}, "URL is required"},
     {"TwoUrls", {kPage, kPage}, "not expected: http://127.0.0.1:9/"},
     {"UnknownOption", {"--bogus", kPage}, "--bogus"},
@@ -112,7 +112,7 @@ const Refusal kRefusals[] = {
 };
 
 TEST(QngetRefuses, WithExitCode1AndAReason) {
-  for (const Refusal &row : kRefusals) {
+  for (const WrongUsage &row : kWrongUsages) {
     SCOPED_TRACE(row.name);
     const ProcessResult result = RunQnget(row.arguments);
 

@@ -16,7 +16,7 @@ using WireMethods = qntest::WireExchange;
 TEST_P(WireMethods, ExchangesTheseBytes) { RunRow(); }
 
 constexpr char kMessage[] = "application/vnd.wap.mms-message";
-constexpr char kOk[] = "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\nabc";
+constexpr char kPlainText[] = "HTTP/1.0 200 OK\r\nContent-Type: text/plain\r\n\r\nabc";
 
 const std::string kPdu("\x8c\x80\x98t1\0\x8d\x90\r\n\r\n\xff", 13);
 
@@ -24,7 +24,7 @@ const std::string kPdu("\x8c\x80\x98t1\0\x8d\x90\r\n\r\n\xff", 13);
 const ExchangeRow kRequests[] = {
     {"GetFromAnotherPort",
      {"GET", "mmsc.test:8080"},
-     {{"mmsc.test", 8080, {AnswerWith(kOk)}, {RequestText("GET /", "mmsc.test:8080")}}},
+     {{"mmsc.test", 8080, {AnswerWith(kPlainText)}, {RequestText("GET /", "mmsc.test:8080")}}},
      0,
      "abc",
      200},
@@ -32,7 +32,7 @@ const ExchangeRow kRequests[] = {
      {"GET", "http://mmsc.test/m?id=1", {}, {}, true},
      {{kGateway,
        kGatewayPort,
-       {AnswerWith(kOk)},
+       {AnswerWith(kPlainText)},
        {RequestText("GET http://mmsc.test/m?id=1", "mmsc.test:80")}}},
      0,
      "abc",
@@ -41,7 +41,7 @@ const ExchangeRow kRequests[] = {
      {"POST", "http://mmsc.test/m", kPdu, kMessage},
      {{"mmsc.test",
        80,
-       {AnswerBodyWith(13, kOk)},
+       {AnswerBodyWith(13, kPlainText)},
        {RequestText("POST /m", "mmsc.test:80", BodyHeaders(kMessage, 13)) + kPdu}}},
      0,
      "abc",

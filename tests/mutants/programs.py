@@ -19,6 +19,7 @@ class Program:
 # In this order: what finds most in least time comes first.
 PROGRAMS = (
     Program("unit_tests", "tests/unit"),
+    Program("face_tests", "tests/unit"),
     Program("inert_port_tests", "tests/unit"),
     Program("wap_forwarding_tests", "tests/unit"),
     Program("null_inert_tests", "tests/null"),

@@ -27,7 +27,7 @@ std::string AllCharacters() {
 
 using Block = std::array<unsigned char, 256>;
 
-Block AllBytes() {
+Block AllBytesBlock() {
   Block block{};
   for (std::size_t i = 0; i < block.size(); ++i) block[i] = static_cast<unsigned char>(255 - i);
   return block;
@@ -74,8 +74,8 @@ std::vector<Record> KnownRecords() {
           {.number = -1,
            .text = AllCharacters(),
            .time = {2038, 1, 19, 3, 14, 8, 3},
-           .block = AllBytes()},
-          {.number = 0, .text = "", .time = {}, .block = AllBytes()},
+           .block = AllBytesBlock()},
+          {.number = 0, .text = "", .time = {}, .block = AllBytesBlock()},
           {.number = INT32_MAX,
            .text = "\xC3\xA4\xE2\x82\xAC",
            .time = {2106, 2, 7, 6, 28, 16, 5},
@@ -100,7 +100,7 @@ struct Answer {
 };
 
 std::vector<Answer> KnownAnswers() {
-  const Block bytes = AllBytes();
+  const Block bytes = AllBytesBlock();
   return {{"http://a.invalid/", "text/plain", "plain", INT32_MIN},
           {"http://a.invalid/?\xE4", AllCharacters(), {bytes.begin(), bytes.end()}, -1},
           {"http://b.invalid/long", "", std::string(70000, '\x80'), INT32_MAX}};

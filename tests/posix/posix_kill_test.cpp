@@ -34,7 +34,7 @@ constexpr uint32_t kUrls = 8;
 constexpr unsigned kMostMicroseconds = 12000;  // before a child is killed
 
 // How far a store has come, in memory that outlives the children.
-struct Progress {
+struct SavedVersions {
   std::atomic<int32_t> begun;
   std::atomic<int32_t> saved;
 
@@ -43,10 +43,10 @@ struct Progress {
     if (is_new) saved = begun.load();
   }
 };
-struct Board {
-  Progress records;
-  Progress settings;
-  std::array<Progress, kUrls> urls;
+struct VersionBoard {
+  SavedVersions records;
+  SavedVersions settings;
+  std::array<SavedVersions, kUrls> urls;
   std::atomic<uint32_t> turns;  // the children take turns with the URLs, so none grows old
 };
 
@@ -65,14 +65,14 @@ Texts SettingsOf(int32_t version) { return {"key=" + ValueOf(version)}; }
 std::string UrlOf(uint32_t url) { return "http://example/" + std::to_string(url); }
 
 template <typename SaveVersion>
-void SaveNext(Progress *progress, SaveVersion save) {
+void SaveNext(SavedVersions *progress, SaveVersion save) {
   const int32_t next = progress->begun + 1;
   progress->begun = next;
   if (save(next)) progress->saved = next;
 }
 
 // Loads, then saves for as long as it may.
-[[noreturn]] void SaveForEver(Board *board) {
+[[noreturn]] void SaveForEver(VersionBoard *board) {
   FileFaults unforced;  // many saves in a short time
   LoadRecords();
   LoadCache();
@@ -89,13 +89,13 @@ void SaveNext(Progress *progress, SaveVersion save) {
 class PosixKill : public PosixRoot {
  protected:
   PosixKill()
-      : board_(new (mmap(nullptr, sizeof(Board), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS,
-                         -1, 0)) Board()) {
+      : board_(new (mmap(nullptr, sizeof(VersionBoard), PROT_READ | PROT_WRITE,
+                         MAP_SHARED | MAP_ANONYMOUS, -1, 0)) VersionBoard()) {
     fnQNFS_MkDir("/data/");
   }
   ~PosixKill() override {
     ForgetCache();
-    munmap(board_, sizeof(Board));
+    munmap(board_, sizeof(VersionBoard));
   }
 
   // Starts a child and kills it `delay` microseconds later, counted from its
@@ -126,7 +126,8 @@ class PosixKill : public PosixRoot {
   }
 
   // The store holds what was last saved, if anything was, or what was being saved.
-  static void ExpectVersion(Progress &progress, const Texts &found, Texts (*of)(int32_t version)) {
+  static void ExpectVersion(SavedVersions &progress, const Texts &found,
+                            Texts (*of)(int32_t version)) {
     const Texts old_content = progress.saved == 0 ? Texts() : of(progress.saved);
     const bool is_new = found == of(progress.begun);
     EXPECT_TRUE(found == old_content || is_new)
@@ -150,7 +151,7 @@ class PosixKill : public PosixRoot {
 
   // The body is that of its entry; only an old one whose successor is being
   // saved may have gone.
-  static void ExpectEntry(Progress *progress, const CachedBody &entry) {
+  static void ExpectEntry(SavedVersions *progress, const CachedBody &entry) {
     EXPECT_TRUE(entry.tag == progress->saved || entry.tag == progress->begun)
         << entry.tag << " after " << progress->saved;
     progress->Settle(entry.tag == progress->begun);
@@ -158,7 +159,7 @@ class PosixKill : public PosixRoot {
     EXPECT_TRUE(entry.state == CachedBody::State::kWhole || progress->begun != progress->saved);
   }
 
-  Board *board_;
+  VersionBoard *board_;
   int leftovers_ = 0;
 };
 

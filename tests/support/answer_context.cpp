@@ -4,10 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ostream>
 
 #include "support/http_stack.h"
 
 namespace qntest {
+
+std::ostream &operator<<(std::ostream &out, const Delivery &delivery) {
+  return out << "{result " << delivery.result << ", bytes \"" << delivery.bytes << "\"}";
+}
 
 AnswerContext::AnswerContext(int32_t state) : AnswerContext(fnQNStack_Http_Open_Get(kUrl), state) {}
 

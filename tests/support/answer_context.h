@@ -5,6 +5,7 @@
 #define QNSTACK_TESTS_SUPPORT_ANSWER_CONTEXT_H
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 
@@ -18,9 +19,13 @@ inline constexpr size_t kReceivePauseMark = 20480;
 
 // What one read gave: the result and the bytes that came with it.
 struct Delivery {
-  int32_t result;
+  int32_t result = 0;
   std::string bytes;
+
+  bool operator==(const Delivery &) const = default;
 };
+
+std::ostream &operator<<(std::ostream &out, const Delivery &delivery);
 
 // Owns a context. Complete (the peer has closed) unless told otherwise.
 //

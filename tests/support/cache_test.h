@@ -26,6 +26,12 @@ inline constexpr char kIndexName[] = "/wap/ca/ca.txt";
 inline constexpr int32_t kNow = -644084928;
 inline constexpr int32_t kFileNoOfNow = -4928;
 
+// Expiries before which and behind which the clock of a cache test stands.
+inline constexpr int32_t kFresh = kNow + 1000;
+inline constexpr int32_t kStale = kNow - 1000;
+
+inline constexpr int32_t kMebibyte = 1048576;
+
 // One entry, by value.
 struct CachedAnswer {
   std::string url;
@@ -40,6 +46,10 @@ struct CachedAnswer {
 };
 
 // For the messages of failed assertions.
+inline const std::vector<CachedAnswer> kTwo = {
+    {"http://a/", "text/plain", -4928, 120, 1000, 900, 200},
+    {"http://b/", "NULL", 42, 80, -7, -8, -9}};
+
 std::ostream &operator<<(std::ostream &out, const CachedAnswer &answer);
 
 CachedAnswer AnswerOf(const QNCacheEntry &entry);

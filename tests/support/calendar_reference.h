@@ -17,6 +17,8 @@ void PrintTo(const QNTime &t, std::ostream *out);
 
 namespace qntest {
 
+inline constexpr int32_t kDay = 86400;  // in seconds
+
 // Days of the years that a walk goes through which begins at `year` and goes
 // down, in 16 bits, until 1970 has been added; and the same out of a table.
 uint32_t WalkDownFrom(uint32_t year);

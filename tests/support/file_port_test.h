@@ -14,6 +14,10 @@
 namespace qntest {
 
 // Each test begins with no files, no calls and no failures.
+// A file of a store, and its backup.
+inline constexpr char kName[] = "/abc";
+inline constexpr char kBackup[] = "/abc.bak";
+
 class FilePortTest : public testing::Test {
  protected:
   FilePortTest() { FilePort().Reset(); }

@@ -16,6 +16,9 @@ std::ostream &operator<<(std::ostream &out, const QNSocketSlot &slot);
 
 namespace qntest {
 
+// Numbers that are no slot's.
+inline constexpr int32_t kBadSlots[] = {INT32_MIN, -1, 0, 20, INT32_MAX};
+
 // Member of fixtures that use slots: the table is empty when a test starts,
 // and whatever the test leaves in it is closed and cleared.
 class SlotTable {

@@ -11,6 +11,10 @@
 
 namespace qntest {
 
+// MIBenum numbers.
+inline constexpr uint32_t kUcs2 = 1000;
+inline constexpr uint32_t kUtf16 = 1015;
+
 // One value as UTF-8. `lead_mask` is what a two-byte lead keeps.
 std::string ReferenceUtf8(uint32_t value, uint32_t lead_mask = 0x1F);
 

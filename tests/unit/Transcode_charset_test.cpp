@@ -23,8 +23,6 @@ using namespace qntest;
 constexpr uint32_t kAscii = 3;
 constexpr uint32_t kLatin1 = 4;
 constexpr uint32_t kUtf8 = 106;
-constexpr uint32_t kUcs2 = 1000;
-constexpr uint32_t kUtf16 = 1015;
 constexpr uint32_t kUnknown = 2026;
 
 // The result, or nothing for NULL; the length must say the same.

@@ -18,9 +18,6 @@ namespace {
 
 using namespace qntest;
 
-constexpr uint32_t kUcs2 = 1000;
-constexpr uint32_t kUtf16 = 1015;
-
 struct Sample {
   const char *script;
   const char *text;    // UTF-8

@@ -63,7 +63,6 @@ TEST(GetTimeSeconds, StepsBackOrAheadAtTheEndOfSomeMonths) {
     LocalMoment next;
     int32_t step;
   };
-  constexpr int32_t kDay = 86400;
   constexpr Case kCases[] = {
       {{2009, 1, 31, 23, 59, 59}, {2009, 2, 1}, 1 - 31 * kDay},
       {{2009, 2, 28, 23, 59, 59}, {2009, 3, 1}, 1 + 3 * kDay},

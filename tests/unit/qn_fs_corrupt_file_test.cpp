@@ -22,8 +22,6 @@ namespace {
 using namespace std::string_literals;
 using namespace qntest;
 
-constexpr char kName[] = "/abc";
-
 // Takes the next field off a file's bytes, by a way of its own.
 std::string NextField(const std::string &bytes, size_t &at) {
   std::string field;

@@ -15,7 +15,6 @@ namespace {
 
 using namespace qntest;
 
-constexpr uint32_t kDay = 86400;
 constexpr uint32_t kLastDayNumber = UINT32_MAX / kDay;
 constexpr QNTime kUntouched = {1, 2, 3, 4, 5, 6, 7};
 

@@ -26,19 +26,16 @@ using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr char kName[] = "/abc";
-constexpr char kBackup[] = "/abc.bak";
-
-struct Loader {
+struct RecordLoader {
   const char *name;
   void (*load)(const char *name, QNList *list, QNFSRecordRead read);
 };
-constexpr Loader kLoad = {"AtTail", fnQNFS_Load_File_To_List};
-constexpr Loader kLoadEx = {"AtFront", fnQNFS_Load_File_To_ListEx};
+constexpr RecordLoader kLoad = {"AtTail", fnQNFS_Load_File_To_List};
+constexpr RecordLoader kLoadEx = {"AtFront", fnQNFS_Load_File_To_ListEx};
 
-void PrintTo(const Loader &loader, std::ostream *out) { *out << loader.name; }
+void PrintTo(const RecordLoader &loader, std::ostream *out) { *out << loader.name; }
 
-class QnFsRecordLoad : public FilePortTest, public testing::WithParamInterface<Loader> {
+class QnFsRecordLoad : public FilePortTest, public testing::WithParamInterface<RecordLoader> {
  protected:
   void Load(TextList &list, QNFSRecordRead read = ReadText) {
     GetParam().load(kName, list.get(), read);

@@ -25,7 +25,6 @@ using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr char kName[] = "/abc";
 constexpr char kSource[] = "qnstack/qnfs/common/src/qn_fs_file_record";
 constexpr int32_t kNowhere = 7;
 

@@ -23,17 +23,14 @@ using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr char kName[] = "/abc";
-constexpr char kBackup[] = "/abc.bak";
-
 struct Way {
   const char *name;
   int32_t (*store)(const char *name, QNFSBuffer *record);
   const char *function;  // of the port
   const char *content;   // after "new" was stored over "old"
 };
-constexpr Way kSave = {"Save", fnQNFS_Write_Buffer_To_File, "WriteToFile", "new"};
-constexpr Way kAppend = {"Append", fnQNFS_Append_Buffer_To_File, "AppendToFile", "oldnew"};
+constexpr Way kSaveWay = {"Save", fnQNFS_Write_Buffer_To_File, "WriteToFile", "new"};
+constexpr Way kAppendWay = {"Append", fnQNFS_Append_Buffer_To_File, "AppendToFile", "oldnew"};
 
 void PrintTo(const Way &way, std::ostream *out) { *out << way.name; }
 
@@ -58,7 +55,7 @@ class QnFsBufferStore : public FilePortTest, public testing::WithParamInterface<
   }
 };
 
-INSTANTIATE_TEST_SUITE_P(Ways, QnFsBufferStore, testing::Values(kSave, kAppend),
+INSTANTIATE_TEST_SUITE_P(Ways, QnFsBufferStore, testing::Values(kSaveWay, kAppendWay),
                          testing::PrintToStringParamName());
 
 TEST_P(QnFsBufferStore, KeepsTheOldContentUntilTheNewIsWritten) {
@@ -115,7 +112,7 @@ TEST_P(QnFsBufferStore, OfNothingWritesNoByte) {
   EXPECT_EQ(GetParam().store(kName, empty.get()), 1);
 
   EXPECT_EQ(FilePort().Calls()[3], CallOf("0 bytes, /abc"));
-  EXPECT_EQ(Content(kName), GetParam().store == kSave.store ? "" : "old");
+  EXPECT_EQ(Content(kName), GetParam().store == kSaveWay.store ? "" : "old");
 }
 
 TEST_P(QnFsBufferStore, WritesTheZeroByteBehindAnExactFit) {

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -22,11 +21,6 @@ using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
-
-constexpr char kName[] = "/abc";
-constexpr char kBackup[] = "/abc.bak";
-constexpr int32_t kHighest = std::numeric_limits<int32_t>::max();
-constexpr int32_t kLowest = std::numeric_limits<int32_t>::min();
 
 // The bytes of a buffer that was loaded.
 std::string Held(TypedBuffer &buffer) {
@@ -191,7 +185,7 @@ TEST_F(QnFsBufferLoad, ReadsAtMostTheSizeAnd10000Bytes) {
 
 TEST_F(QnFsBufferLoad, OfASizeThatCannotBeReadOrWithoutMemoryIsAnEmptyBuffer) {
   Files().Write(kName, "content");
-  for (const int32_t size : {kHighest, kHighest - 9999, -10001, kLowest, kHighest - 10000}) {
+  for (const int32_t size : {INT32_MAX, INT32_MAX - 9999, -10001, INT32_MIN, INT32_MAX - 10000}) {
     SCOPED_TRACE(size);
     FilePort().Answer("getFileSize", size);
 
@@ -250,7 +244,7 @@ TEST_F(QnFsBufferLoad, ReadsARestoredBackupThatOutgrowsTheStorage) {
 
 TEST_F(QnFsBufferLoad, HoldsNoMoreOfAnOutgrownFileThanItAskedFor) {
   Files().Write(kName, LongContent(30000));
-  FilePort().Report("ReadFromFile", kHighest);
+  FilePort().Report("ReadFromFile", INT32_MAX);
   TypedBuffer buffer(10004);
 
   EXPECT_EQ(fnQNFS_Load_File_To_Buffer(kName, buffer.get()), 1);

@@ -19,9 +19,6 @@ using namespace std::string_literals;
 using qntest::TypedBuffer;
 using testing::Pair;
 
-constexpr int32_t kHighest = std::numeric_limits<int32_t>::max();
-constexpr int32_t kLowest = std::numeric_limits<int32_t>::min();
-
 TEST(QnFsBufferInit, SetsThePlacesAndZeroesTheStorage) {
   char storage[] = "xxxxxxxx";
   QNFSBuffer record = {storage, 5, 6};
@@ -47,7 +44,7 @@ TEST(QnFsBufferInit, OfTheLargestCapacityIsReadAsAnyOther) {
 
   fnQNFS_Init_Buffer(&record, 0x80000000U);
   EXPECT_EQ(record.pos, -1);
-  EXPECT_EQ(record.last, kHighest);
+  EXPECT_EQ(record.last, INT32_MAX);
   record.data = storage;
   char *field = fnQNFS_Buffer_ReadString(&record);
 
@@ -58,12 +55,12 @@ TEST(QnFsBufferInit, OfTheLargestCapacityIsReadAsAnyOther) {
 
 TEST(QnFsBufferWrite, PositionsWrapBehindTheHighest) {
   TypedBuffer buffer(8);
-  buffer->pos = kHighest;
-  buffer->last = kHighest;
+  buffer->pos = INT32_MAX;
+  buffer->last = INT32_MAX;
 
   fnQNFS_Buffer_WriteString(buffer.get(), nullptr, 0);
 
-  EXPECT_THAT(buffer.Places(), Pair(kLowest, kHighest));
+  EXPECT_THAT(buffer.Places(), Pair(INT32_MIN, INT32_MAX));
 }
 
 TEST(QnFsBufferInit, TakesMissingStorage) {
@@ -108,7 +105,7 @@ TEST(QnFsBufferWrite, EndsATextButALineTagAloneAndEveryBlockWithAZeroByte) {
       {fnQNFS_Buffer_WriteString, nullptr, 0, "\0"s},
       {fnQNFS_Buffer_WriteString, nullptr, 5, "\0"s},
       {fnQNFS_Buffer_WriteString, nullptr, -5, "\0"s},
-      {fnQNFS_Buffer_WriteString, nullptr, kHighest, "\0"s},
+      {fnQNFS_Buffer_WriteString, nullptr, INT32_MAX, "\0"s},
       {fnQNFS_Buffer_WriteString, "\n", 1, "\n"},
       {fnQNFS_Buffer_WriteString, "\n", 0, ""},
       {fnQNFS_Buffer_WriteString, "\n", 2, "\n\0"s},
@@ -136,7 +133,7 @@ TEST(QnFsBufferWrite, EndsATextButALineTagAloneAndEveryBlockWithAZeroByte) {
 }
 
 TEST(QnFsBufferWrite, ANegativeLengthWritesNothing) {
-  for (const int32_t length : {-1, -2, -100, kLowest}) {
+  for (const int32_t length : {-1, -2, -100, INT32_MIN}) {
     SCOPED_TRACE(length);
     TypedBuffer buffer(8);
     buffer.Write("a");
@@ -150,7 +147,7 @@ TEST(QnFsBufferWrite, ANegativeLengthWritesNothing) {
 }
 
 TEST(QnFsBufferWrite, ALengthNearTheTopClosesTheBuffer) {
-  for (const int32_t length : {kHighest, kHighest - 1, kHighest - 7}) {
+  for (const int32_t length : {INT32_MAX, INT32_MAX - 1, INT32_MAX - 7}) {
     SCOPED_TRACE(length);
     for (const auto write : {fnQNFS_Buffer_WriteString, WriteBlock}) {
       TypedBuffer buffer(8);
@@ -172,8 +169,8 @@ TEST(QnFsBufferWrite, NumbersInDecimal) {
   const Case cases[] = {{0, "0\0"s},
                         {42, "42\0"s},
                         {-7, "-7\0"s},
-                        {kHighest, "2147483647\0"s},
-                        {kLowest, "-2147483648\0"s}};
+                        {INT32_MAX, "2147483647\0"s},
+                        {INT32_MIN, "-2147483648\0"s}};
   for (const Case &c : cases) {
     SCOPED_TRACE(c.value);
     TypedBuffer integer(20);
@@ -301,8 +298,8 @@ TEST(QnFsBufferIsEnd, ComparesThePlacesAsSigned) {
                              {1, 0, 1},
                              {0, 1, 0},
                              {-2, -1, 0},
-                             {kLowest, kHighest, 0},
-                             {kHighest, kLowest, 1}};
+                             {INT32_MIN, INT32_MAX, 0},
+                             {INT32_MAX, INT32_MIN, 1}};
   for (const Case &c : kCases) {
     const QNFSBuffer record = {nullptr, c.pos, c.last};
 

@@ -13,10 +13,12 @@
 #include <string_view>
 
 #include "qnstack/qn_fs_comm_tools.h"
+#include "support/calendar_reference.h"
 
 namespace {
 
-constexpr uint32_t kDay = 86400;
+using qntest::kDay;
+
 constexpr const char *kMonths[] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                    "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
@@ -119,14 +121,14 @@ int32_t ScannedDate(const std::string &text) {
 }
 
 TEST(ParseDateStr, AgreesWithAScanOfDamagedTexts) {
-  constexpr std::string_view kLetters = " \t\n06194Nov,:+-";
+  constexpr std::string_view kDateLetters = " \t\n06194Nov,:+-";
   std::mt19937 random(784166400);
   const auto below = [&random](size_t bound) { return static_cast<size_t>(random()) % bound; };
   int dates = 0;
   for (int i = 0; i < 20'000; ++i) {
     std::string text = "Sun, 06 Nov 1994 08:49:37 GMT";
     for (size_t damage = 1 + below(3); damage > 0; --damage) {
-      text.replace(below(text.size()), below(3), 1, kLetters[below(kLetters.size())]);
+      text.replace(below(text.size()), below(3), 1, kDateLetters[below(kDateLetters.size())]);
     }
     const int32_t expected = ScannedDate(text);
     dates += expected != -1 ? 1 : 0;

@@ -23,7 +23,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-constexpr char kName[] = "/ini";
+constexpr char kIniName[] = "/ini";
 
 class QnFsIniLoad : public FilePortTest {};
 class QnFsIniSave : public FilePortTest {};
@@ -55,20 +55,20 @@ TEST_F(QnFsIniLoad, TakesKeyAndValueInTurns) {
   };
   for (const Case &c : cases) {
     SCOPED_TRACE(testing::PrintToString(c.content));
-    Files().Write(kName, c.content);
+    Files().Write(kIniName, c.content);
     SettingsList list;
 
-    fnQNFS_Load_INI_To_List(kName, list.get());
+    fnQNFS_Load_INI_To_List(kIniName, list.get());
 
     EXPECT_EQ(list.Held(), c.settings);
   }
 }
 
 TEST_F(QnFsIniLoad, ReplacesWhatTheListHolds) {
-  Files().Write(kName, "b\0y\0\n"s);
+  Files().Write(kIniName, "b\0y\0\n"s);
   SettingsList list{{"a", "x"}};
 
-  fnQNFS_Load_INI_To_List(kName, list.get());
+  fnQNFS_Load_INI_To_List(kIniName, list.get());
 
   EXPECT_THAT(list.Held(), ElementsAre(Pair("b", "y")));
 }
@@ -77,17 +77,17 @@ TEST_F(QnFsIniLoad, OfAFileThatCannotBeReadEmptiesTheList) {
   SettingsList missing{{"a", "x"}};
   SettingsList unreadable{{"a", "x"}};
 
-  fnQNFS_Load_INI_To_List(kName, missing.get());
-  Files().Write(kName, "b\0y\0\n"s);
+  fnQNFS_Load_INI_To_List(kIniName, missing.get());
+  Files().Write(kIniName, "b\0y\0\n"s);
   FilePort().Fail("ReadFromFile");
-  fnQNFS_Load_INI_To_List(kName, unreadable.get());
+  fnQNFS_Load_INI_To_List(kIniName, unreadable.get());
 
   EXPECT_THAT(missing.Held(), IsEmpty());
   EXPECT_THAT(unreadable.Held(), IsEmpty());
 }
 
 TEST_F(QnFsIniLoad, AsksForTheSizeBeforeItLooksAtTheList) {
-  fnQNFS_Load_INI_To_List(kName, nullptr);
+  fnQNFS_Load_INI_To_List(kIniName, nullptr);
 
   EXPECT_THAT(FilePort().Calls(), ElementsAre("getFileSize(/ini)"));
 }
@@ -95,10 +95,10 @@ TEST_F(QnFsIniLoad, AsksForTheSizeBeforeItLooksAtTheList) {
 TEST_F(QnFsIniLoad, WithoutRoomForTheFileLeavesTheList) {
   SettingsList list{{"a", "x"}};
   FilePort().Answer("getFileSize", std::numeric_limits<int32_t>::max());
-  fnQNFS_Load_INI_To_List(kName, list.get());
+  fnQNFS_Load_INI_To_List(kIniName, list.get());
   {
     FailingHeap heap(1);
-    fnQNFS_Load_INI_To_List(kName, list.get());
+    fnQNFS_Load_INI_To_List(kIniName, list.get());
   }
 
   EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "x")));
@@ -106,7 +106,7 @@ TEST_F(QnFsIniLoad, WithoutRoomForTheFileLeavesTheList) {
 }
 
 TEST_F(QnFsIniLoad, KeepsWholeEntriesWhereverTheHeapRefuses) {
-  Files().Write(kName, "a\0x\0\nb\0y\0\n"s);
+  Files().Write(kIniName, "a\0x\0\nb\0y\0\n"s);
   // The area, the backup's name, and for each entry its two strings, itself
   // and its node.
   for (int refused = 3; refused <= 10; ++refused) {
@@ -114,7 +114,7 @@ TEST_F(QnFsIniLoad, KeepsWholeEntriesWhereverTheHeapRefuses) {
     SettingsList list;
     const FailingHeap heap(refused);
 
-    fnQNFS_Load_INI_To_List(kName, list.get());
+    fnQNFS_Load_INI_To_List(kIniName, list.get());
 
     const Settings first = {{"a", "x"}};
     EXPECT_EQ(list.Held(), refused > 6 ? first : Settings());
@@ -127,9 +127,9 @@ TEST_F(QnFsIniLoad, InitForgetsWhatTheRecordHeld) {
     SCOPED_TRACE(is_there);
     QNListNode node = {};
     QNList list = {&node, &node, 77, 77};
-    if (is_there) Files().Write(kName, "b\0y\0\n"s);
+    if (is_there) Files().Write(kIniName, "b\0y\0\n"s);
 
-    fnQNFS_INI_List_Init(kName, &list);
+    fnQNFS_INI_List_Init(kIniName, &list);
 
     EXPECT_EQ(list.count, is_there ? 1 : 0);
     EXPECT_EQ(list.head != nullptr, is_there);
@@ -145,37 +145,37 @@ TEST_F(QnFsIniLoad, InitForgetsWhatTheRecordHeld) {
 
 TEST_F(QnFsIniSave, WritesEntryAfterEntry) {
   SettingsList list{{"port", "80"}, {"a", ""}, {"a", "x"}};
-  Files().Write(kName, "old");
+  Files().Write(kIniName, "old");
 
-  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kIniName, list.get()), 1);
 
-  EXPECT_EQ(Content(kName), "port\0"s + "80\0\na\0\0\na\0x\0\n"s);
+  EXPECT_EQ(Content(kIniName), "port\0"s + "80\0\na\0\0\na\0x\0\n"s);
 }
 
 TEST_F(QnFsIniSave, OfAnEmptyListEmptiesTheFile) {
   SettingsList list;
-  Files().Write(kName, "old");
+  Files().Write(kIniName, "old");
 
-  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kIniName, list.get()), 1);
 
-  EXPECT_EQ(Content(kName), "");
+  EXPECT_EQ(Content(kIniName), "");
 }
 
 TEST_F(QnFsIniSave, WritesAMissingValueAsAnEmptyOneAndALineTagWithoutItsZeroByte) {
   SettingsList list{{"a", "x"}, {"b", "\n"}};
   fnQN_Free(&list.Entry(0)->value);
 
-  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, list.get()), 1);
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kIniName, list.get()), 1);
 
-  EXPECT_EQ(Content(kName), "a\0\0\nb\0\n\n"s);
+  EXPECT_EQ(Content(kIniName), "a\0\0\nb\0\n\n"s);
 }
 
 TEST_F(QnFsIniSave, FailsWithItsArgumentsItsMemoryOrThePort) {
   SettingsList list{{"a", "x"}};
-  Files().Write(kName, "old");
+  Files().Write(kIniName, "old");
 
-  const auto write = [&] { return fnQNFS_Write_INI_To_File(kName, list.get()); };
-  EXPECT_EQ(fnQNFS_Write_INI_To_File(kName, nullptr), 0);
+  const auto write = [&] { return fnQNFS_Write_INI_To_File(kIniName, list.get()); };
+  EXPECT_EQ(fnQNFS_Write_INI_To_File(kIniName, nullptr), 0);
   EXPECT_THAT(FilePort().Calls(), IsEmpty());
   FilePort().Answer("getFileSize", std::numeric_limits<int32_t>::max());
   EXPECT_EQ(write(), 0);
@@ -183,15 +183,15 @@ TEST_F(QnFsIniSave, FailsWithItsArgumentsItsMemoryOrThePort) {
   EXPECT_EQ(write(), 0);
   EXPECT_EQ(WithRefusal(1, write), 0);
 
-  EXPECT_EQ(Content(kName), "old");
+  EXPECT_EQ(Content(kIniName), "old");
 }
 
 TEST_F(QnFsIniSave, IsReadBackByALoad) {
   SettingsList saved{{"proxy", "10.0.0.172:80"}, {"", "x"}, {"agent", "a b\nc"}};
   SettingsList loaded;
 
-  fnQNFS_Write_INI_To_File(kName, saved.get());
-  fnQNFS_Load_INI_To_List(kName, loaded.get());
+  fnQNFS_Write_INI_To_File(kIniName, saved.get());
+  fnQNFS_Load_INI_To_List(kIniName, loaded.get());
 
   EXPECT_EQ(loaded.Held(), saved.Held());
 }
@@ -199,32 +199,32 @@ TEST_F(QnFsIniSave, IsReadBackByALoad) {
 // What becomes of the list is held by QnFsIniWriteRam.
 TEST_F(QnFsIniWrite, SetsTheValueAndWritesTheFile) {
   SettingsList list{{"a", "x"}, {"b", "y"}};
-  Files().Write(kName, "old");
+  Files().Write(kIniName, "old");
 
-  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "a", "z"), 1);
-  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "c", nullptr), 1);
+  EXPECT_EQ(fnQNFS_INI_Write(kIniName, list.get(), "a", "z"), 1);
+  EXPECT_EQ(fnQNFS_INI_Write(kIniName, list.get(), "c", nullptr), 1);
 
-  EXPECT_EQ(Content(kName), "a\0z\0\nb\0y\0\nc\0\0\n"s);
+  EXPECT_EQ(Content(kIniName), "a\0z\0\nb\0y\0\nc\0\0\n"s);
   EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "z"), Pair("b", "y"), Pair("c", "")));
 }
 
 TEST_F(QnFsIniWrite, ThatFailsOnTheFileKeepsTheChangeInMemory) {
   SettingsList list{{"a", "x"}};
-  Files().Write(kName, "a\0x\0\n"s);
+  Files().Write(kIniName, "a\0x\0\n"s);
   FilePort().Fail("WriteToFile", 1);
   FilePort().Fail("WriteToFile", 2);
 
-  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "a", "z"), 0);
-  EXPECT_EQ(fnQNFS_INI_Write(kName, list.get(), "b", "y"), 0);
+  EXPECT_EQ(fnQNFS_INI_Write(kIniName, list.get(), "a", "z"), 0);
+  EXPECT_EQ(fnQNFS_INI_Write(kIniName, list.get(), "b", "y"), 0);
 
   EXPECT_THAT(list.Held(), ElementsAre(Pair("a", "z"), Pair("b", "y")));
-  EXPECT_EQ(Content(kName), "a\0x\0\n"s);
+  EXPECT_EQ(Content(kIniName), "a\0x\0\n"s);
 }
 
 TEST_F(QnFsIniWrite, WithoutMemoryForANewKeyOrValueWritesNothing) {
   for (const char *key : {"a", "b"}) {
     SettingsList list{{"a", "x"}};
-    const auto write = [&] { return fnQNFS_INI_Write(kName, list.get(), key, "z"); };
+    const auto write = [&] { return fnQNFS_INI_Write(kIniName, list.get(), key, "z"); };
 
     EXPECT_EQ(WithRefusal(1, write), 0) << key;
   }
@@ -233,7 +233,7 @@ TEST_F(QnFsIniWrite, WithoutMemoryForANewKeyOrValueWritesNothing) {
 
 TEST_F(QnFsIniWrite, WithoutMemoryForTheFileKeepsTheChangeInMemory) {
   SettingsList list{{"a", "x"}};
-  const auto write = [&] { return fnQNFS_INI_Write(kName, list.get(), "a", "z"); };
+  const auto write = [&] { return fnQNFS_INI_Write(kIniName, list.get(), "a", "z"); };
 
   EXPECT_EQ(WithRefusal(2, write), 0);
 

@@ -23,14 +23,14 @@ std::string Ftoa(double value, int32_t radix) {
   return fnQNRTL_ftoa(value, buf, radix);
 }
 
-struct Case {
+struct NumberText {
   double value;
   int32_t radix;
   const char *text;
 };
 
 TEST(QnFtoa, WritesKnownTexts) {
-  const Case cases[] = {
+  const NumberText cases[] = {
       // One zero behind an integral value.
       {3.0, 10, "3.0"},
       {0.0, 10, "0.0"},
@@ -105,7 +105,7 @@ TEST(QnFtoa, WritesKnownTexts) {
       {0.25, 8, "0.248g"},    // .25 2, .5 4, 1 8, 2 16
       {0.75, 36, "0.r"},      // .75 27, below 0
   };
-  for (const Case &each : cases) {
+  for (const NumberText &each : cases) {
     EXPECT_EQ(Ftoa(each.value, each.radix), each.text) << each.value << " / " << each.radix;
   }
 }

@@ -31,13 +31,13 @@ struct Item {
 // The places of the two elements of one comparison.
 using Comparison = std::pair<int, int>;
 
-struct Outcome {
+struct SortedOnce {
   std::vector<Comparison> comparisons;
   std::vector<int> places;  // in the order reached
-  bool operator==(const Outcome &) const = default;
+  bool operator==(const SortedOnce &) const = default;
 };
 
-void PrintTo(const Outcome &outcome, std::ostream *out) {
+void PrintTo(const SortedOnce &outcome, std::ostream *out) {
   *out << "compared";
   for (const auto &[a, b] : outcome.comparisons) *out << ' ' << a << ':' << b;
   *out << ", reached";
@@ -56,7 +56,7 @@ class ReferenceSort {
     }
   }
 
-  Outcome Run() {
+  SortedOnce Run() {
     settled_[0] = true;
     while (current_ != count_ && count_ > 0) {
       CarryCurrent();
@@ -116,7 +116,7 @@ class ReferenceSort {
   std::vector<Item> items_;  // the first is unused
   int current_ = 1;
   int mark_ = 1;
-  Outcome outcome_;
+  SortedOnce outcome_;
 };
 
 std::vector<Comparison> recorded;
@@ -163,14 +163,14 @@ class ItemList {
   QNList list_ = {};
 };
 
-Outcome SortedBy(QNListCompare compare, const std::vector<int> &keys) {
+SortedOnce SortedBy(QNListCompare compare, const std::vector<int> &keys) {
   ItemList list(keys);
   recorded.clear();
   fnQNList_Sort(list.List(), compare);
   return {recorded, list.Places()};
 }
 
-Outcome Sorted(const std::vector<int> &keys) { return SortedBy(CompareItems, keys); }
+SortedOnce Sorted(const std::vector<int> &keys) { return SortedBy(CompareItems, keys); }
 
 std::vector<int> SortedKeys(const std::vector<int> &keys) {
   std::vector<int> sorted;
@@ -213,7 +213,7 @@ TEST(QnListSort, PutsEveryShortInputInAscendingOrder) {
 }
 
 TEST(QnListSort, GivesKnownResults) {
-  const Outcome five = Sorted({5, 1, 4, 2, 3});
+  const SortedOnce five = Sorted({5, 1, 4, 2, 3});
 
   EXPECT_EQ(five.places, (std::vector<int>{1, 3, 4, 2, 0}));
   EXPECT_EQ(five.comparisons,

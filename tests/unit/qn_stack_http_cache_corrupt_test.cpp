@@ -21,8 +21,6 @@ namespace {
 
 using namespace qntest;
 
-constexpr int32_t kFresh = kNow + 1000;
-
 const std::vector<CachedAnswer> kThree = {
     {"http://a/", "text/plain", -4928, 120, kFresh, kNow, 200},
     {"http://b/", "NULL", 42, 80, kFresh, kNow, 200},

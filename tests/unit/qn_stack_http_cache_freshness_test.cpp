@@ -5,11 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "qn_stack_http_cache_internal.h"
 #include "support/cache_test.h"
+#include "support/calendar_reference.h"
 #include "support/failing_heap.h"
 
 namespace qn {
@@ -30,12 +30,10 @@ void PrintTo(const CacheTime &time, std::ostream *out) {
 namespace {
 
 using qn::CacheTime;
+using qntest::kDay;
 using qntest::kNow;
 
-constexpr int32_t kDay = 86400;
 constexpr int32_t kNov6 = 784166400;  // 6 November 1994
-constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
-constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
 
 const CacheTime facts_at_load = qn::cache_time;
 
@@ -85,12 +83,12 @@ TEST_F(QnCacheFreshness, TakesOneFactFromALine) {
       {"AGE:60", {1, 2, 60, 4, 5}},
       {"Age:\t+7 seconds", {1, 2, 7, 4, 5}},
       {"Age: -5", {1, 2, -5, 4, 5}},
-      {"Age: 2147483647", {1, 2, kMost, 4, 5}},
+      {"Age: 2147483647", {1, 2, INT32_MAX, 4, 5}},
       {"Cache-Control: max-age=60", {1, 2, 60, 4, 5}},
       {"cache-control:MAX-AGE=60", {1, 2, 60, 4, 5}},
       {"Cache-Control: public, max-age= 60, x", {1, 2, 60, 4, 5}},
       {"Cache-Control: max-age=1, max-age=2", {1, 2, 1, 4, 5}},
-      {"Cache-Control: max-age=-2147483648", {1, 2, kLeast, 4, 5}},
+      {"Cache-Control: max-age=-2147483648", {1, 2, INT32_MIN, 4, 5}},
       {"Cache-Control: no-cache", {0, 2, 3, 4, 5}},
       {"CACHE-CONTROL:x,No-Cache=\"Set-Cookie\"", {0, 2, 3, 4, 5}},
       {"Cache-Control: max-age=60, no-cache", {0, 2, 60, 4, 5}},
@@ -151,18 +149,18 @@ TEST_F(QnCacheFreshness, MakesTheExpiryOfTheFactsByTheFirstThatApplies) {
       // The expiry itself.
       {{1, 50, 60, 70, 80}, 50},
       {{1, 1, 0, 0, 0}, 1},
-      {{1, kMost, 60, 0, 0}, kMost},
+      {{1, INT32_MAX, 60, 0, 0}, INT32_MAX},
       // A lifetime from now on, where there is no such expiry.
       {{1, 0, 60, 70, 80}, kNow + 60},
       {{1, -1, 60, 0, 0}, kNow + 60},
-      {{1, kLeast, 1, 0, 0}, kNow + 1},
-      {{1, 0, kMost, 0, 0}, kNow + kMost},
+      {{1, INT32_MIN, 1, 0, 0}, kNow + 1},
+      {{1, 0, INT32_MAX, 0, 0}, kNow + INT32_MAX},
       // Modified at its date.
       {{1, 0, 0, 80, 80}, kNow + 3000},
       {{1, -1, -1, 1, 1}, kNow + 3000},
       {{1, 0, 0, 0, 0}, -1},
       {{1, 0, 0, -1, -1}, -1},
-      {{1, 0, kLeast, kLeast, kLeast}, -1},
+      {{1, 0, INT32_MIN, INT32_MIN, INT32_MIN}, -1},
       // A tenth of the time between the two, cut towards zero.
       {{1, 0, 0, 1000, 1009}, 1009},
       {{1, 0, 0, 1000, 1010}, 1011},
@@ -170,8 +168,8 @@ TEST_F(QnCacheFreshness, MakesTheExpiryOfTheFactsByTheFirstThatApplies) {
       {{1, 0, 0, 1009, 1000}, 1000},
       {{1, 0, 0, 1010, 1000}, 999},
       {{1, 0, 0, 1019, 1000}, 999},
-      {{1, 0, -1, 1, kMost}, kLeast + (kMost - 1) / 10 - 1},
-      {{1, 0, 0, kMost, 1}, 1 - (kMost - 1) / 10},
+      {{1, 0, -1, 1, INT32_MAX}, INT32_MIN + (INT32_MAX - 1) / 10 - 1},
+      {{1, 0, 0, INT32_MAX, 1}, 1 - (INT32_MAX - 1) / 10},
       // One of the two is missing.
       {{1, 0, 0, 0, 1000}, -1},
       {{1, 0, 0, -1, 1000}, -1},
@@ -193,9 +191,9 @@ TEST_F(QnCacheFreshness, WrapsALifetimeThatEndsBeyondTheCount) {
   clock_.SetLocal({.year = 2045, .month = 6, .day = 15, .hour = 12});
   constexpr int32_t kNowIn2045 = kNow + 13149 * kDay;
   static_assert(kNowIn2045 > 0);
-  qn::cache_time = {1, 0, kMost, 0, 0};
+  qn::cache_time = {1, 0, INT32_MAX, 0, 0};
 
-  EXPECT_EQ(fnQNStack_Cache_getExpired(), kLeast + kNowIn2045 - 1);
+  EXPECT_EQ(fnQNStack_Cache_getExpired(), INT32_MIN + kNowIn2045 - 1);
 }
 
 TEST_F(QnCacheFreshness, MakesTheExpiryOfHeaderLines) {

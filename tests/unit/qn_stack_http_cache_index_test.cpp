@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -19,12 +18,6 @@ using namespace qntest;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
-
-constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
-constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
-
-const std::vector<CachedAnswer> kTwo = {{"http://a/", "text/plain", -4928, 120, 1000, 900, 200},
-                                        {"http://b/", "NULL", 42, 80, -7, -8, -9}};
 
 class QnCacheIndex : public qntest::CacheTest {};
 
@@ -44,15 +37,15 @@ TEST_F(QnCacheIndex, LoadsOnceInTheOrderOfItsFileAndCountsNothing) {
 }
 
 TEST_F(QnCacheIndex, CountsOnBeyond32BitsByWrapping) {
-  qn::http_cache_items = kMost;
-  qn::http_cache_size = kLeast;
+  qn::http_cache_items = INT32_MAX;
+  qn::http_cache_size = INT32_MIN;
   QNCacheEntry entry = {};
   entry.size = -1;
 
   qn::CountCacheEntry(entry);
 
-  EXPECT_EQ(qn::http_cache_items, kLeast);
-  EXPECT_EQ(qn::http_cache_size, kMost);
+  EXPECT_EQ(qn::http_cache_items, INT32_MIN);
+  EXPECT_EQ(qn::http_cache_size, INT32_MAX);
 }
 
 TEST_F(QnCacheIndex, LoadsAnEmptyIndexWhereThereIsNoFile) {
@@ -77,7 +70,8 @@ TEST_F(QnCacheIndex, LoadsAnEmptyIndexWhereTheFileCannotBeRead) {
 }
 
 TEST_F(QnCacheIndex, WritesTheIndexByteForByte) {
-  Start({{"U", "NULL", 42, 120, 1000, 900, 0}, {"", "", kLeast, kMost, kLeast, kMost, -1}});
+  Start({{"U", "NULL", 42, 120, 1000, 900, 0},
+         {"", "", INT32_MIN, INT32_MAX, INT32_MIN, INT32_MAX, -1}});
   constexpr char kBytes[] =
       "U\0NULL\0"
       "42\0"

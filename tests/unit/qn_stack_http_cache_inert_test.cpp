@@ -15,18 +15,18 @@
 
 namespace {
 
-std::vector<std::string> told;
+std::vector<std::string> told_names;
 
-int32_t Tell(const char *name, int32_t /*operation*/) {
-  told.emplace_back(name);
+int32_t TellName(const char *name, int32_t /*operation*/) {
+  told_names.emplace_back(name);
   return 0;
 }
 
 class QnCacheOnInertPort : public testing::Test {
  protected:
   QnCacheOnInertPort() {
-    fnQNFS_SetCardSynFileFunc(Tell);
-    told.clear();
+    fnQNFS_SetCardSynFileFunc(TellName);
+    told_names.clear();
     fnQNStack_Cache_Init();
   }
   ~QnCacheOnInertPort() override { fnQNStack_Cache_Free(); }
@@ -59,8 +59,8 @@ TEST_F(QnCacheOnInertPort, LoadsAnEmptyIndexAndFailsToSaveAfterItHasMadeRoom) {
   EXPECT_NE(fnQNStack_Cache_FindbyUrl("fresh"), nullptr);
   EXPECT_EQ(qn::http_cache_items, 1);
   EXPECT_EQ(qn::http_cache_size, 10);
-  ASSERT_EQ(told.size(), 1U);  // of the body alone; the index is not written
-  EXPECT_NE(told[0], "/wap/ca/ca.txt");
+  ASSERT_EQ(told_names.size(), 1U);  // of the body alone; the index is not written
+  EXPECT_NE(told_names[0], "/wap/ca/ca.txt");
   EXPECT_EQ(fnQNStack_Cache_Delete_All(), 0) << "it tells that the index was not written";
   EXPECT_EQ(fnQNList_GetCount(qn::http_cache_list), 0);
 }

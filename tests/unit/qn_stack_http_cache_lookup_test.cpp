@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -19,11 +18,6 @@ using namespace qntest;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
-
-constexpr int32_t kFresh = kNow + 1000;
-constexpr int32_t kStale = kNow - 1000;
-constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
-constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
 
 class QnCacheFind : public qntest::CacheTest {};
 
@@ -72,8 +66,8 @@ TEST_F(QnCacheFindFresh, ComparesExpiryAndNowAsSignedNumbers) {
     int32_t expires;
     bool fresh;
   };
-  constexpr Case kCases[] = {{kNow - 1, false}, {kNow, false}, {kNow + 1, true}, {kLeast, false},
-                             {-1, true},        {0, true},     {1, true},        {kMost, true}};
+  constexpr Case kCases[] = {{kNow - 1, false}, {kNow, false}, {kNow + 1, true}, {INT32_MIN, false},
+                             {-1, true},        {0, true},     {1, true},        {INT32_MAX, true}};
   for (const Case &c : kCases) {
     ResetCache();
     Start({{.url = "u", .expires = c.expires}});

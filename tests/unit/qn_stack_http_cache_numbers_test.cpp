@@ -20,8 +20,6 @@ namespace {
 using namespace qntest;
 using testing::IsEmpty;
 
-constexpr int32_t kFresh = kNow + 1000;
-constexpr int32_t kMebibyte = 1048576;
 constexpr int32_t kHighestNoted = 22768;  // numbers above it are noted together
 
 class QnCacheNumbers : public qntest::CacheTest {

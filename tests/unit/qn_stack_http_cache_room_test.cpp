@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -19,11 +18,6 @@ using namespace qntest;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
-
-constexpr int32_t kFresh = kNow + 1000;
-constexpr int32_t kMebibyte = 1048576;
-constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
-constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
 
 class QnCacheRoom : public qntest::CacheTest {
  protected:
@@ -40,9 +34,15 @@ TEST_F(QnCacheRoom, PurgesWhatExpiresWithin99Seconds) {
   };
   // What lies more than 2^31 seconds ahead, as a date of 2037 does, stays.
   constexpr Case kCases[] = {
-      {kNow - 1, false},        {kNow, false}, {kNow + 99, false},
-      {kNow + 100, true},       {0, true},     {kNow + kMost, true},
-      {kNow + kMost + 1, true}, {kMost, true}, {kLeast, false},
+      {kNow - 1, false},
+      {kNow, false},
+      {kNow + 99, false},
+      {kNow + 100, true},
+      {0, true},
+      {kNow + INT32_MAX, true},
+      {kNow + INT32_MAX + 1, true},
+      {INT32_MAX, true},
+      {INT32_MIN, false},
   };
   for (const Case &c : kCases) {
     ResetCache();
@@ -139,7 +139,7 @@ TEST_F(QnCacheRoom, TakesABodyThatIsSmallerThanWhatIsLeftOfTheMebibyte) {
 }
 
 TEST_F(QnCacheRoom, EmptiesItselfForABodyThatNeverFits) {
-  for (const int32_t length : {kMebibyte, kMebibyte + 1, kMost}) {
+  for (const int32_t length : {kMebibyte, kMebibyte + 1, INT32_MAX}) {
     SCOPED_TRACE(length);
     ResetCache();
     const std::vector<CachedAnswer> answers = Answers(2, kFresh);
@@ -163,9 +163,9 @@ TEST_F(QnCacheRoom, GoesByTheCountersAndNotByTheList) {
   // Three entries of one byte each are in the list.
   constexpr Case kCases[] = {
       {198, 0, 1, 4},           {199, 0, 1, 3},           {201, 0, 1, 1},
-      {202, 0, 0, 0},           {kMost, 0, 0, 0},         {-5, 0, 1, 4},
+      {202, 0, 0, 0},           {INT32_MAX, 0, 0, 0},     {-5, 0, 1, 4},
       {0, kMebibyte - 2, 1, 4}, {0, kMebibyte - 1, 1, 3}, {0, kMebibyte + 2, 0, 0},
-      {0, kMost, 0, 0},         {0, -kMebibyte, 1, 4},    {kLeast, kLeast, 1, 4},
+      {0, INT32_MAX, 0, 0},     {0, -kMebibyte, 1, 4},    {INT32_MIN, INT32_MIN, 1, 4},
   };
   for (const Case &c : kCases) {
     SCOPED_TRACE(testing::PrintToString(c.items) + " items, size " +

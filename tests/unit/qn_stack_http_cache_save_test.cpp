@@ -18,8 +18,6 @@ using namespace qntest;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 
-constexpr int32_t kFresh = kNow + 1000;
-
 class QnCacheSave : public qntest::CacheTest {
  protected:
   // What is in the file of that number; "none" if it is not there.

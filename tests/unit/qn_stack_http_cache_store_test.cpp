@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -23,17 +22,11 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-constexpr int32_t kLeast = std::numeric_limits<int32_t>::min();
-constexpr int32_t kMost = std::numeric_limits<int32_t>::max();
-
 // The values before any call of the program.
 const QNList *const list_at_load = qn::http_cache_list;
 const int32_t items_at_load = qn::http_cache_items;
 const int32_t size_at_load = qn::http_cache_size;
 const int32_t mode_at_load = fnQNStack_Cache_getState();
-
-const std::vector<CachedAnswer> kTwo = {{"http://a/", "text/plain", -4928, 120, 1000, 900, 200},
-                                        {"http://b/", "NULL", 42, 80, -7, -8, -9}};
 
 class QnCacheStore : public qntest::CacheTest {};
 
@@ -56,11 +49,11 @@ TEST_F(QnCacheStore, CountsAtEachInitWithoutReadingAgain) {
 }
 
 TEST_F(QnCacheStore, CountsSizesAsTheyWrap) {
-  WriteIndex({{.url = "a", .size = kMost}, {.url = "b", .size = 2}, {.url = "c", .size = -5}});
+  WriteIndex({{.url = "a", .size = INT32_MAX}, {.url = "b", .size = 2}, {.url = "c", .size = -5}});
 
   fnQNStack_Cache_Init();
 
-  ExpectCounters(3, kMost - 3);
+  ExpectCounters(3, INT32_MAX - 3);
 }
 
 TEST_F(QnCacheStore, FreeGivesEveryBlockBackAndKeepsCountersAndFiles) {
@@ -101,8 +94,8 @@ TEST_F(QnCacheStore, NamesBodiesByTheirNumber) {
                              {0, "/wap/ca/0"},
                              {42, "/wap/ca/42"},
                              {-4928, "/wap/ca/-4928"},
-                             {kMost, "/wap/ca/2147483647"},
-                             {kLeast, "/wap/ca/-2147483648"}};
+                             {INT32_MAX, "/wap/ca/2147483647"},
+                             {INT32_MIN, "/wap/ca/-2147483648"}};
   for (const Case &c : kCases) {
     const qn::BodyName name(c.file_no);
 
@@ -171,7 +164,7 @@ TEST_F(QnCacheStore, DeleteAllGivesTheResultOfTheIndexAlone) {
 }
 
 TEST_F(QnCacheStore, KeepsAnyMode) {
-  for (const int32_t mode : {0, 1, -1, kLeast, kMost}) {
+  for (const int32_t mode : {0, 1, -1, INT32_MIN, INT32_MAX}) {
     fnQNStack_Cache_setMode(mode);
 
     EXPECT_EQ(fnQNStack_Cache_getState(), mode);

@@ -20,16 +20,18 @@ using testing::IsEmpty;
 
 constexpr size_t kMostBytes = 4000;
 
-struct Loader {
+struct ContentLoader {
   const char *topic;
   int32_t (*load)(QNHttpCtx *ctx, const char *name);
   QNMemBuffer *QNHttpCtx::*filled;
   QNMemBuffer *QNHttpCtx::*other;
 };
 
-std::ostream &operator<<(std::ostream &out, const Loader &loader) { return out << loader.topic; }
+std::ostream &operator<<(std::ostream &out, const ContentLoader &loader) {
+  return out << loader.topic;
+}
 
-class QnStackHttpLoad : public testing::TestWithParam<Loader> {
+class QnStackHttpLoad : public testing::TestWithParam<ContentLoader> {
  protected:
   QnStackHttpLoad() { FilePort().Reset(); }
   ~QnStackHttpLoad() override { FilePort().Reset(); }
@@ -108,13 +110,15 @@ TEST_P(QnStackHttpLoad, GivesItsAreaBack) {
   }
 }
 
-std::string TopicOf(const testing::TestParamInfo<Loader> &info) { return info.param.topic; }
+std::string LoaderTopic(const testing::TestParamInfo<ContentLoader> &info) {
+  return info.param.topic;
+}
 
 INSTANTIATE_TEST_SUITE_P(From, QnStackHttpLoad,
-                         testing::Values(Loader{"Request", fnQNStack_Http_LoadHeadFromFile,
-                                                &QNHttpCtx::sendBuf, &QNHttpCtx::recvBuf},
-                                         Loader{"Answer", fnQNStack_Http_LoadReponseFromFile,
-                                                &QNHttpCtx::recvBuf, &QNHttpCtx::sendBuf}),
-                         TopicOf);
+                         testing::Values(ContentLoader{"Request", fnQNStack_Http_LoadHeadFromFile,
+                                                       &QNHttpCtx::sendBuf, &QNHttpCtx::recvBuf},
+                                         ContentLoader{"Answer", fnQNStack_Http_LoadReponseFromFile,
+                                                       &QNHttpCtx::recvBuf, &QNHttpCtx::sendBuf}),
+                         LoaderTopic);
 
 }  // namespace

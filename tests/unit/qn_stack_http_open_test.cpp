@@ -208,17 +208,17 @@ TEST(QnStackHttpOpen, ConnectTakesHostAndPortAsTheyAreAndHasNeitherUrlNorPath) {
 // first five, which make the record and its buffers, one may be needed for it.
 template <typename Open>
 void RefuseEachAllocationOf(Open open, int also_needed = 0) {
-  constexpr int kMost = 50;
+  constexpr int kMostRefusals = 50;
   int refused = 0;
   bool hit = true;
-  while (hit && ++refused < kMost) {
+  while (hit && ++refused < kMostRefusals) {
     QNHttpCtx *ctx = nullptr;
     hit = RefusalsIn([&] { ctx = open(); }, refused) > 0;
     const bool needed = refused <= 5 || refused == also_needed;
     EXPECT_EQ(ctx == nullptr, hit && needed) << "allocation " << refused;
     fnQNStack_Http_FreeCtx(ctx);
   }
-  EXPECT_LT(refused, kMost);
+  EXPECT_LT(refused, kMostRefusals);
   EXPECT_GT(refused, 5);
 }
 

@@ -9,26 +9,13 @@
 #include <string>
 
 #include "qnstack/qn_stack_http.h"
+#include "support/answer_context.h"
 #include "support/socket_layer_faults.h"
 #include "support/transfer_test.h"
 
 namespace {
 
 using namespace qntest;
-
-constexpr size_t kMark = 20480;
-
-// What a call gave, and the bytes that came with it.
-struct Delivery {
-  int32_t result = 0;
-  std::string bytes;
-
-  bool operator==(const Delivery &) const = default;
-};
-
-std::ostream &operator<<(std::ostream &out, const Delivery &delivery) {
-  return out << "{result " << delivery.result << ", bytes \"" << delivery.bytes << "\"}";
-}
 
 class QnStackHttpReadRecvData : public qntest::TransferTest {
  protected:
@@ -116,7 +103,7 @@ TEST_F(QnStackHttpReadRecvData, PausedAnswerGoesOnAsItIsTaken) {
   const Context ctx = OpenSent();
   EXPECT_EQ(Read(ctx, 1000).result, 1000);
   EXPECT_EQ(ctx->state, QN_HTTP_RECEIVING);
-  EXPECT_GT(UnreadOf(ctx->recvBuf).size(), kMark);
+  EXPECT_GT(UnreadOf(ctx->recvBuf).size(), kReceivePauseMark);
   std::string taken(1000, 'x');
   for (Delivery more = Read(ctx, 32768); more.result != 0; more = Read(ctx, 32768)) {
     ASSERT_GT(more.result, 0);

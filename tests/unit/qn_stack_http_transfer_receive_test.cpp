@@ -9,6 +9,7 @@
 #include <string>
 
 #include "qnstack/qn_stack_http.h"
+#include "support/answer_context.h"
 #include "support/failing_heap.h"
 #include "support/socket_layer_faults.h"
 #include "support/transfer_test.h"
@@ -18,8 +19,6 @@ namespace {
 using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-constexpr size_t kMark = 20480;
 
 using QnStackHttpReceive = qntest::TransferTest;
 using QnStackHttpReceivePause = qntest::TransferTest;
@@ -134,7 +133,7 @@ TEST_F(QnStackHttpReceive, DataBeforeAReceiveUnderWayResetsTheTries) {
 
 TEST_F(QnStackHttpReceivePause, IsAboveTwentyThousandFourHundredEightyUnreadBytes) {
   network_.Script("recv", {Deliver("more"), Give(0)});
-  const Context ctx = OpenReceiving(std::string(kMark + 1, 'x'));
+  const Context ctx = OpenReceiving(std::string(kReceivePauseMark + 1, 'x'));
   EXPECT_EQ(RunStep(ctx), (Outcome{-2, 4, 1, 1, ""}));
   EXPECT_EQ(RunStep(ctx), (Outcome{-2, 4, 2, 1, ""}));
   EXPECT_EQ(network_.Count("recv"), 0u);

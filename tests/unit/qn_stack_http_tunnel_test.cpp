@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "qnstack/qn_stack_http.h"
+#include "support/answer_context.h"
 #include "support/captured_output.h"
 #include "support/failing_heap.h"
 #include "support/socket_layer_faults.h"
@@ -19,8 +20,6 @@ namespace {
 
 using namespace qntest;
 using testing::ElementsAre;
-
-constexpr size_t kMark = 20480;
 
 class QnStackHttpTunnel : public qntest::TransferTest {
  protected:
@@ -113,10 +112,10 @@ TEST_F(QnStackHttpTunnel, EachReceiveWithoutDataIsATryAndTriesWrap) {
 
 TEST_F(QnStackHttpTunnel, PausesAboveTheMark) {
   const Context ctx = OpenTunnel();
-  qntest::Append(ctx->recvBuf, std::string(kMark, 'x'));
+  qntest::Append(ctx->recvBuf, std::string(kReceivePauseMark, 'x'));
   network_.Script("recv", Deliver("y"));
   EXPECT_EQ(Receive(ctx).result, -2);
-  EXPECT_EQ(UnreadOf(ctx->recvBuf).size(), kMark + 1);
+  EXPECT_EQ(UnreadOf(ctx->recvBuf).size(), kReceivePauseMark + 1);
   ctx->tryCount = 7;
   EXPECT_EQ(Receive(ctx), (Outcome{-2, 3, 7, 1, ""}));
   EXPECT_EQ(RunStep(ctx), (Outcome{-2, 4, 8, 1, ""}));

@@ -25,8 +25,6 @@ using namespace qntest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr int32_t kBadSlots[] = {INT32_MIN, -1, 0, 20, INT32_MAX};
-
 class QnStackPorting : public testing::Test {
  protected:
   SlotTable table_;

@@ -25,9 +25,6 @@ using testing::IsEmpty;
 static_assert(!std::is_copy_constructible_v<Cache> && !std::is_copy_assignable_v<Cache>);
 static_assert(!std::is_move_constructible_v<Cache> && !std::is_move_assignable_v<Cache>);
 
-constexpr int32_t kFresh = kNow + 1000;
-constexpr int32_t kStale = kNow - 1000;
-
 class FaceCache : public qntest::CacheTest {
  protected:
   FaceCache() {
