@@ -60,6 +60,7 @@ TEST_F(NullInPosixPort, IsNotRead) {
   EXPECT_EQ(fnQNFS_ReadFromFile("/file", 3, piece, nullptr), -1);
   EXPECT_EQ(fnQNFS_ReadFromFileAtPos(nullptr, 0, 3, piece), -1);
   EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/file", 0, 3, nullptr), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/file", 100, 3, nullptr), -1) << "behind the end";
 
   EXPECT_EQ(count, 5);
   EXPECT_STREQ(piece, "abc");

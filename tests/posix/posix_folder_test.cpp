@@ -138,6 +138,7 @@ TEST_F(PosixFolder, DelAllOfNoFolderFails) {
 
 TEST_F(PosixFolder, RmDirTakesAnEmptyFolderOnly) {
   MakeFolder("empty");
+  MakeFolder("other");
   MakeFolder("full/sub");
   folder_.write("x", "content");
   MakeLink("link", "empty");
@@ -150,6 +151,7 @@ TEST_F(PosixFolder, RmDirTakesAnEmptyFolderOnly) {
   EXPECT_EQ(fnQNFS_RmDir("."), 0);
   EXPECT_EQ(fnQNFS_RmDir(""), 0);
   EXPECT_EQ(fnQNFS_RmDir("/empty//"), 1);
+  EXPECT_EQ(fnQNFS_RmDir("other/"), 1);
   EXPECT_EQ(fnQNFS_RmDir("full/sub"), 1);
 
   EXPECT_THAT(folder_.names(), ElementsAre("full", "link", "x"));

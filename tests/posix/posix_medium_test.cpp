@@ -172,4 +172,11 @@ TEST_F(PosixMedium, IsForcedBeforeAndAfterTheRenameAndAfterWhatIsWrittenInPlace)
               ElementsAre("write", "fsync", "fsync"));
 }
 
+TEST_F(PosixMedium, IsNotWrittenForANameThatIsNoFiles) {
+  MakeFolder("folder");
+  for (const char *name : {"folder/", "folder/.", "."}) {
+    EXPECT_THAT(OrderOf([&] { EXPECT_EQ(WriteText(name, "content"), -1); }), IsEmpty()) << name;
+  }
+}
+
 }  // namespace

@@ -18,6 +18,8 @@
 #include "posix/posix_root.h"
 #include "posix/stores.h"
 #include "qnstack/qn_fs_file.h"
+#include "qnstack/qn_fs_filebuffer.h"
+#include "support/typed_buffer.h"
 
 namespace {
 
@@ -208,9 +210,16 @@ TEST_P(PosixNames, ThatAreTooLongAreRefusedAndThoseThatJustFitTaken) {
   EXPECT_EQ(fnQNFS_MkDir(std::string(256, 'x').c_str()), 0);
   EXPECT_EQ(fnQNFS_File_CreateDir((std::string(256, 'x') + "/").c_str()), 0U);
   EXPECT_EQ(fnQNFS_File_CreateDir(std::string(1024, '/').c_str()), 0U);
-  EXPECT_EQ(WriteText(fits.c_str(), "content"), 7);
-  EXPECT_EQ(ReadText(fits.c_str()), "content");
-  EXPECT_EQ(ReadText(("////" + fits).c_str()), "content");
+  for (const char *slashes : {"", "/", "////"}) {
+    const std::string name = slashes + fits;
+    EXPECT_EQ(WriteText(name.c_str(), "content"), 7);
+    EXPECT_EQ(ReadText(name.c_str()), "content");
+    TypedBuffer buffer(100);
+    buffer.Write("field");
+    EXPECT_EQ(fnQNFS_Write_Buffer_To_File(name.c_str(), buffer.get()), 1);
+    EXPECT_EQ(fnQNFS_Load_File_To_Buffer(name.c_str(), buffer.get()), 1);
+    EXPECT_EQ(buffer.Read(), "field");
+  }
   EXPECT_EQ(WriteText(std::string(250, 'x').c_str(), "content"), 7);
 }
 

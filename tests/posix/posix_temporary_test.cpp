@@ -107,6 +107,27 @@ TEST_F(PosixTemporary, IsNotTakenFromAFileThatThePortItselfWroteThere) {
   EXPECT_EQ(folder_.read(name), "the user's");
 }
 
+// An empty file could be a temporary that a crash left before it had its mark.
+TEST_F(PosixTemporary, IsNotTakenFromAnEmptyFileOfAnotherModeOrWithAnotherName) {
+  const std::string name = LeaveATemporary();
+  const auto path = folder_.path(name);
+  folder_.write(name, "");
+
+  std::filesystem::permissions(path, std::filesystem::perms(0640));
+  EXPECT_EQ(WriteText("x", "1"), 1);
+  EXPECT_TRUE(std::filesystem::exists(path));
+
+  std::filesystem::permissions(path, std::filesystem::perms(0600));
+  std::filesystem::create_hard_link(path, folder_.path("y"));
+  EXPECT_EQ(WriteText("x", "2"), 1);
+  EXPECT_EQ(folder_.read("y"), "");
+  EXPECT_TRUE(std::filesystem::exists(path));
+
+  ASSERT_EQ(unlink(folder_.path("y").c_str()), 0);
+  EXPECT_EQ(WriteText("x", "3"), 1);
+  EXPECT_THAT(folder_.names(), ElementsAre("x"));
+}
+
 TEST_F(PosixTemporary, IsNotTakenFromWhatIsNoFile) {
   const std::string name = LeaveATemporary();
   folder_.write("y", "other");

@@ -54,6 +54,17 @@ TEST_F(PosixUnread, FileIsNotWrittenUntilItHasBeenRead) {
   }
 }
 
+TEST_F(PosixUnread, FileThatCannotBeLookedForIsNotOpenedForWriting) {
+  folder_.write("x", "content");
+  RunWithFaultAt("read", kFails, [] { ReadText("/x"); });
+
+  const Texts calls =
+      kPortAsksTheKernel ? Texts{"open", "openat2", "fstat"} : Texts{"open", "fstatat"};
+  for (const std::string &call : calls) {
+    RunWithFaultAt(call, kFails, [] { EXPECT_EQ(fnQNFS_File_Open("x", "r+"), nullptr); });
+  }
+}
+
 TEST_F(PosixUnread, FileThatHasGoneMeanwhileIsWritten) {
   const std::function<void()> ways[] = {
       [] { EXPECT_EQ(fnQNFS_DeleteFile("/x"), 1); },
@@ -148,6 +159,26 @@ TEST_F(PosixUnread, SettingsThatTheHeapRefusedAreKept) {
     EXPECT_EQ(LoadSettings(), both) << "block " << refused;
   }
   EXPECT_GT(refused, 5);
+}
+
+TEST_F(PosixUnread, RecordsForWhichTheHeapRefusedANodeAreKept) {
+  const Texts both = {"first", "second"};
+  ASSERT_TRUE(SaveRecords(both));
+  int blocks = 0;
+  {
+    const FailingHeap heap(FailingHeap::kCountOnly);
+    LoadRecords();
+    blocks = heap.Allocations();
+  }
+  {
+    const FailingHeap heap(blocks - 1);  // of the last node; its text is the last block
+    EXPECT_EQ(LoadRecords(), Texts{"first"});
+  }
+
+  EXPECT_FALSE(SaveRecords({"new"}));
+
+  EXPECT_EQ(LoadRecords(), both);
+  EXPECT_TRUE(SaveRecords({"new"}));
 }
 
 TEST_F(PosixUnread, IndexOfTheCacheIsKept) {

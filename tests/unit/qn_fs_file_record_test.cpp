@@ -190,10 +190,17 @@ TEST_P(QnFsRecordSave, WritesTheZeroByteBehindAnExactFit) {
   EXPECT_EQ(Content(kName), std::string(10000, 'x') + '\0');
 }
 
+void WriteEmptyFields(QNFSBuffer *record, int count) {
+  for (int i = 0; i < count; ++i) fnQNFS_Buffer_WriteString(record, nullptr, 0);
+}
+
 void WriteManyEmptyFields(QNFSBuffer *record, void * /*element*/) {
-  for (int i = 0; i < 30000; ++i) {
-    fnQNFS_Buffer_WriteString(record, nullptr, 0);
-  }
+  WriteEmptyFields(record, 30000);
+}
+
+// The element says how many.
+void WriteEmptyFieldsOf(QNFSBuffer *record, void *element) {
+  WriteEmptyFields(record, *static_cast<const int *>(element));
 }
 
 TEST_P(QnFsRecordSave, WritesZerosForEmptyFieldsBehindTheEnd) {
@@ -203,6 +210,21 @@ TEST_P(QnFsRecordSave, WritesZerosForEmptyFieldsBehindTheEnd) {
 
   // Every field counts up to the end, every second one behind it.
   EXPECT_EQ(Content(kName), std::string(20000, '\0'));
+}
+
+// A byte that was not asked for is another block's in one of these cases.
+TEST_P(QnFsRecordSave, WritesZerosUpToAnyPosition) {
+  for (int more = 0; more < 16; ++more) {
+    FilePort().Reset();
+    int fields = 30000 + 2 * more;
+    QNList list = {};
+    ASSERT_NE(fnQNList_AddTail(&list, &fields), nullptr);
+
+    EXPECT_EQ(Save(&list, WriteEmptyFieldsOf), 1);
+
+    EXPECT_TRUE(Content(kName) == std::string(static_cast<size_t>(20000 + more), '\0')) << more;
+    fnQNList_Clear(&list, nullptr);
+  }
 }
 
 // The refused block stands behind the log's place and the area.

@@ -177,6 +177,15 @@ TEST_F(QnCacheNumbers, AboveThoseThatAreNotedOneByOneAreFreeUnlessTheIndexNamesO
   }
 }
 
+TEST_F(QnCacheNumbers, AreSearchedOnBehindOneThatIsTakenWhereTheIndexNamesAFarOne) {
+  Start({{.url = "old", .file_no = kFileNoOfNow, .expires = kFresh},
+         {.url = "far", .file_no = 1000000, .expires = kFresh}});
+
+  EXPECT_EQ(Save("u"), 1);
+
+  EXPECT_EQ(FirstNumber(), kFileNoOfNow + 1);
+}
+
 TEST_F(QnCacheNumbers, AreNotKnownOfAnIndexThatCannotBeRead) {
   FilePort().Fail("ReadFromFile");
   fnQNStack_Cache_Init();

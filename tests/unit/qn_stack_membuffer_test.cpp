@@ -106,6 +106,20 @@ TEST(QnMemBufferWrite, GrowsByTheCountAndNotByTheShortfall) {
   }
 }
 
+TEST(QnMemBufferWrite, OfNothingSqueezesAsWell) {
+  for (const char *bytes : {static_cast<const char *>(nullptr), "ab"}) {
+    Buffer buffer(10);
+    buffer.Write("abc");
+    buffer.Read(2);
+
+    fnQN_MemBuffer_Write(buffer.get(), bytes, 0);
+
+    EXPECT_STREQ(buffer->data, "c");
+    EXPECT_EQ(buffer->cursor, 0U);
+    EXPECT_EQ(buffer->total, 3U);
+  }
+}
+
 TEST(QnMemBufferWrite, MovesNothingWhenNothingWasRead) {
   Buffer buffer(10);
   buffer.Write("abc");

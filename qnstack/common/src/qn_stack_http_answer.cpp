@@ -186,7 +186,7 @@ int32_t fnQNStack_Http_ParseAnswer(QNHttpCtx *ctx) {
 
 int32_t fnQNStack_Http_ReadRecvContext(QNHttpCtx *ctx, void *destination, int32_t capacity) {
   if (ctx == nullptr || ctx->state < 0) return -1;
-  if (ctx->state != QN_HTTP_COMPLETE) fnQNStack_Http_Run(ctx);
+  fnQNStack_Http_Run(ctx);
   if (ctx->state < 0) return -1;
   if (ctx->state < QN_HTTP_RECEIVING) return -2;
   if (ctx->headParsed == 0) {

@@ -199,7 +199,7 @@ int32_t fnQNStack_Http_Call_Run(QNHttpCtx *ctx) {
 
 int32_t fnQNStack_Http_ReadRecvData(QNHttpCtx *ctx, void *destination, int32_t capacity) {
   if (ctx == nullptr || ctx->state < 0) return -1;
-  if (ctx->state != QN_HTTP_COMPLETE) fnQNStack_Http_Run(ctx);
+  fnQNStack_Http_Run(ctx);
   if (ctx->state < QN_HTTP_RECEIVING) return -2;
   const int32_t taken = fnQN_MemBuffer_Read(ctx->recvBuf, destination, capacity);
   switch (ctx->state) {

@@ -93,7 +93,6 @@ bool qn::WriteItem(QNMemBuffer *buffer, const char *name, const char *value) {
 }
 
 void qn::TakeBack(QNMemBuffer *buffer, uint32_t total) {
-  if (buffer->total == total) return;
   buffer->length -= buffer->total - total;
   buffer->data[buffer->length] = '\0';
   buffer->total = total;

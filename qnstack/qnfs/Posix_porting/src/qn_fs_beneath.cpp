@@ -36,9 +36,13 @@ qn::Descriptor OpenRootFor(const char *name) {
   return name != nullptr && qn::BeneathName(name).IsUsable() ? OpenRoot() : qn::Descriptor();
 }
 
+// The root's own name is empty.
+const char *TextBelowRoot(const qn::BeneathName &name) {
+  return name.Text()[0] == '\0' ? "." : name.Text();
+}
+
 qn::Descriptor OpenIn(qn::Descriptor root, const qn::BeneathName &name, int flags) {
-  const char *text = name.Text()[0] == '\0' ? "." : name.Text();
-  return qn::OpenBelow(std::move(root), text, flags);
+  return qn::OpenBelow(std::move(root), TextBelowRoot(name), flags);
 }
 
 qn::Descriptor OpenDirectory(const char *name, int flags) {
@@ -97,7 +101,7 @@ bool qn::IsRegularFile(const Descriptor &file, struct stat *status) {
 bool qn::StatRegular(const char *name, struct stat *status) {
   Descriptor root = OpenRootFor(name);
   if (!root.IsOpen()) return false;
-  return StatBelow(std::move(root), BeneathName(name).Text(), status) && IsRegular(*status);
+  return StatBelow(std::move(root), TextBelowRoot(BeneathName(name)), status) && IsRegular(*status);
 }
 
 bool qn::MeansAbsent(int error) {

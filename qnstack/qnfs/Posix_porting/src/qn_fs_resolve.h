@@ -15,8 +15,9 @@ namespace qn {
 // the system has them it need not be readable.
 extern const int kSearchFlags;
 
-// Opens a name below the directory with the flags of open(2). It is refused if a
-// symbolic link leads out. On failure errno has the reason.
+// Opens a name below the directory with the flags of open(2); "." is the directory
+// itself. It is refused if a symbolic link leads out. On failure errno has the
+// reason.
 Descriptor OpenBelow(Descriptor directory, const char *name, int flags);
 
 // Gets the status of what OpenBelow() would open, without opening it; false, with

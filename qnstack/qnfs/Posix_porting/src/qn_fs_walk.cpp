@@ -17,13 +17,11 @@ namespace {
 
 // One component of a name, as the system takes it.
 struct Component {
-  char text[QNFS_PATH_BYTES] = ".";
+  char text[QNFS_PATH_BYTES] = {};
 };
 
-// Takes the first component off the name, and the slashes behind it. An empty
-// name stands for the directory itself.
+// Takes the first component off the name, and the slashes behind it.
 void TakeFirst(std::string_view *name, Component *first) {
-  if (name->empty()) return;
   const std::size_t end = std::min(name->find('/'), name->size());
   std::memcpy(first->text, name->data(), end);
   first->text[end] = '\0';

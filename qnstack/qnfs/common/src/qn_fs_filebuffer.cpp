@@ -101,7 +101,7 @@ void fnQNFS_Init_Buffer(QNFSBuffer *record, uint32_t capacity) {
 }
 
 void fnQNFS_Buffer_WriteString(QNFSBuffer *record, const char *string, int32_t length) {
-  Put(record, string, length, string == nullptr || fnQN_STRCMP(string, "\n") != 0);
+  Put(record, string, length, fnQN_STRCMP(string, "\n") != 0);
 }
 
 void fnQNFS_Buffer_WriteMem(QNFSBuffer *record, const void *block, int32_t length) {
