@@ -16,12 +16,14 @@ constexpr double kShortestTime = 0.001;  // no rate is told from less
 std::string SizeText(double bytes) {
   constexpr std::array<const char *, 4> kUnits{"B", "kB", "MB", "GB"};
   size_t unit = 0;
-  while (bytes >= 999.95 && unit + 1 < kUnits.size()) {
-    bytes /= 1000;
+  double size = 1;
+  // From 999.95 on, in whole numbers that every processor compares alike.
+  while (bytes * 20 >= size * 19999 && unit + 1 < kUnits.size()) {
+    size *= 1000;
     ++unit;
   }
   char text[32];
-  snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", bytes, kUnits[unit]);
+  snprintf(text, sizeof text, unit == 0 ? "%.0f %s" : "%.1f %s", bytes / size, kUnits[unit]);
   return text;
 }
 
