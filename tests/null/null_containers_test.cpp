@@ -146,6 +146,7 @@ TEST(NullInBuffer, AsTextAppendsNothingAndAsDestinationOrDelimiterTakesNothing) 
   EXPECT_EQ(buffer->total, 0U);
   fnQN_MemBuffer_Write(buffer.get(), "a,b", 3);
   EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 3), -1);
+  EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 1), -1);
   EXPECT_EQ(fnQN_MemBuffer_Read(buffer.get(), nullptr, 0), 0);
   EXPECT_EQ(fnQN_MemBuffer_ReadBySubstr(buffer.get(), nullptr), nullptr);
 

@@ -12,7 +12,9 @@
 #include "posix/file_faults.h"
 #include "posix/posix_root.h"
 #include "qnstack/qn_fs_file.h"
+#include "qnstack/qn_fs_filebuffer.h"
 #include "support/failing_heap.h"
+#include "support/typed_buffer.h"
 
 namespace {
 
@@ -118,6 +120,11 @@ TEST_F(PosixFault, CloseErrorsFailWhatMovesBytes) {
   EXPECT_EQ(CloseFailures([] { return fnQNFS_WriteToFileAtPos("n", 1, 0, "x") == 1; }), 1);
   EXPECT_EQ(CloseFailures([] { return fnQNFS_CopyFile("x", "y") == 1; }), 1);
   EXPECT_EQ(CloseFailures([] { return ReadText("y", 10) == "new"; }), 1);
+  EXPECT_EQ(CloseFailures([] {
+              TypedBuffer buffer(10003);
+              return fnQNFS_Load_File_To_Buffer("y", buffer.get()) == 1;
+            }),
+            1);
   EXPECT_EQ(CloseFailures([&] { return fnQNFS_ReadFromFileAtPos("y", 0, 3, bytes) == 3; }), 1);
 }
 

@@ -74,15 +74,17 @@ TEST_F(PosixStream, MakesAPrivateFileWhereItsModeMakesOne) {
   }
 }
 
-TEST_F(PosixStream, RefusesOtherModesAndLeavesTheFile) {
+TEST_F(PosixStream, RefusesOtherModesAndLeavesFiles) {
   folder_.write("x", "abc");
 
   for (const char *mode :
        {"", "b", "x", "bw", "b+w", "wx", "w++", "rw", "R", "r+bx", "+", "w ", "r,ccs=UTF-8"}) {
     EXPECT_EQ(fnQNFS_File_Open("x", mode), nullptr) << mode;
+    EXPECT_EQ(fnQNFS_File_Open("new", mode), nullptr) << mode;
   }
 
   EXPECT_EQ(folder_.read("x"), "abc");
+  EXPECT_THAT(folder_.names(), testing::ElementsAre("x"));
 }
 
 TEST_F(PosixStream, AppendsWhereverItStands) {

@@ -9,12 +9,12 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "support/end_of_memory.h"
 #include "support/transcode_reference.h"
 
 namespace {
@@ -27,13 +27,11 @@ using StreamEncoder = void (*)(const void *src, int32_t len, char *out);
 
 int32_t Length(std::size_t size) { return static_cast<int32_t>(size); }
 
-// A copy that ends where the memory ends, so that a sanitizer sees a byte read
-// too much.
-template <typename T>
-std::unique_ptr<T[]> Exact(const T *from, std::size_t count) {
-  auto copy = std::make_unique<T[]>(count);
-  std::copy_n(from, count, copy.get());
-  return copy;
+// A copy behind which nothing can be read, until the next one is made.
+template <typename Elements>
+const auto *Exact(const Elements &elements) {
+  static const EndOfMemory memory(16);
+  return memory.Copy(elements.data(), elements.size());
 }
 
 // The output up to its terminator, whose place is found by filling the area.
@@ -49,25 +47,25 @@ std::string Encode(StreamEncoder encode, std::string_view bytes) {
   std::string whole(bytes);
   if (whole.size() % 2 != 0) whole += '\0';  // it is read too
   std::vector<char> out(3 * ((bytes.size() + 1) / 2) + 1 + 4, '\x55');
-  encode(Exact(whole.data(), whole.size()).get(), Length(bytes.size()), out.data());
+  encode(Exact(whole), Length(bytes.size()), out.data());
   return Written(out);
 }
 
 std::string EncodeUnits(const std::vector<uint16_t> &units) {
   std::vector<char> out(3 * units.size() + 1 + 4, '\x55');
-  UCS2toUTF8(Exact(units.data(), units.size()).get(), Length(units.size()), out.data());
+  UCS2toUTF8(Exact(units), Length(units.size()), out.data());
   return Written(out);
 }
 
 std::string EncodeValues(const std::vector<uint32_t> &values) {
   std::vector<char> out(6 * values.size() + 1 + 4, '\x55');
-  UCS4toUTF8(Exact(values.data(), values.size()).get(), Length(values.size()), out.data());
+  UCS4toUTF8(Exact(values), Length(values.size()), out.data());
   return Written(out);
 }
 
 std::vector<uint16_t> DecodeUtf8(std::string_view bytes) {
   std::vector<uint16_t> out(bytes.size() + 2, 0x5555);
-  UTF8toUCS2(Exact(bytes.data(), bytes.size()).get(), Length(bytes.size()), out.data());
+  UTF8toUCS2(Exact(bytes), Length(bytes.size()), out.data());
   while (!out.empty() && out.back() == 0x5555) out.pop_back();
   EXPECT_EQ(out.back(), 0);
   out.pop_back();
@@ -76,8 +74,7 @@ std::vector<uint16_t> DecodeUtf8(std::string_view bytes) {
 
 std::vector<uint32_t> DecodeUtf16(std::string_view bytes) {
   std::vector<uint32_t> out(bytes.size() / 2 + 2, 0x55555555);
-  const int32_t count =
-      UTF16toUCS4(Exact(bytes.data(), bytes.size()).get(), Length(bytes.size()), out.data());
+  const int32_t count = UTF16toUCS4(Exact(bytes), Length(bytes.size()), out.data());
   EXPECT_EQ(out.at(static_cast<std::size_t>(count)), 0u);
   EXPECT_EQ(out.at(static_cast<std::size_t>(count) + 1), 0x55555555u);
   out.resize(static_cast<std::size_t>(count));

@@ -198,19 +198,19 @@ TEST(QnFsRealTimeToSeconds, WrapsWhatTheModeAdds) {
 
 TEST(QnFsRealTimeToSeconds, TakesTheLow16BitsOfEachField) {
   constexpr uint32_t kHigh = 0xABCD0000U;
-  const uint32_t expected = fnQNFS_RealTime_To_Seconds(2009, 6, 15, 12, 30, 59, 0, 0);
+  const uint32_t expected = fnQNFS_RealTime_To_Seconds(2009, 7, 15, 13, 31, 59, 0, 0);
 
-  EXPECT_EQ(expected, 1245110400U + 12 * 3600 + 30 * 60 + 59);
+  EXPECT_EQ(expected, 1247702400U + 13 * 3600 + 31 * 60 + 59);
   for (size_t i = 0; i < 6; ++i) {
-    std::array<uint32_t, 6> f = {2009, 6, 15, 12, 30, 59};
+    std::array<uint32_t, 6> f = {2009, 7, 15, 13, 31, 59};
     f[i] |= kHigh;
     EXPECT_EQ(fnQNFS_RealTime_To_Seconds(f[0], f[1], f[2], f[3], f[4], f[5], 0, 0), expected) << i;
   }
   // 2100 is no leap year; with the higher bits it would be one.
-  EXPECT_EQ(fnQNFS_RealTime_To_Seconds(65536 + 2100, 6, 15, 12, 30, 59, 0, 0),
-            fnQNFS_RealTime_To_Seconds(2100, 6, 15, 12, 30, 59, 0, 0));
+  EXPECT_EQ(fnQNFS_RealTime_To_Seconds(65536 + 2100, 7, 15, 13, 31, 59, 0, 0),
+            fnQNFS_RealTime_To_Seconds(2100, 7, 15, 13, 31, 59, 0, 0));
   // All 16 of them, and the seventh argument not at all.
-  EXPECT_EQ(fnQNFS_RealTime_To_Seconds(2009, 6, 15, 12, 30, 65535, UINT32_MAX, 0),
+  EXPECT_EQ(fnQNFS_RealTime_To_Seconds(2009, 7, 15, 13, 31, 65535, UINT32_MAX, 0),
             expected - 59 + 65535);
 }
 

@@ -215,6 +215,7 @@ TEST(QnFsBufferReadMem, CopiesTheBlockAndStepsOverItsEnd) {
       {"ab\0"s, 2, "ab"s, 2},
       {"ab\0\n"s, 2, "ab"s, 3},
       {"ab"s, 2, "ab"s, 2},
+      {"ab"s, 1, "a"s, 1},
       {"abc"s, 0, ""s, 0},
       {"a\nc"s, 0, ""s, 1},
       // Zeros stand for what the buffer does not hold.

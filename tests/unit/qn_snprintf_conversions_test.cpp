@@ -2,17 +2,14 @@
 // Guards which conversions of C the formatting functions have, what stands for
 // those that they have not, and what becomes of one that they do not know.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cinttypes>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
 #include <string>
 #include <string_view>
 
 #include "qnstack/qn_snprintf.h"
+#include "support/end_of_memory.h"
 
 namespace {
 
@@ -22,29 +19,6 @@ std::string Formatted(const char *format, Arguments... arguments) {
   fnQNRTL_snprintf(text, sizeof text, format, arguments...);
   return text;
 }
-
-// A text whose terminator is the last byte that the program may read.
-class TextAtTheEndOfMemory {
- public:
-  explicit TextAtTheEndOfMemory(const std::string &text)
-      : page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))),
-        pages_(static_cast<char *>(
-            mmap(nullptr, 2 * page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
-    if (pages_ == MAP_FAILED || mprotect(pages_ + page_, page_, PROT_NONE) != 0) std::abort();
-    text_ = pages_ + page_ - (text.size() + 1);
-    std::memcpy(text_, text.c_str(), text.size() + 1);
-  }
-  ~TextAtTheEndOfMemory() { munmap(pages_, 2 * page_); }
-  TextAtTheEndOfMemory(const TextAtTheEndOfMemory &) = delete;
-  TextAtTheEndOfMemory &operator=(const TextAtTheEndOfMemory &) = delete;
-
-  const char *Get() const { return text_; }
-
- private:
-  const size_t page_;
-  char *const pages_;
-  char *text_;
-};
 
 TEST(QnSnprintfConversions, AreThoseOfCWithFlagsWidthAndPrecision) {
   void *pointer = nullptr;
@@ -93,10 +67,12 @@ TEST(QnSnprintfConversions, OfABarePointerTakeItAndTheCharacterBehindThem) {
 }
 
 TEST(QnSnprintfConversions, ThatTheFormatCutsAreLeftOutAndNothingIsReadBehindIt) {
+  const qntest::EndOfMemory memory;
   for (const char *cut : {"%", "%5", "%-", "%+", "%0", "%.", "%.3", "%l", "%h", "%-05.3l", "%p"}) {
-    const TextAtTheEndOfMemory format(std::string("abc") + cut);
+    const std::string text = std::string("abc") + cut;
+    const char *format = memory.Copy(text.c_str(), text.size() + 1);
 
-    EXPECT_EQ(Formatted(format.Get(), 7), "abc") << cut;
+    EXPECT_EQ(Formatted(format, 7), "abc") << cut;
   }
 }
 

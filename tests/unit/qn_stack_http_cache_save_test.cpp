@@ -211,6 +211,12 @@ TEST_F(QnCacheSave, TakesABodyThatIsAStringOfAnEntryThatIsPurged) {
   qn::http_cache_items = 199;
   EXPECT_EQ(fnQNStack_Cache_Save("v", nullptr, evicted->url, 2, kFresh, 0), 1);
   EXPECT_EQ(Body(kFileNoOfNow + 1), std::string("u\0", 2));
+
+  ResetCache();
+  Start({{.url = "url", .label = "its label", .file_no = 7, .expires = kNow}});
+  const char *end = fnQNStack_Cache_FindbyUrl("url")->label + 9;
+  EXPECT_EQ(fnQNStack_Cache_Save("http://h/of-another-length", nullptr, end, 1, kFresh, 0), 1);
+  EXPECT_EQ(Body(kFileNoOfNow), std::string(1, '\0')) << "what ends it is part of it";
 }
 
 TEST_F(QnCacheSave, IsWholeOrNotAtAllWhenTheHeapRefuses) {

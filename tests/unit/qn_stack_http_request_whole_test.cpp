@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_stack_http.h"
 #include "qnstack/qn_stack_http_cookie.h"
 #include "qnstack/qn_stack_http_head.h"
@@ -175,6 +176,12 @@ TEST_F(QnStackHttpRefusedPart, TakesTheRestOfItsRequestBack) {
     EXPECT_EQ(result, refusals > 0 ? -1 : 0);
     EXPECT_EQ(UnreadOf(ctx->sendBuf) == "loaded;", refusals > 0);
   }
+}
+
+TEST_F(QnStackHttpRefusedPart, TypeIsMissedByABodyOfOneByte) {
+  const Context ctx(fnQNStack_Http_Open_Post("h", "b", 1, "t"));
+  fnQN_Free(&ctx->contentType);
+  ExpectNotComposed(ctx);
 }
 
 TEST_F(QnStackHttpRefusedPart, HeaderIsMissedUntilItIsWrittenOrTheTableIsFreed) {

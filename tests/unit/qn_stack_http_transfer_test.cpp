@@ -216,6 +216,7 @@ TEST_F(QnStackHttpConnect, ConnectionUnderWayIsAskedAgain) {
   const Context ctx = OpenGet();
   ctx->socket = fnQN_Stack_CreateSocket();
   socket_list[1].connState = -2;
+  ctx->tryCount = 7;
   EXPECT_EQ(RunStep(ctx), (Outcome{-2, 1, 1, 1, "host:h,80connet socket:1 result:-2"}));
   EXPECT_EQ(RunStep(ctx), (Outcome{-2, 1, 2, 1, "connet socket:1 result:-2"}));
   socket_list[1].connState = 1;

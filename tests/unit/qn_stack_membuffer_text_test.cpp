@@ -2,8 +2,11 @@
 // Guards the memory buffer's text functions: items up to a delimiter, formatted
 // pieces with their bound, and header items.
 #include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +20,40 @@ namespace {
 
 using namespace qntest;
 using namespace std::string_view_literals;
+
+// A text of the given number of pieces. The memory has one piece, which is mapped
+// behind itself again and again.
+class LongText {
+ public:
+  explicit LongText(size_t pieces) : size_(pieces * kPiece) {
+    const std::string piece(kPiece, 'a');
+    const int memory = memfd_create("piece of a text", MFD_CLOEXEC);
+    if (write(memory, piece.data(), kPiece) != ssize_t{kPiece}) std::abort();
+    // Behind the last piece stays a zero.
+    text_ = Mapped(nullptr, size_ + 1, MAP_PRIVATE | MAP_ANONYMOUS, -1);
+    for (size_t at = 0; at < size_; at += kPiece) {
+      Mapped(text_ + at, kPiece, MAP_SHARED | MAP_FIXED, memory);
+    }
+    close(memory);
+  }
+  ~LongText() { munmap(text_, size_ + 1); }
+  LongText(const LongText &) = delete;
+  LongText &operator=(const LongText &) = delete;
+
+  const char *Get() const { return text_; }
+
+ private:
+  static constexpr size_t kPiece = 16 << 20;
+
+  static char *Mapped(char *place, size_t size, int flags, int file) {
+    void *mapped = mmap(place, size, PROT_READ, flags, file, 0);
+    if (mapped == MAP_FAILED) std::abort();
+    return static_cast<char *>(mapped);
+  }
+
+  const size_t size_;
+  char *text_;
+};
 
 // The next item as text; none for a null one.
 std::optional<std::string> TakeItem(const Buffer &buffer, const char *delimiter) {
@@ -125,6 +162,16 @@ TEST(QnMemBufferWriteItem, AppendsNameValueAndLineEndUncut) {
     EXPECT_EQ(buffer.Fields().held, name + value + "\r\n");
     EXPECT_EQ(buffer->total, name.size() + value.size() + 2);
   }
+}
+
+TEST(QnMemBufferWriteItem, RefusesATextThatIsLongerThan32BitsCount) {
+  if (sizeof(size_t) == sizeof(uint32_t)) GTEST_SKIP() << "no text is";
+  const LongText text(257);
+  const Buffer buffer(0);
+
+  fnQN_MemBuffer_WriteItem(buffer.get(), text.Get(), "value");
+
+  EXPECT_EQ(buffer->total, 0u);
 }
 
 TEST(QnMemBufferWriteItem, IsThreeWritesAsTheCapacityShows) {

@@ -72,7 +72,7 @@ void fnQNStack_Http_FreeCtx(QNHttpCtx *ctx) {
        {&ctx->url, &ctx->hostname, &ctx->path, &ctx->method, &ctx->contentType, &ctx->retCtxType}) {
     fnQN_Free(text);
   }
-  if (ctx->socket >= 0) qn::CloseSlot(ctx->socket);
+  qn::CloseSlot(ctx->socket);
   fnQN_MemBuffer_Free(ctx->sendBuf);
   fnQN_MemBuffer_Free(ctx->recvBuf);
   fnQN_Free(&ctx);

@@ -36,14 +36,12 @@ class NumbersOnDisk {
     return IsInReach(file_no) ? reached_[Place(file_no)] : others_;
   }
 
-  // Whether neither this number nor a higher one is free.
-  bool EndAt(int32_t file_no) const { return others_ && !IsInReach(file_no); }
+  static bool IsInReach(int32_t file_no) { return file_no >= kLowest && Place(file_no) < kNumbers; }
 
  private:
   static std::size_t Place(int32_t file_no) {
     return static_cast<std::size_t>(int64_t{file_no} - kLowest);
   }
-  static bool IsInReach(int32_t file_no) { return file_no >= kLowest && Place(file_no) < kNumbers; }
 
   std::bitset<kNumbers> reached_;
   bool others_ = false;
@@ -90,7 +88,8 @@ std::optional<int32_t> qn::FreeFileNumber() {
   key.file_no = fnQNFS_getRandom();
   while (on_disk.Have(key.file_no) ||
          fnQNList_CompareFind(http_cache_list, &key, CompareFileNumbers) != nullptr) {
-    if (on_disk.EndAt(key.file_no)) return std::nullopt;
+    // Where one number out of reach is taken, any of them may be.
+    if (!NumbersOnDisk::IsInReach(key.file_no)) return std::nullopt;
     ++key.file_no;
   }
   return key.file_no;

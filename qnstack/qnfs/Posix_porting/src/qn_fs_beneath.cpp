@@ -49,7 +49,7 @@ qn::Descriptor OpenDirectory(const char *name, int flags) {
   const std::string_view text(name == nullptr ? "" : name);
   const std::string_view base(qn::BaseOf(text.data()));
   errno = ENOENT;
-  qn::Descriptor root = base.empty() || base == "." ? qn::Descriptor() : OpenRootFor(name);
+  qn::Descriptor root = base.empty() ? qn::Descriptor() : OpenRootFor(name);
   if (!root.IsOpen()) return {};
   return OpenIn(std::move(root), qn::BeneathName(qn::DirectoryOf(text)), flags);
 }

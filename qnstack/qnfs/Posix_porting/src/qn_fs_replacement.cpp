@@ -120,8 +120,6 @@ bool Replacement::Commit() {
   if (!file_.IsOpen() || fsync(file_.Get()) != 0) return false;
   in_place_ = renameat(directory_.Get(), temporary_, directory_.Get(), base_) == 0;
   if (!in_place_) return false;
-  // A close after a successful fsync has nothing to lose.
-  file_.Close();
   qn::SyncDirectory(directory_.Get());
   return true;
 }

@@ -115,9 +115,8 @@ char *fnQN_STRISTR(const char *haystack, const char *needle) {
   if (*needle == '\0') return const_cast<char *>(haystack);
   const auto length = static_cast<uint32_t>(std::strlen(needle));
   const char lower = static_cast<char>(qn::FoldByte(*needle));
-  const bool is_letter = lower >= 'a' && lower <= 'z';
-  const char upper = static_cast<char>(is_letter ? lower - ('a' - 'A') : lower);
-  const char first[] = {lower, upper, '\0'};
+  // Behind a byte that is no letter's the comparison fails.
+  const char first[] = {lower, static_cast<char>(lower - ('a' - 'A')), '\0'};
   const char *place = std::strpbrk(haystack, first);
   while (place != nullptr && fnQNRTL_strnicmp(place, needle, length) != 0) {
     place = std::strpbrk(place + 1, first);
