@@ -2,6 +2,7 @@
 // Guards what a program could not read: it is there, so nothing the program
 // writes may take its place until it has been read or deleted.
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <functional>
@@ -63,6 +64,9 @@ TEST_F(PosixUnread, FileThatCannotBeLookedForIsNotOpenedForWriting) {
   for (const std::string &call : calls) {
     RunWithFaultAt(call, kFails, [] { EXPECT_EQ(fnQNFS_File_Open("x", "r+"), nullptr); });
   }
+  QNFSFile file = fnQNFS_File_Open("x", "r");
+  EXPECT_NE(file, nullptr) << "for reading it is";
+  fnQNFS_File_Close(file);
 }
 
 TEST_F(PosixUnread, FileThatHasGoneMeanwhileIsWritten) {
@@ -76,8 +80,28 @@ TEST_F(PosixUnread, FileThatHasGoneMeanwhileIsWritten) {
     RunWithFaultAt("read", kFails, [] { ReadText("/x"); });
     way();
     EXPECT_EQ(WriteText("x", "new"), 3);
+    EXPECT_EQ(WriteText("x", "more"), 4);
   }
   EXPECT_EQ(WriteText("y", "new"), -1) << "this is the one that was not read";
+}
+
+TEST_F(PosixUnread, FileThatWasDeletedIsWrittenThoughAnotherProgramMadeItAnew) {
+  folder_.write("x", "content");
+  RunWithFaultAt("read", kFails, [] { ReadText("/x"); });
+  EXPECT_EQ(fnQNFS_DeleteFile("x"), 1);
+  folder_.write("x", "of another program");
+
+  EXPECT_EQ(WriteText("x", "new"), 3);
+}
+
+TEST_F(PosixUnread, FolderIsNoFileWhereTheSystemDoesNotResolveNames) {
+  const NoResolving none(ENOSYS);
+  MakeFolder("x");
+  EXPECT_EQ(ReadText("x"), "(failure)");
+  ASSERT_EQ(rmdir(folder_.path("x").c_str()), 0);
+  folder_.write("x", "of another program");
+
+  EXPECT_EQ(WriteText("x", "new"), 3);
 }
 
 TEST_F(PosixUnread, FileIsTheRootsThatWasSet) {
@@ -124,6 +148,18 @@ TEST_F(PosixUnread, FilesInAnyNumberAreNotWrittenAndUpToSixtyFourLeaveOthersToBe
   for (int i = 0; i < kFiles; ++i) {
     EXPECT_EQ(WriteText(std::to_string(i).c_str(), "new"), -1) << i;
   }
+}
+
+TEST_F(PosixUnread, FileThatIsReadInVainAgainAndAgainCountsOnce) {
+  folder_.write("x", "content");
+  folder_.write("y", "content");
+  {
+    const FileFaults faults({FaultKind::kFailOnwards, 1, EIO});
+    for (int i = 0; i < 100; ++i) EXPECT_EQ(ReadText("x"), "(failure)");
+  }
+
+  EXPECT_EQ(WriteText("x", "new"), -1);
+  EXPECT_EQ(WriteText("y", "new"), 3);
 }
 
 TEST_F(PosixUnread, SettingsAreKept) {

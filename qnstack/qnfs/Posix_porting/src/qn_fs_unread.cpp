@@ -46,6 +46,13 @@ bool IsUnread(const char *name) {
   return known.overflow || Find(known, Number(name)) != nullptr;
 }
 
+// What has gone need not be read; what is written in its place is known.
+bool HasGone(const char *name, qn::Presence presence) {
+  if (presence != qn::Presence::kAbsent) return false;
+  qn::ForgetUnread(name);
+  return true;
+}
+
 }  // namespace
 
 void qn::NoteUnread(const char *name) {
@@ -73,9 +80,9 @@ void qn::RenameUnread(const char *destination, const char *source) {
 
 bool qn::MayWrite(const char *name) {
   if (name == nullptr) return false;
-  return !IsUnread(name) || LookFor(name) == Presence::kAbsent;
+  return !IsUnread(name) || HasGone(name, LookFor(name));
 }
 
 bool qn::MayWriteIn(int directory, const char *name) {
-  return !IsUnread(name) || LookForIn(directory, name) == Presence::kAbsent;
+  return !IsUnread(name) || HasGone(name, LookForIn(directory, name));
 }

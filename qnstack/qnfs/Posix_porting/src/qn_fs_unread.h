@@ -7,7 +7,7 @@
 
 namespace qn {
 
-// The file has been read whole, or deleted.
+// The file has been read whole, or is there no more.
 void ForgetUnread(const char *name);
 
 // A file has got another name; what is noted goes with it.
