@@ -118,6 +118,7 @@ TEST_F(NullInFiles, AsStatusReceivesNothingAndAsDestinationReadsNothing) {
   TypedBuffer buffer(std::string_view("1\0002\0003:1:1:1:1:1:1\0", 18));
 
   fnQNFS_Buffer_ReadMem(buffer.get(), 3, nullptr);
+  fnQNFS_Buffer_ReadMem(buffer.get(), 1, nullptr);
   EXPECT_EQ(fnQNFS_Buffer_ReadInteger(buffer.get(), nullptr), 1);
   EXPECT_EQ(fnQNFS_Buffer_ReadLong(buffer.get(), nullptr), 2);
   EXPECT_EQ(fnQNFS_Buffer_ReadDateTime(buffer.get(), nullptr).year, 3U);

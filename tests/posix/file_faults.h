@@ -25,6 +25,7 @@ enum class FaultKind {
   kFailOnwards,  // it and all after it fail
   kFullOnwards,  // it and all after it that take space fail; moving and deleting go on
   kShort,        // a read or write moves one byte
+  kGrowing,      // fstat tells of a byte less than the file has afterwards
   kEnd,          // the process ends before the call
   kEndWithin     // the process ends after it; a write has then written half
 };

@@ -87,6 +87,19 @@ TEST_F(PosixFault, CopyOfAnEmptyFileWithoutMemoryChangesNothing) {
   EXPECT_EQ(folder_.read("x"), "old");
 }
 
+TEST_F(PosixFault, CopyOfAFileThatGrowsMeanwhileChangesNothing) {
+  const auto copy = [] { return fnQNFS_CopyFile("x", "y"); };
+  folder_.write("y", "new");
+  // The size is asked for last before the file is read.
+  const int asked = NumberOf("read", copy) - 1;
+  folder_.write("x", "old");
+  {
+    const FileFaults faults({FaultKind::kGrowing, asked});
+    EXPECT_EQ(copy(), 0);
+  }
+  EXPECT_EQ(folder_.read("x"), "old");
+}
+
 TEST_F(PosixFault, ReadIsWholeOrFails) {
   std::string found;
   RunAtEveryCall(

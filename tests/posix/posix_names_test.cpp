@@ -50,6 +50,8 @@ class PosixNames : public PosixRoot, public testing::WithParamInterface<int> {
     EXPECT_EQ(fnQNFS_CopyFile("inside2", name), 0);
     EXPECT_EQ(fnQNFS_MoveFile("inside2", name), 0);
     EXPECT_EQ(fnQNFS_File_Open(name, "r"), nullptr);
+    TypedBuffer buffer(100);
+    EXPECT_EQ(fnQNFS_Load_File_To_Buffer(name, buffer.get()), 0);
   }
 
   const NoResolving resolving_{GetParam()};
@@ -221,6 +223,15 @@ TEST_P(PosixNames, ThatAreTooLongAreRefusedAndThoseThatJustFitTaken) {
     EXPECT_EQ(buffer.Read(), "field");
   }
   EXPECT_EQ(WriteText(std::string(250, 'x').c_str(), "content"), 7);
+}
+
+TEST_P(PosixNames, OfThreeCharactersOrMoreHaveABackup) {
+  for (const std::string name : {"x", "xy", "xyz"}) {
+    folder_.write(name + ".bak", "old");
+    TypedBuffer buffer(10003);
+    EXPECT_EQ(fnQNFS_Load_File_To_Buffer(name.c_str(), buffer.get()), name == "xyz" ? 1 : 0);
+  }
+  EXPECT_THAT(folder_.names(), ElementsAre("x.bak", "xy.bak", "xyz"));
 }
 
 TEST_P(PosixNames, ReachNothingWithoutARootOrOnceItIsGone) {

@@ -12,6 +12,8 @@
 #include "posix/posix_root.h"
 #include "qnstack/qn_fs_file.h"
 #include "qnstack/qn_fs_filebuffer.h"
+#include "support/failing_heap.h"
+#include "support/typed_buffer.h"
 
 namespace {
 
@@ -121,6 +123,9 @@ TEST_F(PosixWholeFile, SizeIsUnknownWhereALoadCouldNotCount) {
   for (const int64_t size : {kMost + 1, int64_t{1} << 31, (int64_t{1} << 32) + 5}) {
     std::filesystem::resize_file(folder_.path("x"), static_cast<uintmax_t>(size));
     EXPECT_EQ(fnQNFS_getFileSize("x"), -1) << size;
+    TypedBuffer buffer(100);
+    const auto load = [&] { EXPECT_EQ(fnQNFS_Load_File_To_Buffer("x", buffer.get()), 0); };
+    EXPECT_EQ(RefusalsIn(load, 1), 0) << "no room is asked for";
   }
 }
 
@@ -187,23 +192,29 @@ TEST_F(PosixWholeFile, ReadsAtAPosition) {
   EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 0, 0, destination), 0);
 }
 
-TEST_F(PosixWholeFile, RefusesPositionsAndLengthsBelowZero) {
+TEST_F(PosixWholeFile, RefusesNullBytesAndPositionsAndLengthsBelowZero) {
   folder_.write("x", "abc");
   char destination[] = "???";
   int32_t count = 77;
 
-  EXPECT_EQ(fnQNFS_WriteToFile("X", -1, "x"), -1);
-  EXPECT_EQ(fnQNFS_AppendToFile("X", -1, "x"), -1);
-  EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", 1, -1, "x"), -1);
-  EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", -1, 1, "x"), -1);
+  for (const char *name : {"x", "new"}) {
+    EXPECT_EQ(fnQNFS_WriteToFile("X", -1, name), -1);
+    EXPECT_EQ(fnQNFS_AppendToFile("X", -1, name), -1);
+    EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", 1, -1, name), -1);
+    EXPECT_EQ(fnQNFS_WriteToFileAtPos("X", -1, 1, name), -1);
+    EXPECT_EQ(fnQNFS_WriteToFileAtPos(nullptr, 1, 1, name), -1);
+  }
   EXPECT_EQ(fnQNFS_ReadFromFile("x", -1, destination, &count), -1);
+  EXPECT_EQ(fnQNFS_ReadFromFile("x", 3, nullptr, &count), -1);
   EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", -1, 1, destination), -1);
   EXPECT_EQ(fnQNFS_ReadFromFileAtPos("x", 1, -1, destination), -1);
 
   EXPECT_EQ(folder_.read("x"), "abc");
+  EXPECT_THAT(folder_.names(), ElementsAre("x"));
   EXPECT_STREQ(destination, "???");
   EXPECT_EQ(count, 77);
   EXPECT_THAT(told_written, IsEmpty());
+  EXPECT_EQ(WriteText("x", "new"), 3) << "no reading of it has failed";
 }
 
 TEST_F(PosixWholeFile, LimitOfTheFileSizeIsACleanFailure) {

@@ -202,6 +202,14 @@ TEST(QnFsBufferRead, GivesBackTheFieldsOfATaggedLine) {
   EXPECT_EQ(fnQNFS_Buffer_IsEnd(buffer.get()), 1);
 }
 
+TEST(QnFsBufferReadString, StaysWhereItIsWhenTheHeapRefuses) {
+  TypedBuffer buffer("field\0next\0"s);
+
+  EXPECT_EQ(WithRefusal(1, [&] { return fnQNFS_Buffer_ReadString(buffer.get()); }), nullptr);
+
+  EXPECT_EQ(buffer.Read(), "field");
+}
+
 TEST(QnFsBufferReadMem, CopiesTheBlockAndStepsOverItsEnd) {
   struct Case {
     std::string content;
@@ -249,6 +257,26 @@ TEST(QnFsBufferReadMem, ReadsBlockAfterBlock) {
   EXPECT_EQ(std::memcmp(first, "\0\n\0", 3), 0);
   EXPECT_EQ(std::memcmp(second, "xyz", 3), 0);
   EXPECT_EQ(fnQNFS_Buffer_IsEnd(buffer.get()), 1);
+}
+
+TEST(QnFsBufferReadMem, GivesZerosToWhoStandsBehindTheEnd) {
+  TypedBuffer buffer("abcdef"s);
+  buffer->last = 1;
+  buffer->pos = 3;
+  char block[] = "??";
+
+  fnQNFS_Buffer_ReadMem(buffer.get(), 2, block);
+
+  EXPECT_EQ(std::string(block, 2), "\0\0"s);
+}
+
+TEST(QnFsBufferReadMem, GivesZerosOfABufferWithoutStorage) {
+  QNFSBuffer buffer = {nullptr, -1, 5};
+  char block[] = "??";
+
+  fnQNFS_Buffer_ReadMem(&buffer, 2, block);
+
+  EXPECT_EQ(std::string(block, 2), "\0\0"s);
 }
 
 TEST(QnFsBufferReadMem, NeedsADestinationForBytesAndALengthNotBelowZero) {

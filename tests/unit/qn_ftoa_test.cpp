@@ -131,7 +131,7 @@ TEST(QnFtoa, WritesSixteenthsExactly) {
 }
 
 TEST(QnFtoa, SaturatesAndWritesOneCharacterForAnEndlessFraction) {
-  for (const double value : {4294967296.0, 1e300, kInfinity}) {
+  for (const double value : {2147483648.0, 4294967296.0, 1e300, kInfinity}) {
     const std::string text = Ftoa(value, 10);
 
     EXPECT_EQ(text.substr(0, 11), "2147483647.") << value;

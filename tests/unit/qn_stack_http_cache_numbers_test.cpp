@@ -186,6 +186,15 @@ TEST_F(QnCacheNumbers, AreSearchedOnBehindOneThatIsTakenWhereTheIndexNamesAFarOn
   EXPECT_EQ(FirstNumber(), kFileNoOfNow + 1);
 }
 
+TEST_F(QnCacheNumbers, AreNotedOneByOneFromTheLowestOn) {
+  clock_.SetLocal({.year = 2009, .month = 6, .day = 15, .hour = 10, .minute = 35, .second = 29});
+  Start({{.url = "old", .file_no = -9999, .expires = kFresh}});
+
+  EXPECT_EQ(Save("u"), 1);
+
+  EXPECT_EQ(FirstNumber(), -9998);
+}
+
 TEST_F(QnCacheNumbers, AreNotKnownOfAnIndexThatCannotBeRead) {
   FilePort().Fail("ReadFromFile");
   fnQNStack_Cache_Init();

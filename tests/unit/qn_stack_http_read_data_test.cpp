@@ -42,6 +42,12 @@ TEST_F(QnStackHttpReadRecvData, DeliversHeaderAndBodyAsTheyCame) {
   EXPECT_STREQ(ctx->url, "http://h/");
 }
 
+TEST_F(QnStackHttpReadRecvData, DeliversAsLittleAsOneByteBeforeTheEnd) {
+  SocketLayerFaults faults;
+  faults.receive = {-2};
+  EXPECT_EQ(Read(OpenReceiving("abc"), 1), (Delivery{1, "a"}));
+}
+
 TEST_F(QnStackHttpReadRecvData, FailedStatesAreMinusOneAndKeepTheBytes) {
   const Context ctx = OpenReceiving("abc");
   for (const int32_t state : {-1, -10, -11, -12, -13, -14, INT32_MIN}) {

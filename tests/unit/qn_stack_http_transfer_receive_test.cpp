@@ -99,6 +99,17 @@ TEST_F(QnStackHttpReceive, ErrorAfterSomeDataIsTheEndAndForgetsTheSlot) {
   EXPECT_EQ(network_.Count("close"), std::size(kCases));
 }
 
+TEST_F(QnStackHttpReceive, ErrorAfterDataThatHasLeftTheBufferIsTheEnd) {
+  const Context ctx = OpenSent();
+  char taken[3];
+  qntest::Append(ctx->recvBuf, "abc");
+  fnQN_MemBuffer_Read(ctx->recvBuf, taken, 3);
+  fnQN_MemBuffer_Write(ctx->recvBuf, "", 0);
+  network_.Script("recv", FailWith(ECONNRESET));
+
+  EXPECT_EQ(RunStep(ctx), (Outcome{0, 5, 1, -1, ""}));
+}
+
 TEST_F(QnStackHttpReceive, HeapThatRefusesBytesEndsTheAnswerWithoutAHole) {
   // The first and the last fit into the buffer as it is, the one between does not.
   network_.Script("recv", {Deliver(std::string(2000, 'a')), Deliver(std::string(2000, 'b')),

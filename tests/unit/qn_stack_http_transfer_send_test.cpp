@@ -146,13 +146,21 @@ TEST_F(QnStackHttpSend, SendUnderWayIsTriedAgain) {
 // Whether it does makes no difference.
 TEST_F(QnStackHttpSend, KernelIsToldToHurryForTheLastOfSeveralChunksOnly) {
   network_.Script("setsockopt", FailWith(ENOPROTOOPT));
-  const Context ctx = OpenWithRequest(5000);
+  const Context ctx = OpenWithRequest(3 * 2048);
   network_.ForgetCalls();
   for (int i = 0; i < 3; ++i) EXPECT_EQ(SendQuest(ctx), (Outcome{-2, 3, 0, 1, ""}));
   EXPECT_EQ(SendQuest(ctx).result, 0);
   ASSERT_THAT(network_.Names(), ElementsAre("send", "send", "setsockopt", "send"));
   EXPECT_EQ(network_.Calls()[2].fd, socket_list[1].fd);
   EXPECT_EQ(network_.Calls()[2].flags, TCP_NODELAY);
+}
+
+TEST_F(QnStackHttpSend, KernelIsToldToHurryForTheRestOfTheOnlyChunk) {
+  network_.Script("send", {AtMost(1), Pass()});
+  const Context ctx = OpenWithRequest(10);
+  network_.ForgetCalls();
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(SendQuest(ctx), (Outcome{-2, 3, 0, 1, ""}));
+  EXPECT_THAT(network_.Names(), ElementsAre("send", "setsockopt", "send"));
 }
 
 TEST_F(QnStackHttpSend, PassThroughSendsOnTheContextsSlotWithTheSocketLayersResults) {

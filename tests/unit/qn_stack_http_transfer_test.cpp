@@ -223,6 +223,14 @@ TEST_F(QnStackHttpConnect, ConnectionUnderWayIsAskedAgain) {
   EXPECT_EQ(RunStep(ctx), (Outcome{-2, 3, 0, 1, "connet socket:1 result:1hostname  = h"}));
 }
 
+TEST_F(QnStackHttpConnect, EndsTheCallsWithoutProgressWhateverComesOfIt) {
+  network_.Script("connect", FailWith(ECONNREFUSED));
+  const Context ctx = OpenGet();
+  ctx->state = QN_HTTP_RESOLVED;
+  ctx->tryCount = 7;
+  EXPECT_EQ(RunStep(ctx).tries, 1) << "the one of the send";
+}
+
 TEST_F(QnStackHttpConnect, RefusedConnectionOrSocketFailsAtTheSendStep) {
   for (const char *refused : {"connect", "socket"}) {
     SCOPED_TRACE(refused);

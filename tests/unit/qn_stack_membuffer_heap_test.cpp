@@ -55,6 +55,15 @@ TEST(QnMemBufferHeap, WriteLeavesEveryFieldWithoutItsGrowthAndWorksAgain) {
   EXPECT_EQ(buffer.Fields(), (BufferFields{.held = "cdefg", .capacity = 7, .total = 7}));
 }
 
+TEST(QnMemBufferHeap, GrowthAsksForTheNextQuarterOfAPowerOfTwo) {
+  Buffer buffer(0);
+  const FailingHeap heap(FailingHeap::kCountOnly);
+
+  buffer.Write(std::string(31, 'x'));
+
+  EXPECT_EQ(heap.BytesAsked(), 48U) << "for 31 bytes and 10 spare ones";
+}
+
 TEST(QnMemBufferHeap, GrowthNearTheGreatestCapacityAsksForNoMoreThanThereIs) {
   Buffer buffer(0);
   const uint32_t huge = UINT32_MAX - 100;

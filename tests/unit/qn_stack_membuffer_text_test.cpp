@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <optional>
 #include <string>
@@ -15,35 +16,37 @@
 #include "qnstack/qn_share_mem.h"
 #include "qnstack/qn_stack_membuffer.h"
 #include "support/buffer.h"
+#include "support/failing_heap.h"
 
 namespace {
 
 using namespace qntest;
 using namespace std::string_view_literals;
 
-// A text of the given number of pieces. The memory has one piece, which is mapped
+// Text of up to 4 GiB and 16 MiB. The memory has one piece of it, which is mapped
 // behind itself again and again.
 class LongText {
  public:
-  explicit LongText(size_t pieces) : size_(pieces * kPiece) {
+  LongText() {
     const std::string piece(kPiece, 'a');
     const int memory = memfd_create("piece of a text", MFD_CLOEXEC);
     if (write(memory, piece.data(), kPiece) != ssize_t{kPiece}) std::abort();
     // Behind the last piece stays a zero.
-    text_ = Mapped(nullptr, size_ + 1, MAP_PRIVATE | MAP_ANONYMOUS, -1);
-    for (size_t at = 0; at < size_; at += kPiece) {
+    text_ = Mapped(nullptr, kSize + 1, MAP_PRIVATE | MAP_ANONYMOUS, -1);
+    for (size_t at = 0; at < kSize; at += kPiece) {
       Mapped(text_ + at, kPiece, MAP_SHARED | MAP_FIXED, memory);
     }
     close(memory);
   }
-  ~LongText() { munmap(text_, size_ + 1); }
+  ~LongText() { munmap(text_, kSize + 1); }
   LongText(const LongText &) = delete;
   LongText &operator=(const LongText &) = delete;
 
-  const char *Get() const { return text_; }
+  const char *Of(uint64_t length) const { return text_ + kSize - static_cast<size_t>(length); }
 
  private:
-  static constexpr size_t kPiece = 16 << 20;
+  static constexpr size_t kPiece = 1 << 24;
+  static constexpr size_t kSize = 257 * kPiece;
 
   static char *Mapped(char *place, size_t size, int flags, int file) {
     void *mapped = mmap(place, size, PROT_READ, flags, file, 0);
@@ -51,7 +54,6 @@ class LongText {
     return static_cast<char *>(mapped);
   }
 
-  const size_t size_;
   char *text_;
 };
 
@@ -164,14 +166,18 @@ TEST(QnMemBufferWriteItem, AppendsNameValueAndLineEndUncut) {
   }
 }
 
-TEST(QnMemBufferWriteItem, RefusesATextThatIsLongerThan32BitsCount) {
-  if (sizeof(size_t) == sizeof(uint32_t)) GTEST_SKIP() << "no text is";
-  const LongText text(257);
+TEST(QnMemBufferWriteItem, TakesNoMoreTextThan31BitsCount) {
+  if (sizeof(size_t) == sizeof(uint32_t)) GTEST_SKIP() << "there is no room for so much";
+  constexpr uint64_t kMost = INT32_MAX;
+  constexpr uint64_t kWraps = uint64_t{1} << 32;
+  const LongText text;
   const Buffer buffer(0);
 
-  fnQN_MemBuffer_WriteItem(buffer.get(), text.Get(), "value");
-
-  EXPECT_EQ(buffer->total, 0u);
+  for (const uint64_t length : {kMost, kMost + 1, kWraps, kWraps + 1}) {
+    const auto write = [&] { fnQN_MemBuffer_WriteItem(buffer.get(), text.Of(length), "value"); };
+    EXPECT_EQ(RefusalsIn(write, 1), length == kMost ? 1 : 0) << length;
+    EXPECT_EQ(buffer->total, 0u);
+  }
 }
 
 TEST(QnMemBufferWriteItem, IsThreeWritesAsTheCapacityShows) {

@@ -45,7 +45,7 @@ struct Body {
 
 bool IsWithin(const char *text, const void *address) {
   const uintptr_t offset = reinterpret_cast<uintptr_t>(address) - reinterpret_cast<uintptr_t>(text);
-  return text != nullptr && offset <= fnQN_STRLEN(text);
+  return offset <= fnQN_STRLEN(text);
 }
 
 // Throws out an entry: its body file, its place in the list, and the record.

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -65,7 +64,7 @@ bool IsRegular(const struct stat &status) {
 qn::BeneathName::BeneathName(std::string_view name) {
   name.remove_prefix(std::min(name.find_first_not_of('/'), name.size()));
   if (name.size() >= sizeof text_ || HasParentComponent(name)) return;
-  std::memcpy(text_, name.data(), name.size());
+  std::copy(name.begin(), name.end(), text_);
   usable_ = true;
 }
 

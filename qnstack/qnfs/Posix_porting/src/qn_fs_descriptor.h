@@ -10,7 +10,8 @@
 
 namespace qn {
 
-// Closes its descriptor at the end of its scope, and leaves errno as it was.
+// Closes its descriptor at the end of its scope, and leaves errno as it was. One that
+// is not open is -1, which every call of the system refuses.
 class Descriptor {
  public:
   Descriptor() = default;

@@ -33,7 +33,8 @@ bool AppendWhole(int fd, const void *data, std::size_t size) {
   struct stat before = {};
   if (fstat(fd, &before) != 0) return false;
   if (qn::WriteWhole(fd, data, size) && fsync(fd) == 0) return true;
-  static_cast<void>(ftruncate(fd, before.st_size) == 0);  // if that fails too, they stay
+  // If that fails too, they stay.
+  [[maybe_unused]] const int cut = ftruncate(fd, before.st_size);
   return false;
 }
 
@@ -48,12 +49,11 @@ template <typename Change>
 bool ChangeInPlace(const char *name, int flags, Change change) {
   if (!qn::MayWrite(name)) return false;
   const qn::LockedDirectory directory(qn::OpenSearchedDirectoryOf(name));
-  if (!directory.IsOpen()) return false;
   qn::Descriptor file = qn::OpenRegularIn(directory.Get(), name, flags);
   const bool is_new = !file.IsOpen();
   if (is_new) file = qn::CreateRegularIn(directory.Get(), name, flags);
-  const bool changed = file.IsOpen() && change(file.Get()) && file.Close();
-  if (changed && is_new) qn::SyncDirectory(directory.Get());
+  const bool changed = change(file.Get()) && file.Close();
+  if (is_new) qn::SyncDirectory(directory.Get());
   return changed;
 }
 
@@ -68,17 +68,16 @@ bool DeleteEntry(int directory, const char *name) {
 bool DeleteEntries(DIR *entries) {
   const int directory = dirfd(entries);
   bool all = true;
-  errno = 0;
-  while (const dirent *entry = readdir(entries)) {
-    all = DeleteEntry(directory, entry->d_name) && all;
+  while (true) {
     errno = 0;
+    const dirent *entry = readdir(entries);
+    if (entry == nullptr) return all && errno == 0;
+    all = DeleteEntry(directory, entry->d_name) && all;
   }
-  return all && errno == 0;
 }
 
 qn::Descriptor Create(const char *name, int flags) {
-  const qn::Descriptor directory = qn::OpenDirectoryOf(name);
-  return directory.IsOpen() ? qn::CreateRegularIn(directory.Get(), name, flags) : qn::Descriptor();
+  return qn::CreateRegularIn(qn::OpenDirectoryOf(name).Get(), name, flags);
 }
 
 // A mode of fopen(), and what it means to open(2).
@@ -126,7 +125,6 @@ QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
   if (way == nullptr || (way->flags != O_RDONLY && !qn::MayWrite(name))) return nullptr;
   qn::Descriptor file = qn::OpenRegular(name, way->flags);
   if (!file.IsOpen() && way->Creates()) file = Create(name, way->flags);
-  if (!file.IsOpen()) return nullptr;
   // fnQNFS_File_Close() frees the cell.
   auto *cell = static_cast<FILE **>(std::malloc(sizeof(FILE *)));
   if (cell == nullptr) return nullptr;
@@ -159,11 +157,9 @@ int32_t fnQNFS_CopyFile(const char *destination, const char *source) {
 int32_t fnQNFS_MoveFile(const char *destination, const char *source) {
   if (source == nullptr || destination == nullptr) return 0;
   const qn::LockedDirectory to(qn::OpenDirectoryOf(destination));
-  if (!to.IsOpen()) return 0;
   // Where both are in one directory, one descriptor of it will do.
   const bool together = qn::DirectoryOf(source) == qn::DirectoryOf(destination);
   const qn::Descriptor other = together ? qn::Descriptor() : qn::OpenDirectoryOf(source);
-  if (!together && !other.IsOpen()) return 0;
   const int from = together ? to.Get() : other.Get();
   if (qn::LookForIn(from, source) != qn::Presence::kThere) return 0;
   if (!qn::IsReplaceableIn(to.Get(), destination)) return 0;
@@ -183,7 +179,6 @@ int32_t fnQNFS_DeleteFile(const char *name) {
 
 int32_t fnQNFS_DelAllFiles(const char *path) {
   qn::LockedDirectory directory(qn::OpenBeneath(path, O_RDONLY | O_DIRECTORY));
-  if (!directory.IsOpen()) return 0;
   DIR *entries = fdopendir(directory.Get());
   if (entries == nullptr) return 0;
   directory.Release();
@@ -192,17 +187,18 @@ int32_t fnQNFS_DelAllFiles(const char *path) {
 }
 
 int32_t fnQNFS_RmDir(const char *path) {
-  std::string_view directory(path == nullptr ? "" : path);
+  if (path == nullptr) return 0;
+  std::string_view directory(path);
   while (directory.ends_with('/')) directory.remove_suffix(1);
   const qn::BeneathName name(directory);
   const qn::Descriptor parent = qn::OpenDirectoryOf(name.Text());
   const char *base = qn::BaseOf(name.Text());
-  return parent.IsOpen() && unlinkat(parent.Get(), base, AT_REMOVEDIR) == 0 ? 1 : 0;
+  return unlinkat(parent.Get(), base, AT_REMOVEDIR) == 0 ? 1 : 0;
 }
 
 uint32_t fnQNFS_File_CreateDir(const char *path) {
   const std::size_t length = fnQN_STRLEN(path);
-  if (length == 0 || length >= QNFS_PATH_BYTES) return 0;
+  if (length >= QNFS_PATH_BYTES) return 0;
   const std::string_view text(path, length);
   const std::size_t last_slash = text.rfind('/');
   const std::string_view directories(path, last_slash == std::string_view::npos ? 0 : last_slash);
@@ -255,7 +251,7 @@ int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t len
                                  void *destination) {
   if (destination == nullptr || length < 0 || position < 0) return kFailed;
   qn::Descriptor file = qn::OpenRegular(name, O_RDONLY);
-  if (!file.IsOpen() || lseek(file.Get(), position, SEEK_SET) != position) return kFailed;
+  if (lseek(file.Get(), position, SEEK_SET) != position) return kFailed;
   const ssize_t got = qn::ReadWhole(file.Get(), destination, Size(length));
-  return got >= 0 && file.Close() ? static_cast<int32_t>(got) : kFailed;
+  return file.Close() ? static_cast<int32_t>(got) : kFailed;
 }

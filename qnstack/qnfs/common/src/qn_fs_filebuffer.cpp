@@ -63,11 +63,11 @@ void StepOver(QNFSBuffer *record, std::string_view rest, std::size_t length) {
   Advance(record, length + (tagged ? 2 : 1));
 }
 
-// A number of a date. Of its text 14 characters count, of its value the low 16
-// bits.
-uint32_t DateNumber(std::string_view token) {
+// The number that a text begins with, as a part of a date. Of the text 14 characters
+// count, of the value the low 16 bits.
+uint32_t DateNumber(std::string_view text) {
   std::array<char, kTokenBytes> scratch = {};
-  std::memcpy(scratch.data(), token.data(), std::min(token.size(), scratch.size() - 1));
+  std::memcpy(scratch.data(), text.data(), std::min(text.size(), scratch.size() - 1));
   return static_cast<uint16_t>(fnQN_ATOI(scratch.data()));
 }
 
@@ -80,14 +80,13 @@ QNTime ParseDateTime(std::string_view text) {
   constexpr std::size_t kSeparators = std::size(fields);
   std::size_t separators = 0;
   std::size_t token = 0;
+  const auto number = [&] { return DateNumber({text.data() + token, text.size() - token}); };
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (text[i] != ':' || i == token || ++separators > kSeparators) continue;
-    *fields[separators - 1] = DateNumber({text.data() + token, i - token});
+    *fields[separators - 1] = number();
     token = i + 1;
   }
-  if (separators == kSeparators && token < text.size()) {
-    time.extra = DateNumber({text.data() + token, text.size() - token});
-  }
+  if (separators == kSeparators) time.extra = number();
   return time;
 }
 

@@ -83,7 +83,7 @@ int32_t fnQN_STRNCMP(const char *a, const char *b, uint32_t /*n*/) {
 char *fnQN_STRNCAT(char *dst, const char *src, uint32_t n) {
   const qn::Owned<char> scratch(static_cast<char *>(qn::AllocateZeroed(uint64_t{n} + 1)));
   if (scratch == nullptr) return nullptr;
-  return fnQN_STRCAT(dst, src == nullptr ? nullptr : fnQN_STRNCPY(scratch.get(), src, n));
+  return fnQN_STRCAT(dst, fnQN_STRNCPY(scratch.get(), src, n));
 }
 
 int32_t fnQN_STRICMP(const char *a, const char *b) { return fnQNRTL_stricmp(a, b) == 0 ? 0 : -1; }

@@ -4,6 +4,7 @@
 // them; no other part of the library does.
 #include "qnstack/Transcode.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
@@ -32,8 +33,8 @@ constexpr uint32_t UnitAt(const Byte *bytes, Order order) {
 }
 
 // Writes a lead byte and the `following` bytes behind it, six bits in each.
-char *PutSequence(char *out, uint32_t x, uint32_t lead, uint32_t lead_mask, uint32_t following) {
-  *out++ = static_cast<char>(lead | ((x >> (6U * following)) & lead_mask));
+char *PutSequence(char *out, uint32_t x, uint32_t lead, uint32_t following) {
+  *out++ = static_cast<char>(lead);
   while (following-- > 0) *out++ = static_cast<char>(0x80U | ((x >> (6U * following)) & 0x3FU));
   return out;
 }
@@ -44,16 +45,17 @@ inline char *PutUnit(char *out, uint32_t x, uint32_t two_byte_lead) {
     *out = static_cast<char>(x);
     return out + 1;
   }
-  return x <= 0x7FF ? PutSequence(out, x, 0xC0, two_byte_lead, 1)
-                    : PutSequence(out, x, 0xE0, 0x0F, 2);
+  return x <= 0x7FF ? PutSequence(out, x, 0xC0U | ((x >> 6U) & two_byte_lead), 1)
+                    : PutSequence(out, x, 0xE0U | x >> 12U, 2);
 }
 
-// Above U+FFFF the thresholds are not those of RFC 3629; readers know these.
+// Above U+FFFF the thresholds are not those of RFC 3629; readers know these. Below
+// them no bit of the value reaches the lead byte, but for the last.
 inline char *PutValue(char *out, uint32_t x) {
   if (x <= 0xFFFF) return PutUnit(out, x, kWholeLead);
-  if (x <= 0x1FFFF) return PutSequence(out, x, 0xF0, 0x07, 3);
-  if (x <= 0x3FFFF) return PutSequence(out, x, 0xF8, 0x03, 4);
-  return PutSequence(out, x, 0xFC, 0x01, 5);
+  if (x <= 0x1FFFF) return PutSequence(out, x, 0xF0, 3);
+  if (x <= 0x3FFFF) return PutSequence(out, x, 0xF8, 4);
+  return PutSequence(out, x, 0xFCU | (x >> 30U & 1U), 5);
 }
 
 // Writes `units` pairs of bytes and returns the place behind them.
@@ -67,7 +69,7 @@ char *PutPairs(char *out, const Byte *src, std::size_t units) {
 template <Order kOrder>
 void PutStream(const void *src, int32_t len, char *out) {
   if (src == nullptr || out == nullptr) return;
-  const std::size_t bytes = len > 0 ? static_cast<std::size_t>(len) : 0;
+  const auto bytes = static_cast<std::size_t>(std::max(len, 0));
   *PutPairs<kOrder>(out, static_cast<const Byte *>(src), (bytes + 1) / 2) = '\0';
 }
 
@@ -83,8 +85,7 @@ constexpr uint32_t PairValue(uint32_t high, uint32_t low) {
 template <typename Put>
 void ReadUtf16(const void *src, int32_t len, Put put) {
   const auto *bytes = static_cast<const Byte *>(src);
-  const bool little = len >= 2 && UnitAt(bytes, Order::kBig) == kSwappedMark;
-  Order order = little ? Order::kLittle : Order::kBig;
+  Order order = Order::kBig;
   for (int32_t i = 0; len - i > 1; i += 2) {
     uint32_t value = UnitAt(bytes + i, order);
     if (value == kMark) continue;

@@ -200,8 +200,7 @@ void fnQNList_Swap(QNListNode *a, QNListNode *b) {
 }
 
 void fnQNList_Move(QNList *list, QNListNode *node, QNListNode *before) {
-  if (list == nullptr || node == nullptr || list->count <= 1) return;
-  if (before == node || before == node->next) return;
+  if (list == nullptr || node == nullptr || before == node || list->count <= 1) return;
 
   // While the list is a ring, the first and the last node move as all others do.
   list->head->prev = list->tail;
