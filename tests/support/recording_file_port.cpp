@@ -2,7 +2,6 @@
 #include "support/recording_file_port.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 
 namespace qntest {
@@ -70,19 +69,6 @@ FileOutcome RecordingFilePort::Enter(std::string_view function,
                                      std::string_view data) {
   log_.push_back({std::string(function), Joined(arguments), std::string(data)});
   return NextOutcome(function);
-}
-
-std::string RecordingFilePort::HandleText(QNFSFile handle) const {
-  if (handle == nullptr) return "NULL";
-  const auto found = handles_.find(handle);
-  return found == handles_.end() ? "foreign" : "#" + std::to_string(found->second);
-}
-
-QNFSFile RecordingFilePort::NewHandle(FILE *stream) {
-  auto *handle = static_cast<QNFSFile>(std::malloc(sizeof(FILE *)));
-  *handle = stream;
-  handles_[handle] = ++handles_made_;
-  return handle;
 }
 
 char *RecordingFilePort::SetRoot(const char *path) {

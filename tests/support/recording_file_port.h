@@ -28,8 +28,7 @@ namespace qntest {
 // One call of a primitive.
 struct FileCall {
   std::string function;   // without the common prefix, as in "MoveFile"
-  std::string arguments;  // "/a.bak, /a"; data shows as its length, a null pointer as NULL,
-                          // a handle by the order of opening, as in "#1"
+  std::string arguments;  // "/a.bak, /a"; data shows as its length, a null pointer as NULL
   std::string data;       // the bytes that a writing call was given
 
   std::string Text() const { return function + "(" + arguments + ")"; }
@@ -47,7 +46,6 @@ struct FileOutcome {
 class RecordingFilePort {
  public:
   // As at load time: no files, no root, no callback, no calls, no failures.
-  // Streams that are still open stay usable.
   void Reset();
 
   MemoryFiles &files() { return files_; }
@@ -67,7 +65,7 @@ class RecordingFilePort {
 
   // The nth following call of that writing primitive fails after `kept` of its
   // bytes have reached the file: WriteToFile and CopyFile leave them as the
-  // whole content, AppendToFile, WriteToFileAtPos and File_Write in their place.
+  // whole content, AppendToFile behind the old one.
   void Tear(std::string_view function, size_t kept, int nth = 1);
 
   // The nth following call of that primitive does nothing and gives `result`.
@@ -86,9 +84,6 @@ class RecordingFilePort {
   // What the primitives themselves use.
   FileOutcome Enter(std::string_view function, std::initializer_list<std::string> arguments,
                     std::string_view data = {});
-  std::string HandleText(QNFSFile handle) const;
-  QNFSFile NewHandle(FILE *stream);
-  void ForgetHandle(QNFSFile handle) { handles_.erase(handle); }
   char *SetRoot(const char *path);
   void SetCallback(QNFSCardSynFile callback) { callback_ = callback; }
   void TellWritten(const char *name) const;
@@ -106,8 +101,6 @@ class RecordingFilePort {
   MemoryFiles files_;
   std::vector<FileCall> log_;
   std::vector<Failure> failures_;
-  std::map<QNFSFile, int> handles_;
-  int handles_made_ = 0;
   char root_[QNFS_PATH_BYTES] = {};
   QNFSCardSynFile callback_ = nullptr;
 };

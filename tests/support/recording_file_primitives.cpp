@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The file primitives themselves, on the recording port. Each one notes its
-// call first, then does what the contract says unless it is to fail.
+// The file primitives that the core calls, on the recording port. Each one notes
+// its call first, then does what the contract says unless it is to fail.
 #include <algorithm>
-#include <cstdlib>
-#include <cstring>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,14 +42,6 @@ std::string_view Reaching(const FileOutcome &outcome, std::string_view bytes) {
 
 bool LeavesNothing(const FileOutcome &outcome) { return outcome.fails && !outcome.torn; }
 
-// The elements of `size` bytes that a write of `count` of them completes.
-size_t WriteElements(const FileOutcome &outcome, const void *data, size_t size, uint32_t count,
-                     FILE *stream) {
-  if (!outcome.fails) return fwrite(data, size, count, stream);
-  const size_t kept = std::min(outcome.kept, size * count);
-  return size == 0 ? 0 : fwrite(data, 1, kept, stream) / size;
-}
-
 // Writes a file by one of the ways that the application is told of.
 int32_t WriteWhole(std::string_view function,
                    bool (MemoryFiles::*write)(std::string_view name, std::string_view bytes),
@@ -90,56 +80,6 @@ int32_t fnQNFS_MkDir(const char *path) {
   return FilePort().files().MakeDirectory(path) ? 1 : 0;
 }
 
-QNFSFile fnQNFS_File_Open(const char *name, const char *mode) {
-  const FileOutcome outcome = FilePort().Enter("File_Open", {Shown(name), Shown(mode)});
-  if (outcome.fails || name == nullptr || mode == nullptr) return nullptr;
-  FILE *stream = FilePort().files().Open(name, mode);
-  return stream != nullptr ? FilePort().NewHandle(stream) : nullptr;
-}
-
-int32_t fnQNFS_File_Write(const void *data, uint32_t size, uint32_t count, QNFSFile handle) {
-  const uint32_t element = size * count;
-  const bool usable = data != nullptr && handle != nullptr && *handle != nullptr;
-  const std::string_view bytes =
-      usable ? std::string_view(static_cast<const char *>(data), size_t{element} * count)
-             : std::string_view();
-  const FileOutcome outcome = FilePort().Enter(
-      "File_Write", {std::to_string(size), std::to_string(count), FilePort().HandleText(handle)},
-      bytes);
-  if (!usable) return -1;
-  const size_t written = WriteElements(outcome, data, element, count, *handle);
-  return written == 0 && (element != 0 || outcome.fails) ? -1 : static_cast<int32_t>(written);
-}
-
-int32_t fnQNFS_File_Read(void *buffer, uint32_t size, uint32_t count, QNFSFile handle) {
-  const FileOutcome outcome = FilePort().Enter(
-      "File_Read", {std::to_string(size), std::to_string(count), FilePort().HandleText(handle)});
-  if (outcome.fails || buffer == nullptr || handle == nullptr || *handle == nullptr) return -1;
-  const size_t taken = fread(buffer, 1, size * count, *handle);
-  return taken == 0 && size != 0 ? -1 : static_cast<int32_t>(taken);
-}
-
-int32_t fnQNFS_File_Seek(QNFSFile handle, int32_t origin, int32_t offset) {
-  const FileOutcome outcome =
-      FilePort().Enter("File_Seek", {FilePort().HandleText(handle), Shown(origin), Shown(offset)});
-  if (outcome.fails || handle == nullptr || *handle == nullptr) return -1;
-  int whence = SEEK_CUR;
-  if (origin == QNFS_SEEK_BEGIN) {
-    whence = SEEK_SET;
-  } else if (origin == QNFS_SEEK_END) {
-    whence = SEEK_END;
-  }
-  return fseek(*handle, offset, whence);
-}
-
-void fnQNFS_File_Close(QNFSFile handle) {
-  FilePort().Enter("File_Close", {FilePort().HandleText(handle)});
-  if (handle == nullptr) return;
-  if (*handle != nullptr) fclose(*handle);
-  FilePort().ForgetHandle(handle);
-  std::free(handle);
-}
-
 int32_t fnQNFS_getFileSize(const char *name) {
   const FileOutcome outcome = FilePort().Enter("getFileSize", {Shown(name)});
   if (outcome.answer) return *outcome.answer;
@@ -171,20 +111,6 @@ int32_t fnQNFS_DelAllFiles(const char *path) {
   return FilePort().files().DeleteFilesIn(path) ? 1 : 0;
 }
 
-int32_t fnQNFS_RmDir(const char *path) {
-  const FileOutcome outcome = FilePort().Enter("RmDir", {Shown(path)});
-  return !outcome.fails && FilePort().files().RemoveDirectory(Name(path)) ? 1 : 0;
-}
-
-uint32_t fnQNFS_File_CreateDir(const char *path) {
-  const FileOutcome outcome = FilePort().Enter("File_CreateDir", {Shown(path)});
-  const std::string_view whole = Name(path);
-  for (size_t i = 1; i < whole.size() && !outcome.fails; ++i) {
-    if (whole[i] == '/') FilePort().files().MakeDirectory(whole.substr(0, i));
-  }
-  return static_cast<uint32_t>(whole.size());
-}
-
 int32_t fnQNFS_ReadFromFile(const char *name, int32_t maximum, void *destination, int32_t *count) {
   const FileOutcome outcome = FilePort().Enter("ReadFromFile", {Shown(name), Shown(maximum)});
   if (outcome.answer) return *outcome.answer;
@@ -203,25 +129,4 @@ int32_t fnQNFS_WriteToFile(const void *data, int32_t length, const char *name) {
 
 int32_t fnQNFS_AppendToFile(const void *data, int32_t length, const char *name) {
   return WriteWhole("AppendToFile", &MemoryFiles::Append, data, length, name);
-}
-
-int32_t fnQNFS_WriteToFileAtPos(const void *data, int32_t length, int32_t position,
-                                const char *name) {
-  const FileOutcome outcome = FilePort().Enter(
-      "WriteToFileAtPos", {Shown(data, length), Shown(position), Shown(name)}, Bytes(data, length));
-  if (LeavesNothing(outcome) || !IsWritable(data, length, name) || position < 0) return -1;
-  const bool done = FilePort().files().WriteAt(name, static_cast<size_t>(position),
-                                               Reaching(outcome, Bytes(data, length)));
-  return done && !outcome.fails ? length : -1;
-}
-
-int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t length,
-                                 void *destination) {
-  const FileOutcome outcome =
-      FilePort().Enter("ReadFromFileAtPos", {Shown(name), Shown(position), Shown(length)});
-  const std::optional<std::string> content = FilePort().files().Content(Name(name));
-  if (outcome.fails || !content || position < 0 || length < 0 || destination == nullptr) return -1;
-  const size_t start = std::min(static_cast<size_t>(position), content->size());
-  return static_cast<int32_t>(
-      content->copy(static_cast<char *>(destination), static_cast<size_t>(length), start));
 }

@@ -66,12 +66,9 @@ TEST_F(RecordingFilePortTest, FailsWithoutAFileANameOrBytes) {
     EXPECT_EQ(fnQNFS_isFileExisted(name), 0);
     EXPECT_EQ(fnQNFS_getFileSize(name), -1);
     EXPECT_EQ(fnQNFS_ReadFromFile(name, 1, bytes, &count), -1);
-    EXPECT_EQ(fnQNFS_ReadFromFileAtPos(name, 0, 1, bytes), -1);
-    EXPECT_EQ(fnQNFS_WriteToFileAtPos("x", 1, 0, name), -1);
     EXPECT_EQ(fnQNFS_CopyFile("/b", name), 0);
     EXPECT_EQ(fnQNFS_MoveFile("/b", name), 0);
     EXPECT_EQ(fnQNFS_DeleteFile(name), 0);
-    EXPECT_EQ(fnQNFS_File_Open(name, "r"), nullptr);
   }
   FilePort().ClearCalls();
   EXPECT_EQ(fnQNFS_WriteToFile(nullptr, 1, "/a"), -1);
@@ -88,18 +85,6 @@ TEST_F(RecordingFilePortTest, FailsWithoutAFileANameOrBytes) {
   EXPECT_EQ(FilePort().Calls().front(), "WriteToFile(NULL, /a)");
 }
 
-TEST_F(RecordingFilePortTest, WritesAndReadsAtAPosition) {
-  Files().Write("/a", "0123456789");
-  char bytes[] = "????";
-
-  EXPECT_EQ(fnQNFS_WriteToFileAtPos("abc", 3, 8, "/a"), 3);
-  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/a", 7, 3, bytes), 3);
-  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/a", 11, 3, bytes), 0);
-
-  EXPECT_EQ(Content("/a"), "01234567abc");
-  EXPECT_STREQ(bytes, "7ab?");
-}
-
 TEST_F(RecordingFilePortTest, DeletesTheFilesOfOneDirectory) {
   Files().Write("/d/a", "");
   Files().Write("/d/b", "");
@@ -112,17 +97,11 @@ TEST_F(RecordingFilePortTest, DeletesTheFilesOfOneDirectory) {
   EXPECT_THAT(Files().Names(), ElementsAre("/d/e/c", "/dd"));
 }
 
-TEST_F(RecordingFilePortTest, MakesAndRemovesDirectories) {
+TEST_F(RecordingFilePortTest, MakesDirectories) {
   EXPECT_EQ(fnQNFS_MkDir("/wap/ca/"), 1);
   EXPECT_EQ(fnQNFS_MkDir("/wap/ca/"), 1);
-  EXPECT_EQ(fnQNFS_File_CreateDir("/x/y/z"), 6U);
 
   EXPECT_TRUE(Files().HasDirectory("/wap/ca"));
-  EXPECT_TRUE(Files().HasDirectory("/x/y"));
-  EXPECT_FALSE(Files().HasDirectory("/x/y/z"));
-  EXPECT_EQ(fnQNFS_RmDir("/wap"), 0);
-  EXPECT_EQ(fnQNFS_RmDir("/wap/ca/"), 1);
-  EXPECT_EQ(fnQNFS_RmDir("/wap"), 1);
 }
 
 TEST_F(RecordingFilePortTest, WritesIntoKnownDirectoriesOnlyWhenToldSo) {
@@ -131,28 +110,6 @@ TEST_F(RecordingFilePortTest, WritesIntoKnownDirectoriesOnlyWhenToldSo) {
   EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/wap/ca/1"), -1);
   fnQNFS_MkDir("/wap/ca/");
   EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/wap/ca/1"), 1);
-}
-
-// What reading, writing and seeking gives is held by QnFsStream.
-TEST_F(RecordingFilePortTest, StreamsWorkOnTheFilesByTheirMode) {
-  struct {
-    const char *mode;
-    const char *content;  // of "old" with "x" written
-  } const cases[] = {{"r+", "xld"}, {"w", "x"}, {"ab", "oldx"}};
-  for (const auto &c : cases) {
-    SCOPED_TRACE(c.mode);
-    Files().Write("/a", "old");
-
-    QNFSFile handle = fnQNFS_File_Open("/a", c.mode);
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(fnQNFS_File_Write("x", 1, 1, handle), 1);
-    EXPECT_EQ(Content("/a"), c.content);
-    EXPECT_EQ(Files().OpenStreams(), 1);
-    fnQNFS_File_Close(handle);
-
-    EXPECT_EQ(Files().OpenStreams(), 0);
-  }
-  EXPECT_EQ(fnQNFS_File_Open("/a", "?"), nullptr);
 }
 
 TEST_F(RecordingFilePortTest, TellsTheApplicationAfterASuccessOnly) {
@@ -174,25 +131,17 @@ TEST_F(RecordingFilePortTest, WritesEveryCallDown) {
   fnQNFS_SetCardSynFileFunc(nullptr);
   fnQNFS_WriteToFile("abc", 3, "/a");
   fnQNFS_MoveFile("/b", "/a");
-  QNFSFile handle = fnQNFS_File_Open("/b", "r");
-  fnQNFS_File_Read(bytes, 2, 1, handle);
-  fnQNFS_File_Seek(handle, 1, -1);
-  fnQNFS_File_Close(handle);
-  fnQNFS_File_Close(nullptr);
   fnQNFS_ReadFromFile("/b", 4, bytes, &count);
 
   EXPECT_THAT(FilePort().Calls(),
               ElementsAre("SetFullPath(/root)", "SetCardSynFileFunc(NULL)",
-                          "WriteToFile(3 bytes, /a)", "MoveFile(/b, /a)", "File_Open(/b, r)",
-                          "File_Read(2, 1, #1)", "File_Seek(#1, 1, -1)", "File_Close(#1)",
-                          "File_Close(NULL)", "ReadFromFile(/b, 4)"));
+                          "WriteToFile(3 bytes, /a)", "MoveFile(/b, /a)", "ReadFromFile(/b, 4)"));
   EXPECT_EQ(FilePort().Log()[2].data, "abc");
-  EXPECT_EQ(FilePort().CountOf("File_Close"), 2);
+  EXPECT_EQ(FilePort().CountOf("MoveFile"), 1);
 }
 
 TEST_F(RecordingFilePortTest, FailsEveryPrimitiveThatCanFail) {
   Files().Write("/d/a", "content");
-  QNFSFile handle = fnQNFS_File_Open("/d/a", "r+");
   char bytes[8];
   int32_t count = 77;
   FilePort().FailFrom(1);
@@ -200,22 +149,13 @@ TEST_F(RecordingFilePortTest, FailsEveryPrimitiveThatCanFail) {
   EXPECT_EQ(fnQNFS_isFileExisted("/d/a"), 0);
   EXPECT_EQ(fnQNFS_getFileSize("/d/a"), -1);
   EXPECT_EQ(fnQNFS_MkDir("/e"), 0);
-  EXPECT_EQ(fnQNFS_RmDir("/d"), 0);
   EXPECT_EQ(fnQNFS_DelAllFiles("/d"), 0);
-  EXPECT_EQ(fnQNFS_File_CreateDir("/e/"), 3U);
   EXPECT_EQ(fnQNFS_CopyFile("/d/b", "/d/a"), 0);
   EXPECT_EQ(fnQNFS_MoveFile("/d/b", "/d/a"), 0);
   EXPECT_EQ(fnQNFS_DeleteFile("/d/a"), 0);
   EXPECT_EQ(fnQNFS_ReadFromFile("/d/a", 8, bytes, &count), -1);
   EXPECT_EQ(fnQNFS_WriteToFile("x", 1, "/d/a"), -1);
   EXPECT_EQ(fnQNFS_AppendToFile("x", 1, "/d/a"), -1);
-  EXPECT_EQ(fnQNFS_WriteToFileAtPos("x", 1, 0, "/d/a"), -1);
-  EXPECT_EQ(fnQNFS_ReadFromFileAtPos("/d/a", 0, 1, bytes), -1);
-  EXPECT_EQ(fnQNFS_File_Open("/d/a", "r"), nullptr);
-  EXPECT_EQ(fnQNFS_File_Read(bytes, 1, 1, handle), -1);
-  EXPECT_EQ(fnQNFS_File_Write("x", 1, 1, handle), -1);
-  EXPECT_EQ(fnQNFS_File_Seek(handle, 0, 0), -1);
-  fnQNFS_File_Close(handle);
 
   EXPECT_EQ(count, 77);
   EXPECT_THAT(Files().Names(), ElementsAre("/d/a"));
@@ -248,26 +188,17 @@ TEST_F(RecordingFilePortTest, GivesTheChosenAnswerWithNothingDone) {
 TEST_F(RecordingFilePortTest, TearsWritesAfterTheirFirstBytes) {
   Files().Write("/w", "old");
   Files().Write("/a", "old");
-  Files().Write("/p", "old");
-  Files().Write("/s", "");
-  QNFSFile handle = fnQNFS_File_Open("/s", "r+");
-  for (const char *function :
-       {"WriteToFile", "AppendToFile", "WriteToFileAtPos", "CopyFile", "File_Write"}) {
+  for (const char *function : {"WriteToFile", "AppendToFile", "CopyFile"}) {
     FilePort().Tear(function, 2);
   }
 
   EXPECT_EQ(fnQNFS_WriteToFile("newer", 5, "/w"), -1);
   EXPECT_EQ(fnQNFS_AppendToFile("newer", 5, "/a"), -1);
-  EXPECT_EQ(fnQNFS_WriteToFileAtPos("newer", 5, 1, "/p"), -1);
   EXPECT_EQ(fnQNFS_CopyFile("/c", "/a"), 0);
-  EXPECT_EQ(fnQNFS_File_Write("newer", 5, 1, handle), -1);
-  fnQNFS_File_Close(handle);
 
   EXPECT_EQ(Content("/w"), "ne");
   EXPECT_EQ(Content("/a"), "oldne");
-  EXPECT_EQ(Content("/p"), "one");
   EXPECT_EQ(Content("/c"), "ol");
-  EXPECT_EQ(Content("/s"), "ne");
 }
 
 TEST_F(RecordingFilePortTest, ForgetsEverythingAtReset) {
