@@ -33,7 +33,7 @@ bool AppendWhole(int fd, const void *data, std::size_t size) {
   struct stat before = {};
   if (fstat(fd, &before) != 0) return false;
   if (qn::WriteWhole(fd, data, size) && fsync(fd) == 0) return true;
-  // If that fails too, they stay.
+  // Where this fails too, the bytes that were appended stay.
   [[maybe_unused]] const int cut = ftruncate(fd, before.st_size);
   return false;
 }
@@ -253,5 +253,6 @@ int32_t fnQNFS_ReadFromFileAtPos(const char *name, int32_t position, int32_t len
   qn::Descriptor file = qn::OpenRegular(name, O_RDONLY);
   if (lseek(file.Get(), position, SEEK_SET) != position) return kFailed;
   const ssize_t got = qn::ReadWhole(file.Get(), destination, Size(length));
+  // A read that failed gives -1 as well.
   return file.Close() ? static_cast<int32_t>(got) : kFailed;
 }

@@ -46,8 +46,9 @@ bool IsUnread(const char *name) {
   return known.overflow || Find(known, Number(name)) != nullptr;
 }
 
-// What has gone need not be read; what is written in its place is known.
-bool HasGone(const char *name, qn::Presence presence) {
+// True for a file that has gone, which is forgotten: what is written in its place
+// need not be read.
+bool ForgetIfGone(const char *name, qn::Presence presence) {
   if (presence != qn::Presence::kAbsent) return false;
   qn::ForgetUnread(name);
   return true;
@@ -80,9 +81,9 @@ void qn::RenameUnread(const char *destination, const char *source) {
 
 bool qn::MayWrite(const char *name) {
   if (name == nullptr) return false;
-  return !IsUnread(name) || HasGone(name, LookFor(name));
+  return !IsUnread(name) || ForgetIfGone(name, LookFor(name));
 }
 
 bool qn::MayWriteIn(int directory, const char *name) {
-  return !IsUnread(name) || HasGone(name, LookForIn(directory, name));
+  return !IsUnread(name) || ForgetIfGone(name, LookForIn(directory, name));
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Walks from an open directory to a name below it, component by component, with
 // what POSIX.1-2008 has. No symbolic link is followed, so none can lead out; the
-// name must not be empty and have no ".." component.
+// name must not be empty, and must have no ".." component.
 #ifndef QNSTACK_QN_FS_WALK_H
 #define QNSTACK_QN_FS_WALK_H
 

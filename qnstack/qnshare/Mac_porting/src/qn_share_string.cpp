@@ -115,7 +115,7 @@ char *fnQN_STRISTR(const char *haystack, const char *needle) {
   if (*needle == '\0') return const_cast<char *>(haystack);
   const auto length = static_cast<uint32_t>(std::strlen(needle));
   const char lower = static_cast<char>(qn::FoldByte(*needle));
-  // Behind a byte that is no letter's the comparison fails.
+  // The capital of a letter; for any other byte, one that the comparison refuses.
   const char first[] = {lower, static_cast<char>(lower - ('a' - 'A')), '\0'};
   const char *place = std::strpbrk(haystack, first);
   while (place != nullptr && fnQNRTL_strnicmp(place, needle, length) != 0) {

@@ -49,8 +49,8 @@ inline char *PutUnit(char *out, uint32_t x, uint32_t two_byte_lead) {
                     : PutSequence(out, x, 0xE0U | x >> 12U, 2);
 }
 
-// Above U+FFFF the thresholds are not those of RFC 3629; readers know these. Below
-// them no bit of the value reaches the lead byte, but for the last.
+// Above U+FFFF the thresholds are not those of RFC 3629; readers know these. Only in
+// the longest form a bit of the value reaches the lead byte.
 inline char *PutValue(char *out, uint32_t x) {
   if (x <= 0xFFFF) return PutUnit(out, x, kWholeLead);
   if (x <= 0x1FFFF) return PutSequence(out, x, 0xF0, 3);
